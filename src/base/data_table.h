@@ -1,0 +1,81 @@
+// The table of the records: columns with properties, rows of text cells, colours.
+#pragma once
+
+#include <string_view>
+
+#include "base/shared_value.h"
+#include "base/text_view.h"
+#include "platform/export.h"
+
+namespace luadui {
+
+class TableBody;
+
+// A table as servers send it and pages show it. A value: copies never see each other's later changes, and
+// cost one count whatever the table holds (see base/shared_value.h for attached tables). Copies and tables
+// that were joined by InsertTable share their rows until one is written, and writing copies no more than that
+// row and the path to it.
+//
+// Columns:   numbered from 0. The property "name" is a column's name; several columns may have the same one,
+// lookups
+//            by name then find the first.
+// Rows:      numbered from 0; a cell never written is empty.
+// Colours:   ARGB text such as "0xFFD2D2D2"; empty means none. Kept as given, not checked.
+// Failure:   nothing throws for a row or column that does not exist: setters return false and change nothing,
+// getters
+//            answer empty text. What does not fit (2^31 - 1 rows, 4 GB of text in a row) is refused and
+//            counted as "table_row_limit" and "table_text_limit".
+// Texts:     those returned are valid until this table, or one attached to the same entry, is changed,
+// assigned or
+//            destroyed.
+// Threads:   one thread at a time; const operations of one table may run on several threads at once. Copies
+// belong to
+//            their own threads.
+class TESSEL_API CDataTable : public SharedValue<TableBody> {
+  public:
+    int GetRowNumber() const noexcept;
+    int GetColumnNumber() const noexcept;
+
+    // Appends a column and returns its number. Rows that exist have an empty cell there.
+    int AddColumn(std::string_view name);
+    // The number of the first column of that name; -1 when there is none. Takes constant time.
+    int FindColumn(std::string_view name) const noexcept;
+    // Sets one property of a column. `col` equal to GetColumnNumber() appends a column with it (its name is
+    // empty unless `property` is "name").
+    bool SetColumnProperty(int col, std::string_view property, std::string_view value);
+    TextView GetColumnProperty(int col, std::string_view property) const noexcept;
+
+    // Appends an empty row and returns its number; -1 when no further row fits.
+    int AppendRow();
+    // The rows behind it move up by one.
+    bool DeleteRow(int row);
+    // Deletes the rows and keeps the columns.
+    void DeleteAllRows();
+    // Deletes rows and columns.
+    void Clear();
+
+    bool SetItemText(int row, int col, std::string_view text);
+    bool SetItemText(int row, std::string_view name, std::string_view text);
+    TextView GetItemText(int row, int col) const noexcept;
+    TextView GetItemText(int row, std::string_view name) const noexcept;
+
+    bool SetItemTextColor(int row, int col, std::string_view color);
+    bool SetItemTextColor(int row, std::string_view name, std::string_view color);
+    TextView GetItemTextColor(int row, int col) const noexcept;
+    TextView GetItemTextColor(int row, std::string_view name) const noexcept;
+    bool SetRowColor(int row, std::string_view color);
+    TextView GetRowColor(int row) const noexcept;
+
+    // Takes over the columns of `source` with their properties. Rows that are here keep the cells of columns
+    // that still exist by name (see InsertTable).
+    void CopyHeader(const CDataTable& source);
+    // Appends the rows of `source` with their colours; the table itself may be given. Cells go to the column
+    // of the same name (the second of two equal names to the second one here). Source columns that this table
+    // lacks are dropped, each counted as "table_column_dropped". The cost does not depend on the number of
+    // rows. False, and nothing changed, when the rows do not fit.
+    bool InsertTable(const CDataTable& source);
+};
+
+using CHDTable = CDataTable;
+
+}  // namespace luadui
