@@ -3,14 +3,10 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstring>
 
 namespace luadui::bench {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 struct Report {
     std::string_view name;
@@ -23,23 +19,6 @@ std::vector<Report>& Reports() {
 }
 
 int g_missed = 0;
-
-double SecondsOf(const std::function<void()>& body, size_t calls) {
-    const auto start = Clock::now();
-    for (size_t i = 0; i < calls; ++i) body();
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-// How many calls fill a turn. Doubling warms the caches, too.
-size_t CallsPerTurn(const std::function<void()>& body, double turnSeconds) {
-    size_t calls = 1;
-    while (true) {
-        const double seconds = SecondsOf(body, calls);
-        if (seconds >= turnSeconds) return calls;
-        if (seconds > turnSeconds / 16) return static_cast<size_t>(calls * turnSeconds / seconds) + 1;
-        calls *= 2;
-    }
-}
 
 void Print(std::string_view name, double value, const char* relation, double limit, bool ok) {
     std::printf("RATIO %.*s %.4g %s%.4g %s\n", static_cast<int>(name.size()), name.data(), value, relation,
@@ -62,26 +41,6 @@ double Median(std::vector<double> figures) {
     const auto middle = figures.begin() + static_cast<std::ptrdiff_t>(figures.size() / 2);
     std::nth_element(figures.begin(), middle, figures.end());
     return *middle;
-}
-
-Timing Compare(const std::function<void()>& ours, const std::function<void()>& baseline, int rounds,
-               double turnSeconds) {
-    const size_t ourCalls = CallsPerTurn(ours, turnSeconds);
-    const size_t baselineCalls = CallsPerTurn(baseline, turnSeconds);
-    std::vector<double> ourTimes, baselineTimes;
-    for (int round = 0; round < rounds; ++round) {
-        ourTimes.push_back(SecondsOf(ours, ourCalls) / static_cast<double>(ourCalls));
-        baselineTimes.push_back(SecondsOf(baseline, baselineCalls) / static_cast<double>(baselineCalls));
-    }
-    return {Median(std::move(ourTimes)), Median(std::move(baselineTimes))};
-}
-
-double Measure(const std::function<void()>& body, int rounds, double turnSeconds) {
-    const size_t calls = CallsPerTurn(body, turnSeconds);
-    std::vector<double> times;
-    for (int round = 0; round < rounds; ++round)
-        times.push_back(SecondsOf(body, calls) / static_cast<double>(calls));
-    return Median(std::move(times));
 }
 
 void AtLeast(std::string_view name, double value, double limit) {
