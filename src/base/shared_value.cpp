@@ -33,7 +33,8 @@ bool SharedBody::Reaches(SharedBody* body, const SharedBody* cell) {
     } walk;
     const auto visit = [](void* context, SharedBody* child) {
         auto& walk = *static_cast<Walk*>(context);
-        if (child && child->HasFlag(kHoldsCells) && walk.seen.insert(child).second) walk.todo.push_back(child);
+        if (child && child->HasFlag(kHoldsCells) && walk.seen.insert(child).second)
+            walk.todo.push_back(child);
     };
     visit(&walk, body);
     while (!walk.todo.empty()) {
@@ -47,7 +48,9 @@ bool SharedBody::Reaches(SharedBody* body, const SharedBody* cell) {
 
 SharedBody* SharedCell::Clone() const { return new SharedCell(SharedBody::Share(m_content)); }
 
-void SharedCell::VisitChildren(void (*visit)(void*, SharedBody*), void* context) const { visit(context, m_content); }
+void SharedCell::VisitChildren(void (*visit)(void*, SharedBody*), void* context) const {
+    visit(context, m_content);
+}
 
 void SharedCell::Destroy(ReleaseQueue& queue) noexcept {
     queue.Drop(m_content);

@@ -1,18 +1,21 @@
-// Values that share their storage until one of them is written: the mechanism under records, tables, sets, lists
-// and JSON objects.
+// Values that share their storage until one of them is written: the mechanism under records, tables, sets,
+// lists and JSON objects.
 //
 // A handle (SharedHandle) is one word: empty, a counted body of its own, or attached to a cell.
-//   body   the content. Immutable while more than one owner holds it; the one road to writing is _edit(), which
+//   body   the content. Immutable while more than one owner holds it; the one road to writing is _edit(),
+//   which
 //          clones a body that others hold too.
-//   cell   one level of indirection: all handles and record entries attached to one cell are the same object and see
+//   cell   one level of indirection: all handles and record entries attached to one cell are the same object
+//   and see
 //          each other's changes.
 //
-// Copying a handle copies the value: one count, whatever the content. A copy is never attached. Assignment replaces
-// the content and keeps the identity: it is seen through the cell. Move construction hands over the attachment too.
+// Copying a handle copies the value: one count, whatever the content. A copy is never attached. Assignment
+// replaces the content and keeps the identity: it is seen through the cell. Move construction hands over the
+// attachment too.
 //
-// Threads: a handle, and all handles attached to one cell, are used by one thread at a time; bodies may be shared
-// between threads freely. Reading one const handle from several threads is safe, with one exception: copying a record
-// in which CUIData::GetDataShared opened a by-value entry counts as writing to it.
+// Threads: a handle, and all handles attached to one cell, are used by one thread at a time; bodies may be
+// shared between threads freely. Reading one const handle from several threads is safe, with one exception:
+// copying a record in which CUIData::GetDataShared opened a by-value entry counts as writing to it.
 #pragma once
 
 #include <atomic>
@@ -25,21 +28,21 @@ namespace luadui {
 
 class SharedBody;
 
-// Bodies whose last reference went, waiting to be freed. Freeing runs over this list and never recurses, so that
-// values nested without limit cannot exhaust the stack.
+// Bodies whose last reference went, waiting to be freed. Freeing runs over this list and never recurses, so
+// that values nested without limit cannot exhaust the stack.
 class ReleaseQueue {
-public:
+  public:
     // Gives up one reference to `body` (null is allowed); the last one queues it.
     void Drop(SharedBody* body) noexcept;
 
-private:
+  private:
     friend class SharedBody;
     SharedBody* m_head = nullptr;
 };
 
 // The content behind handles. Born with one reference, which belongs to its creator.
 class TESSEL_API SharedBody {
-public:
+  public:
     enum Flag : uint32_t {
         kHasOpenEntries = 1,  // a record with entries opened in place; such a body has exactly one owner
         kHoldsCells = 2,      // cells may be reached from here; never cleared
@@ -50,8 +53,8 @@ public:
     SharedBody& operator=(const SharedBody&) = delete;
 
     void AddRef() noexcept { m_refs.fetch_add(1, std::memory_order_relaxed); }
-    // True when the caller's reference is the only one: the body may be written. Acquire: everything that the other
-    // owners did with the body happened before.
+    // True when the caller's reference is the only one: the body may be written. Acquire: everything that the
+    // other owners did with the body happened before.
     bool IsUnique() const noexcept { return m_refs.load(std::memory_order_acquire) == 1; }
     bool HasFlag(Flag flag) const noexcept { return (m_flags & flag) != 0; }
     void SetFlag(Flag flag) noexcept { m_flags |= flag; }
@@ -62,7 +65,8 @@ public:
         if (body && body->_dropRef()) _destroyAll(body);
     }
 
-    // One more reference to the content as it is now; null for null. A body with open entries answers a snapshot.
+    // One more reference to the content as it is now; null for null. A body with open entries answers a
+    // snapshot.
     static SharedBody* Share(SharedBody* body) {
         if (!body) return nullptr;
         if (body->HasFlag(kHasOpenEntries)) return body->Snapshot();
@@ -80,15 +84,15 @@ public:
     // The cells and bodies held directly, for Reaches(): calls visit(context, child) for each.
     virtual void VisitChildren(void (*visit)(void* context, SharedBody* child), void* context) const;
 
-protected:
+  protected:
     explicit SharedBody(uint32_t flags = 0) noexcept : m_flags(flags) {}
     virtual ~SharedBody() = default;
-    // Drops what the body holds into `queue` and frees the body. The default is `delete this`, right for every body
-    // that holds no other values.
+    // Drops what the body holds into `queue` and frees the body. The default is `delete this`, right for
+    // every body that holds no other values.
     virtual void Destroy(ReleaseQueue& queue) noexcept;
     uint32_t _flags() const noexcept { return m_flags; }
 
-private:
+  private:
     friend class ReleaseQueue;
     bool _dropRef() noexcept {
         // A sole owner need not pay for an atomic write: nobody else can come to own the body meanwhile.
@@ -110,7 +114,7 @@ inline void ReleaseQueue::Drop(SharedBody* body) noexcept {
 
 // What makes several handles one object. Owns one reference to its content, which may be null (empty).
 class TESSEL_API SharedCell final : public SharedBody {
-public:
+  public:
     // Takes over the reference to `content`.
     explicit SharedCell(SharedBody* content, uint32_t flags = 0) noexcept
         : SharedBody(flags | kHoldsCells), m_content(content) {}
@@ -122,21 +126,22 @@ public:
     SharedBody* Clone() const override;
     void VisitChildren(void (*visit)(void* context, SharedBody* child), void* context) const override;
 
-protected:
+  protected:
     void Destroy(ReleaseQueue& queue) noexcept override;
 
-private:
+  private:
     SharedBody* m_content;
 };
 
-// The handle, without the type of its content; base of CUIData, CDataTable, CDataSet, CDataList and CJsonObject.
+// The handle, without the type of its content; base of CUIData, CDataTable, CDataSet, CDataList and
+// CJsonObject.
 class TESSEL_API SharedHandle {
-public:
+  public:
     SharedHandle() noexcept = default;
     SharedHandle(const SharedHandle& other) : m_word(_toWord(SharedBody::Share(other._body()))) {}
     SharedHandle(SharedHandle&& other) noexcept : m_word(std::exchange(other.m_word, 0)) {}
-    // Replaces the content; seen by everything attached to the same cell. An assignment that would put an attached
-    // object into itself changes nothing and counts as "shared_ring_refused".
+    // Replaces the content; seen by everything attached to the same cell. An assignment that would put an
+    // attached object into itself changes nothing and counts as "shared_ring_refused".
     SharedHandle& operator=(const SharedHandle& other);
     SharedHandle& operator=(SharedHandle&& other);
 
@@ -145,7 +150,7 @@ public:
     // True when both hold the same storage: nothing was copied, or both are empty.
     bool SharesWith(const SharedHandle& other) const noexcept { return _body() == other._body(); }
 
-protected:
+  protected:
     ~SharedHandle() { SharedBody::Release(_owned()); }
 
     // The content; null when empty.
@@ -160,8 +165,8 @@ protected:
             m_word = _toWord(body);
         }
     }
-    // Replaces and releases the content; takes over the reference. Seen through the cell. False, counted and nothing
-    // changed (but `body` released) when that would make a ring.
+    // Replaces and releases the content; takes over the reference. Seen through the cell. False, counted and
+    // nothing changed (but `body` released) when that would make a ring.
     bool _assign(SharedBody* body);
     // Puts the content into a cell unless it is in one; answers the cell, not counted for the caller.
     SharedCell* _promote();
@@ -170,11 +175,13 @@ protected:
     // Leaves what the handle held, also its cell, and takes over the reference to `body`.
     void _detachTo(SharedBody* body) noexcept;
 
-private:
+  private:
     friend class RecordBody;  // record entries hold the same bodies and cells
     static constexpr uintptr_t kCellTag = 1;
     static uintptr_t _toWord(SharedBody* body) noexcept { return reinterpret_cast<uintptr_t>(body); }
-    static SharedBody* _toBody(uintptr_t word) noexcept { return reinterpret_cast<SharedBody*>(word & ~kCellTag); }
+    static SharedBody* _toBody(uintptr_t word) noexcept {
+        return reinterpret_cast<SharedBody*>(word & ~kCellTag);
+    }
     SharedBody* _owned() const noexcept { return _toBody(m_word); }
 
     uintptr_t m_word = 0;
@@ -184,7 +191,7 @@ private:
 // incomplete where the value class is declared.
 template <class Body>
 class SharedValue : public SharedHandle {
-protected:
+  protected:
     // The content for reading; null when empty.
     const Body* _read() const noexcept { return static_cast<const Body*>(_body()); }
 

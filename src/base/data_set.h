@@ -1,0 +1,37 @@
+// CDataSet: texts in ascending order (by bytes), each once.
+#pragma once
+
+#include <cstddef>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "base/data_value.h"
+
+namespace luadui {
+
+class DataSetBody;
+
+// Copies share their storage until one is written; for threads and attachment see base/shared_value.h.
+class TESSEL_API CDataSet : public SharedValue<DataSetBody> {
+  public:
+    using Texts = std::set<std::string, std::less<>>;
+
+    // False when `text` was in the set already.
+    bool Insert(std::string_view text);
+    // False when `text` was not in the set.
+    bool Remove(std::string_view text);
+    bool Contains(std::string_view text) const;
+    size_t Size() const noexcept;
+    bool IsEmpty() const noexcept { return Size() == 0; }
+    void Clear();
+
+    // Ascending. The set must not change meanwhile.
+    Texts::const_iterator begin() const noexcept;
+    Texts::const_iterator end() const noexcept;
+
+  private:
+    const Texts& _texts() const noexcept;
+};
+
+}  // namespace luadui
