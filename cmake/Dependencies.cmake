@@ -29,3 +29,14 @@ endif()
 if(LUADUI_BENCH)
     find_package(benchmark REQUIRED)
 endif()
+
+if(WIN32)
+    # Programs find their libraries beside themselves.
+    foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name} OUTPUT_VARIABLE runtime
+                        OUTPUT_STRIP_TRAILING_WHITESPACE)
+        file(COPY ${runtime} DESTINATION ${PROJECT_BINARY_DIR} FOLLOW_SYMLINK_CHAIN)
+    endforeach()
+    get_filename_component(folder ${LUA51_INCLUDE}/../bin ABSOLUTE)
+    file(COPY ${folder}/lua51.dll ${folder}/lua51-c++.dll ${folder}/lua.exe DESTINATION ${PROJECT_BINARY_DIR})
+endif()

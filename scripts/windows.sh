@@ -1,0 +1,24 @@
+#!/bin/bash
+# Cross-builds the DLLs and runs the tests under Wine; no display needed.  Usage: scripts/windows.sh [ctest option...]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+
+export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all
+
+need build windows
+scripts/windows-deps.sh
+cmake --preset windows
+cmake --build --preset windows
+
+# One server for all test programs: without it each would start and end its own. It stops with this script.
+wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver)
+trap '"$wineserver" -k || true' EXIT
+"$wineserver" -p
+if [ ! -e "$WINEPREFIX/ready" ]; then
+    echo "Preparing a Wine prefix"
+    cmake/wine.sh wineboot --init >/dev/null 2>&1
+    cmake/wine.sh reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null
+    touch "$WINEPREFIX/ready"
+fi
+ctest --preset windows "$@"
