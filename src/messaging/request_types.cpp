@@ -1,0 +1,20 @@
+#include "messaging/request_types.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+namespace luadui {
+namespace {
+
+bool IsOneOf(int type, std::initializer_list<int> set) {
+    return std::find(set.begin(), set.end(), type) != set.end();
+}
+
+}  // namespace
+
+bool IsCodeKeyedRequest(int type) { return IsOneOf(type, {1051, 1052, 1053, 1702, 1602}); }
+bool IsSubscription(int type) { return IsOneOf(type, {1601, 1602, kReqPageEventSubscribe}); }
+bool IsInstructionSubscription(int type) { return IsOneOf(type, {1701, 1702}); }
+bool IsPageRegistration(int type) { return IsOneOf(type, {kReqLuaCall, kReqPageRegister}); }
+
+}  // namespace luadui
