@@ -3,18 +3,12 @@
 #pragma once
 
 #include <atomic>
-#include <map>
 #include <string>
 
+#include "messaging/host_types.h"
 #include "messaging/queue_data.h"
 
-struct tag_SrvAddr;     // the host's; passed on untouched
-struct tag_login_user;  // the host's; passed on untouched
-
 namespace luadui {
-
-using StringMap = std::map<std::string, std::string>;
-using ServerMap = std::map<int, tag_SrvAddr>;
 
 // Threads: any; a callback runs on the thread that sends. No lock is held meanwhile, so a callback may call
 // back into the library. An exception that comes out of one is counted as "host_callback_threw" and fails the

@@ -6,7 +6,7 @@
 
 #include "base/base_object.h"
 #include "base/data_table.h"
-#include "messaging/host_link.h"
+#include "messaging/host_types.h"
 #include "messaging/queue_data.h"
 #include "platform/export.h"
 

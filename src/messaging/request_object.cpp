@@ -1,6 +1,7 @@
 #include "messaging/request_object.h"
 
 #include "messaging/guid.h"
+#include "messaging/host_link.h"
 
 namespace luadui {
 

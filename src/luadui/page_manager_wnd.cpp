@@ -1,0 +1,192 @@
+#include "luadui/page_manager_wnd.h"
+
+#include <mutex>
+
+#include "base/guard.h"
+#include "luadui/page_messages.h"
+#include "messaging/response_routing.h"
+
+namespace luadui {
+namespace {
+
+constexpr UINT_PTR kRefillTimer = 1;
+constexpr UINT kRefillEveryMs = 10;
+constexpr DWORD kReadyPollMs = 10;
+constexpr char kCompanionLibrary[] = "/vandrel.dll";
+
+std::mutex g_creation;
+std::atomic<CPageManagerWnd*> g_manager{nullptr};
+
+struct LoginInfoQuery {
+    const std::string& page;
+    std::string& info;
+};
+
+template <class T>
+LPARAM ToLParam(const T* value) {
+    return reinterpret_cast<LPARAM>(value);
+}
+
+}  // namespace
+
+CPageManagerWnd& CPageManagerWnd::Instance() {
+    const std::lock_guard lock(g_creation);
+    if (!Existing()) {
+        auto* const manager = new CPageManagerWnd;
+        manager->_start();
+        g_manager.store(manager);
+    }
+    return *Existing();
+}
+
+CPageManagerWnd* CPageManagerWnd::Existing() { return g_manager.load(); }
+
+CPageManagerWnd::CPageManagerWnd()
+    : m_inbox([this](WPARAM wParam, CQueueTaskItem* record) {
+          return PostMessageW(m_window.load(), kMsgResponse, wParam, ToLParam(record)) != 0;
+      }) {}
+
+LPCWSTR CPageManagerWnd::GetWindowClassName() const { return L"PageManagerWnd"; }
+
+void CPageManagerWnd::WaitUntilReady() const {
+    while (!IsReady()) Sleep(kReadyPollMs);
+}
+
+void CPageManagerWnd::PostResponse(std::unique_ptr<CQueueRespData> response, WPARAM wParam) {
+    const HWND window = m_window.load();
+    const auto posted = window ? m_inbox.Post(std::move(response), wParam) : CRecordInbox::Posted::kClosed;
+    if (posted == CRecordInbox::Posted::kClosed) CCounters::Add("response_without_ui_thread");
+    if (posted == CRecordInbox::Posted::kStuck) SendNotifyMessageW(window, kMsgRefillQueue, 0, 0);
+}
+
+unsigned int CPageManagerWnd::CreatePage(const PageOrder& order, PageMessage message) {
+    return static_cast<unsigned int>(SendMessageW(m_window.load(), message, 0, ToLParam(&order)));
+}
+
+bool CPageManagerWnd::PostPageOrder(std::unique_ptr<PageOrder> order, PageMessage message) {
+    const std::lock_guard lock(m_postGate);
+    const HWND window = m_window.load();
+    if (!window || !PostMessageW(window, message, 1, ToLParam(order.get()))) {
+        CCounters::Add("page_order_refused");
+        return false;
+    }
+    static_cast<void>(order.release());
+    return true;
+}
+
+bool CPageManagerWnd::GetLoginInfo(const std::string& page, std::string& info) {
+    const LoginInfoQuery query{page, info};
+    return SendMessageW(m_window.load(), kMsgLoginInfo, 0, ToLParam(&query)) == 1;
+}
+
+void CPageManagerWnd::SwitchTab(const std::string& page, int asleep) {
+    SendMessageW(m_window.load(), kMsgSwitchTab, static_cast<WPARAM>(asleep), ToLParam(&page));
+}
+
+void CPageManagerWnd::SetFocusTo(const std::string& part) {
+    SendMessageW(m_window.load(), kMsgSetFocus, 0, ToLParam(&part));
+}
+
+void CPageManagerWnd::KeepParents(HWND parent1, HWND parent2) {
+    if (!parent1 && !parent2) return;
+    m_parents[0].store(parent1);
+    m_parents[1].store(parent2);
+}
+
+LRESULT CPageManagerWnd::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT result = 0;
+    Guarded("page_manager_threw", [&] { result = _dispatch(message, wParam, lParam); });
+    return result;
+}
+
+LRESULT CPageManagerWnd::_dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case kMsgResponse: {
+            auto record = m_inbox.Take(lParam);
+            _retryIfStuck();
+            return RouteResponse(
+                std::unique_ptr<CQueueRespData>(static_cast<CQueueRespData*>(record.release())));
+        }
+        case kMsgCreatePage:
+        case kMsgCreateComponentPage: {
+            auto* const order = reinterpret_cast<PageOrder*>(lParam);
+            const std::unique_ptr<PageOrder> owned(wParam == 1 ? order : nullptr);
+            return _createPage(*order);
+        }
+        case kMsgExport:
+            m_exportWorker.Post(std::unique_ptr<CQueueTaskItem>(reinterpret_cast<CQueueTaskItem*>(lParam)));
+            return 0;
+        case kMsgLoginInfo: {
+            const auto* const query = reinterpret_cast<const LoginInfoQuery*>(lParam);
+            const auto page = m_pages.Find(query->page);
+            if (page) query->info = page->info;
+            return page ? 1 : 0;
+        }
+        case kMsgSwitchTab:
+            m_pages.Sleep(*reinterpret_cast<const std::string*>(lParam), static_cast<int>(wParam));
+            return 0;
+        case kMsgSetFocus:
+            m_pages.Focus(*reinterpret_cast<const std::string*>(lParam));
+            return 0;
+        case kMsgRefillQueue:
+        case WM_TIMER:
+            m_inbox.Refill();
+            _retryIfStuck();
+            return 0;
+        case WM_DESTROY:
+            _onDestroy();
+            return 0;
+        default:
+            return CWindowWnd::HandleMessage(message, wParam, lParam);
+    }
+}
+
+void CPageManagerWnd::_retryIfStuck() {
+    const bool isStuck = m_inbox.IsStuck();
+    if (isStuck == m_refillTimerRuns) return;
+    m_refillTimerRuns = isStuck;
+    // Timers come when nothing else waits, so by then the queue has room.
+    if (isStuck) {
+        SetTimer(GetHWND(), kRefillTimer, kRefillEveryMs, nullptr);
+    } else {
+        KillTimer(GetHWND(), kRefillTimer);
+    }
+}
+
+unsigned int CPageManagerWnd::_createPage(const PageOrder& order) {
+    const unsigned int result = m_pages.Create(order);
+    if (result != 0 && order.library == kCompanionLibrary)
+        m_companion.store(m_pages.Find(order.name)->window);
+    return result;
+}
+
+void CPageManagerWnd::_onDestroy() {
+    m_inbox.Close();
+    {
+        const std::lock_guard lock(m_postGate);
+        m_window.store(nullptr);
+    }
+    // Destroying a window throws its messages away; what they own is freed here first.
+    MSG message;
+    while (PeekMessageW(&message, GetHWND(), kFirstPageMessage, kLastPageMessage, PM_REMOVE))
+        _freePosted(message);
+    PostQuitMessage(0);
+}
+
+void CPageManagerWnd::_freePosted(const MSG& message) {
+    switch (message.message) {
+        case kMsgResponse:
+        case kMsgExport:
+            delete reinterpret_cast<CQueueTaskItem*>(message.lParam);
+            CCounters::Add("records_dropped_at_shutdown");
+            break;
+        case kMsgCreatePage:
+        case kMsgCreateComponentPage:
+            delete reinterpret_cast<PageOrder*>(message.lParam);
+            break;
+        default:
+            break;
+    }
+}
+
+}  // namespace luadui

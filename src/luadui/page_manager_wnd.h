@@ -1,0 +1,86 @@
+// The page manager: the UI thread, the invisible window through which all work reaches it, and the pages.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "luadui/export_worker.h"
+#include "luadui/page_messages.h"
+#include "luadui/page_registry.h"
+#include "luadui/record_inbox.h"
+#include "messaging/queue_data.h"
+#include "platform/duilib.h"
+
+namespace luadui {
+
+// One in a process, created with the UI thread and never freed: host threads may hold on to it until the last
+// one ends. Its life has three phases: starting, ready (its window exists), ended (the window is gone for
+// good).
+//
+// Threads: the operations of the first group may be called from any thread; they cross to the UI thread by
+// message.
+class CPageManagerWnd : public CWindowWnd {
+  public:
+    // The page manager; its UI thread is started with the first call.
+    static CPageManagerWnd& Instance();
+    // The page manager if it was created, else null.
+    static CPageManagerWnd* Existing();
+
+    // 0 when the thread could not be created.
+    DWORD UiThreadId() const { return m_uiThreadId.load(); }
+    // Set once the window exists; stays set after the end.
+    bool IsReady() const { return m_ready.load() != 0; }
+    // Polls the ready flag every 10 ms without a time limit.
+    void WaitUntilReady() const;
+
+    // Hands a response to the UI thread, in order; freed and counted when there is no window.
+    void PostResponse(std::unique_ptr<CQueueRespData> response, WPARAM wParam);
+    // Creates a page on the UI thread and answers the page result, 0 on failure.
+    unsigned int CreatePage(const PageOrder& order, PageMessage message);
+    // The same later; false when the order was not taken.
+    bool PostPageOrder(std::unique_ptr<PageOrder> order, PageMessage message);
+    // The page's init string 3; false when there is no such page.
+    bool GetLoginInfo(const std::string& page, std::string& info);
+    void SwitchTab(const std::string& page, int asleep);
+    void SetFocusTo(const std::string& part);
+
+    // The parent windows for pages that scripts create: those of the last native creation that named any.
+    HWND ParentWindow(int index) const { return m_parents[index].load(); }
+    void KeepParents(HWND parent1, HWND parent2);
+    // The window of the page from the companion library; null while there is none.
+    HWND CompanionWindow() const { return m_companion.load(); }
+
+    LPCWSTR GetWindowClassName() const override;
+    LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+  private:
+    CPageManagerWnd();
+    ~CPageManagerWnd() = default;
+
+    static DWORD WINAPI _threadMain(LPVOID manager);
+    void _start();
+    void _runUiThread();
+    bool _createWindow();
+    void _endPages();
+
+    LRESULT _dispatch(UINT message, WPARAM wParam, LPARAM lParam);
+    unsigned int _createPage(const PageOrder& order);
+    void _freePosted(const MSG& message);
+    void _onDestroy();
+    void _retryIfStuck();
+
+    std::atomic<DWORD> m_uiThreadId{0};
+    std::atomic<unsigned char> m_ready{0};
+    std::atomic<HWND> m_window{nullptr};  // null before the window exists and after its end
+    std::atomic<HWND> m_companion{nullptr};
+    std::atomic<HWND> m_parents[2] = {};
+    std::mutex m_postGate;  // held while a page order is posted, so that none follows the window's end
+    bool m_refillTimerRuns = false;  // UI thread only
+    CRecordInbox m_inbox;
+    CExportWorker m_exportWorker;
+    CPageRegistry m_pages;  // UI thread only
+};
+
+}  // namespace luadui

@@ -1,0 +1,65 @@
+// The way of heap records to one consuming thread: a message each, in order, none lost because the queue is
+// full.
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+#include "messaging/queue_data.h"
+#include "platform/win32.h"
+
+namespace luadui {
+
+// A message queue takes some thousand messages and refuses more. What it refuses waits here in order, and so
+// does everything later, until the consumer has worked off enough.
+//
+// Threads: Post from any; the rest on the consumer's thread.
+class CRecordInbox {
+  public:
+    // Posts one message that carries `record`; false when the queue refuses. Called under the inbox's lock,
+    // so it must only post.
+    using PostFunction = std::function<bool(WPARAM wParam, CQueueTaskItem* record)>;
+
+    explicit CRecordInbox(PostFunction post) : m_post(std::move(post)) {}
+
+    enum class Posted {
+        kPosted,   // on its way
+        kWaiting,  // behind the queue's end
+        kStuck,   // waiting, and the consumer does not know: tell it to Refill(). Answered once until it does
+        kClosed,  // the consumer has gone; the record was freed
+    };
+    Posted Post(std::unique_ptr<CQueueTaskItem> record, WPARAM wParam);
+
+    // Takes over the record of a message that arrived, also one that somebody else posted, and moves up
+    // waiting ones when there is room.
+    std::unique_ptr<CQueueTaskItem> Take(LPARAM record);
+    // Moves up waiting records as far as there is room.
+    void Refill();
+    // Records wait and no message is under way whose arrival would move them up: Refill() again after a
+    // while.
+    bool IsStuck() const { return m_waitingCount.load() != 0 && m_underWay.load() == 0; }
+    // From now on every record is refused; frees those that wait. Records under way are the consumer's to
+    // take.
+    void Close();
+
+  private:
+    struct Waiting {
+        WPARAM wParam;
+        std::unique_ptr<CQueueTaskItem> record;
+    };
+    bool _postLocked(WPARAM wParam, CQueueTaskItem* record);
+
+    const PostFunction m_post;
+    std::mutex m_mutex;
+    bool m_closed = false;          // guarded by m_mutex
+    bool m_stuckTold = false;       // guarded by m_mutex
+    std::deque<Waiting> m_waiting;  // guarded by m_mutex
+    // Written before the other is read, on both sides, so that producer or consumer sees a record that waits.
+    std::atomic<size_t> m_waitingCount{0};
+    std::atomic<size_t> m_underWay{0};  // posted and not yet taken
+};
+
+}  // namespace luadui

@@ -1,0 +1,53 @@
+// The UI thread of the page manager: its start in the order that pages rely on, its loop and its end.
+#include "base/guard.h"
+#include "datamgr/ui_stock_data_manager.h"
+#include "luadui/module_pin.h"
+#include "luadui/page_manager_wnd.h"
+
+namespace luadui {
+
+void CPageManagerWnd::_start() {
+    DWORD threadId = 0;
+    const HANDLE thread = CreateThread(nullptr, 0, _threadMain, this, 0, &threadId);
+    if (!thread) {
+        CCounters::Add("ui_thread_not_started");
+        return;
+    }
+    m_uiThreadId.store(threadId);
+    CloseHandle(thread);
+}
+
+DWORD WINAPI CPageManagerWnd::_threadMain(LPVOID manager) {
+    Guarded("ui_thread_threw", [&] { static_cast<CPageManagerWnd*>(manager)->_runUiThread(); });
+    return 0;
+}
+
+void CPageManagerWnd::_runUiThread() {
+    PinModule();
+    CUIStockDataManager::get_mutable_instance();
+    CPaintManagerUI::SetInstance(GetModuleHandleW(nullptr));
+    if (FAILED(CoInitialize(nullptr))) return;
+    if (_createWindow()) {
+        CPaintManagerUI::MessageLoop();
+        _endPages();
+    }
+    CoUninitialize();
+}
+
+bool CPageManagerWnd::_createWindow() {
+    const HWND window = Create(nullptr, L"PageManagerWnd", 0, 0, 0, 0, 0, 0);
+    if (!window) return false;
+    m_window.store(window);
+    m_ready.store(1);
+    m_exportWorker.Start(window);
+    CPaintManagerUI::SetPageManager(window);
+    return true;
+}
+
+void CPageManagerWnd::_endPages() {
+    m_pages.DestroyAll();
+    if (const HWND window = m_window.load()) DestroyWindow(window);
+    m_exportWorker.Stop();
+}
+
+}  // namespace luadui
