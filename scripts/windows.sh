@@ -5,20 +5,18 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
 export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all
+mkdir -p "$WINEPREFIX"
 
 need build windows
 scripts/windows-deps.sh
 cmake --preset windows
 cmake --build --preset windows
 
-# One server for all test programs: without it each would start and end its own. It stops with this script.
+# One server for all test programs: without it each would start and end its own. It stops with this script. Wine's
+# own services start with the first program and keep its output open, which therefore must be nobody's.
 wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver)
 trap '"$wineserver" -k || true' EXIT
 "$wineserver" -p
-if [ ! -e "$WINEPREFIX/ready" ]; then
-    echo "Preparing a Wine prefix"
-    cmake/wine.sh wineboot --init >/dev/null 2>&1
-    cmake/wine.sh reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null
-    touch "$WINEPREFIX/ready"
-fi
+cmake/wine.sh wineboot --init >/dev/null 2>&1
+cmake/wine.sh reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null
 ctest --preset windows "$@"

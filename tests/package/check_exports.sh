@@ -3,7 +3,7 @@
 set -euo pipefail
 
 case $1 in
-*.dll) exports=$("$OBJDUMP" -p "$1" | awk '/\[Ordinal\/Name Pointer\] Table/ { on = 1; next } on && NF == 0 { exit } on { print $NF }') ;;
+*.dll) exports=$("$OBJDUMP" -p "$1" | awk '/\[Ordinal\/Name Pointer\] Table/ { on = 1; next } NF == 0 { on = 0 } on { print $NF }') ;;
 *)     exports=$("$NM" -D --defined-only --format=posix "$1" | awk '{ print $1 }') ;;
 esac
 mapfile -t exports < <("$CXXFILT" <<<"$exports")
