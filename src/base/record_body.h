@@ -1,0 +1,194 @@
+// The storage of records, lists and JSON objects: one block of memory for entries, keys and short texts.
+//
+//   | header | entry 0 | entry 1 | ...  ->      free      <-  ... | key 1 | text 0 | key 0 |
+//
+// Entries grow from the front, bytes from the back, and offsets count from the end of the block, so that a
+// block grows by two copies. Long texts are counted bodies of their own: copying a record does not copy them.
+// Keys live here and nowhere else: those that come from outside cannot make anything grow but the record that
+// holds them.
+//
+// Finding a key compares 32-bit hashes entry by entry; with more than kLinearEntries entries an index (open
+// addressing) does it in O(1). The hash is seeded per process: chosen keys cannot be made to collide.
+//
+// Removed entries stay as gaps until there are more gaps than entries, and so do bytes no longer used:
+// removing is O(1) on average, also from the front. Lists have no gaps: their entries are found by position.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "base/data_value.h"
+#include "base/shared_value.h"
+
+namespace luadui {
+
+// A text too long for the block; immutable.
+class LongText final : public SharedBody {
+  public:
+    static LongText* Create(std::string_view text);
+    std::string_view View() const noexcept { return {_bytes(), m_size}; }
+    SharedBody* Clone() const override { return Create(View()); }
+
+  protected:
+    void Destroy(ReleaseQueue& queue) noexcept override;
+
+  private:
+    explicit LongText(size_t size) noexcept : m_size(size) {}
+    const char* _bytes() const noexcept { return reinterpret_cast<const char*>(this + 1); }
+
+    size_t m_size;
+};
+
+// Bytes in the block, `end` before its end. Texts are followed by a zero byte, keys are not.
+struct BlockText {
+    uint32_t end;
+    uint32_t size;
+};
+
+struct RecordEntry {
+    static constexpr uint8_t kRemoved = 255;  // as kind
+    enum Flag : uint8_t {
+        kLong = 1,      // the text is a LongText
+        kCell = 2,      // the object is attached: `body` is a SharedCell
+        kUnsigned = 4,  // the integer is above the range of int64_t
+    };
+
+    uint32_t hash;
+    BlockText key;
+    uint8_t kind;  // DataKind
+    uint8_t flags;
+    uint16_t unused;
+    union {
+        int64_t integer;
+        double real;
+        BlockText text;
+        SharedBody* body;  // of kinds that are objects (null is the empty one), and of long texts
+    };
+
+    bool IsLive() const noexcept { return kind != kRemoved; }
+    bool HasFlag(Flag flag) const noexcept { return (flags & flag) != 0; }
+    bool IsObject() const noexcept { return kind >= kDataSet && kind <= kDataJson; }
+    // Whether `body` holds a reference.
+    bool HoldsBody() const noexcept { return IsObject() || HasFlag(kLong); }
+    bool IsShortText() const noexcept { return kind == kDataString && !HasFlag(kLong); }
+    bool IsOpen() const noexcept { return HasFlag(kCell) && body->HasFlag(SharedBody::kOpenCell); }
+};
+static_assert(sizeof(RecordEntry) == 24);
+
+class RecordBody final : public SharedBody {
+  public:
+    // The first block of a record holds an ordinary request, and is within what allocators serve fast; those
+    // of lists and JSON objects are small because there are many.
+    static constexpr size_t kRecordBlock = 1024;
+    static constexpr size_t kSmallBlock = 256;
+    static constexpr size_t kMaxBlock = UINT32_MAX & ~size_t{63};
+    static constexpr size_t kLongTextFrom = 257;
+    static constexpr uint32_t kLinearEntries = 16;
+
+    // Writing. Each works on the content of `owner`: made when there is none, cloned when others hold it too,
+    // moved to a larger block when it is full. `block` is the size of a first block. Keys, texts and handles
+    // passed in may lie in the record itself. False when refused (counted).
+    static bool Set(SharedHandle& owner, std::string_view key, const DataValue& value, size_t block);
+    static bool SetAt(SharedHandle& owner, size_t index, const DataValue& value);
+    static bool Append(SharedHandle& owner, const DataValue& value, size_t block);
+    // Appends to the list under `key`, which is made when absent; false when something else is there.
+    static bool AppendIn(SharedHandle& owner, std::string_view key, const DataValue& value);
+    static bool SetShared(SharedHandle& owner, std::string_view key, DataKind kind, SharedHandle& value);
+    static bool Remove(SharedHandle& owner, std::string_view key);
+    static bool RemoveAt(SharedHandle& owner, size_t index);
+    static bool SetType(SharedHandle& owner, std::string_view type);
+    // Removes the entries, not the type.
+    static void Clear(SharedHandle& owner);
+    static void Reserve(SharedHandle& owner, size_t entries, size_t bytes);
+    static bool GetShared(SharedHandle& owner, std::string_view key, DataKind kind, SharedHandle& out);
+
+    // Reading; null bodies are empty.
+    static ValueView Find(const RecordBody* body, std::string_view key) noexcept;
+    static ValueView At(const RecordBody* body, size_t index) noexcept;
+    static bool GetAttached(const ValueView& value, DataKind kind, SharedHandle& out) noexcept;
+    static void CopyTo(const RecordEntry& entry, SharedHandle& out);
+    static size_t Size(const RecordBody* body) noexcept { return body ? body->m_live : 0; }
+    static TextView Type(const RecordBody* body) noexcept {
+        return body ? body->_text(body->m_type) : TextView();
+    }
+    static ValueIterator Begin(const RecordBody* body) noexcept { return {body, body ? body->m_first : 0}; }
+    static ValueIterator End(const RecordBody* body) noexcept { return {body, body ? body->m_count : 0}; }
+
+    static ValueIterator::Entry EntryAt(const RecordBody* body, uint32_t index) noexcept {
+        return {body->Key(body->Entries()[index]), ValueView(body, body->Entries() + index)};
+    }
+
+    const RecordEntry* Entries() const noexcept { return reinterpret_cast<const RecordEntry*>(this + 1); }
+    uint32_t NextLive(uint32_t index) const noexcept;
+    TextView Text(const RecordEntry& entry) const noexcept;
+    std::string_view Key(const RecordEntry& entry) const noexcept { return {_at(entry.key), entry.key.size}; }
+
+    SharedBody* Clone() const override;
+    SharedBody* Snapshot() override;
+    void VisitChildren(void (*visit)(void* context, SharedBody* child), void* context) const override;
+
+  protected:
+    void Destroy(ReleaseQueue& queue) noexcept override;
+
+  private:
+    struct Index;     // finds entries by hash
+    class Pending;    // a value on its way in
+    class Writer;     // the writable block of a handle
+    struct OpenNode;  // for snapshots
+
+    explicit RecordBody(uint32_t capacity, uint32_t flags) noexcept
+        : SharedBody(flags), m_capacity(capacity) {}
+    static RecordBody* _create(size_t capacity, uint32_t flags = 0);
+
+    RecordEntry* _entries() noexcept { return reinterpret_cast<RecordEntry*>(this + 1); }
+    const char* _blockEnd() const noexcept { return reinterpret_cast<const char*>(this) + m_capacity; }
+    char* _blockEnd() noexcept { return reinterpret_cast<char*>(this) + m_capacity; }
+    const char* _at(BlockText text) const noexcept { return _blockEnd() - text.end; }
+    TextView _text(BlockText text) const noexcept {
+        return text.size ? TextView(_at(text), text.size) : TextView();
+    }
+    size_t _usedBytes() const noexcept { return sizeof(RecordBody) + m_count * sizeof(RecordEntry) + m_back; }
+    bool _hasGaps() const noexcept { return m_garbage != 0 || m_live != m_count; }
+
+    // Finding.
+    RecordEntry* _find(std::string_view key, uint32_t hash) noexcept;
+    void _indexEntry(uint32_t position) noexcept;
+    void _makeIndex(uint32_t entries);
+    // To be called before a keyed entry is pushed: makes or enlarges the index when one is due.
+    void _reserveIndex();
+
+    // Storing; room must have been made.
+    BlockText _pushBytes(std::string_view bytes, bool terminated) noexcept;
+    RecordEntry& _pushEntry(std::string_view key, uint32_t hash) noexcept;
+    void _overwriteText(BlockText& text, std::string_view bytes) noexcept;
+    void _store(RecordEntry& entry, Pending& value) noexcept;
+    void _forgetText(BlockText text) noexcept { m_garbage += text.size ? text.size + 1 : 0; }
+    void _removeEntry(RecordEntry& entry) noexcept;
+
+    // Moving and copying.
+    size_t _liveBytes() const noexcept;
+    RecordBody* _moveTo(size_t capacity);
+    void _copyDense(const RecordBody& from) noexcept;
+    void _copyCompact(const RecordBody& from) noexcept;
+    RecordBody* _cloneBlock() const;
+    void _settle() noexcept;
+    static RecordBody* _cloneOpen(const std::vector<OpenNode>& nodes);
+
+    // Editing on behalf of the public operations.
+    static bool _set(SharedHandle& owner, std::string_view key, Pending& value, size_t block);
+    static bool _append(SharedHandle& owner, Pending& value, size_t block);
+
+    uint32_t m_capacity;     // bytes of the block, this header included
+    uint32_t m_count = 0;    // entries, gaps included
+    uint32_t m_live = 0;     // entries without the gaps
+    uint32_t m_first = 0;    // no live entry before this one
+    uint32_t m_back = 0;     // bytes used at the end of the block
+    uint32_t m_garbage = 0;  // those among them that nothing refers to
+    BlockText m_type{0, 0};
+    Index* m_index = nullptr;  // owned; null while there are few entries
+};
+static_assert(sizeof(RecordBody) % alignof(RecordEntry) == 0);
+
+}  // namespace luadui
