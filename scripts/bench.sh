@@ -12,9 +12,10 @@ cmake --build --preset release
 results=build/release/ratios.txt
 : >"$results"
 for program in build/release/*_bench; do
-    [ -x "$program" ] || continue
-    "$program" "--report=${1-}" | tee -a "$results" | grep -v '^RATIO' || true
-    [ "${PIPESTATUS[0]}" -le 1 ] || { echo "RATIO $(basename "$program") crashed - MISS" >>"$results"; }
+    output=$("$program" "--report=${1-}") && status=0 || status=$?
+    grep '^RATIO ' <<<"$output" >>"$results" || true
+    grep -v '^RATIO ' <<<"$output" || true
+    [ $status -le 1 ] || echo "RATIO $(basename "$program")_ended_with $status 0 MISS" >>"$results"
 done
 
 grep '^RATIO ' "$results" >/dev/null || { echo "No report ran"; exit 1; }
