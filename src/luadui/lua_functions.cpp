@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "base/counters.h"
 #include "base/text.h"
 #include "codedata/data_manager.h"
 #include "luadui/frame_message.h"

@@ -1,5 +1,6 @@
 #include "luadui/page_registry.h"
 
+#include "base/counters.h"
 #include "base/text.h"
 #include "luadui/module_log.h"
 

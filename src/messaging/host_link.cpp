@@ -28,7 +28,7 @@ CHostLink& CHostLink::Instance() {
 bool CHostLink::Send(CQueueReqItem& request) {
     const int type = static_cast<int>(request.GetDataLong("REQTYPE"));
     if (IsPageRegistration(type)) return _handleInside(request, type);
-    const PushCallback push = m_push.load(std::memory_order_acquire);
+    const PushCallback push = m_push.Get();
     return !push || Guarded(kCallbackThrew, [&] { push(&request); });
 }
 
@@ -42,7 +42,7 @@ bool CHostLink::_handleInside(CQueueReqItem& request, int type) {
 }
 
 bool CHostLink::_callLua(CUIData& params) {
-    const RequestSyncCallback callback = m_requestSync.load(std::memory_order_acquire);
+    const RequestSyncCallback callback = m_requestSync.Get();
     if (!callback) return true;
     CQueueReqItem call;
     call.SetData("REQTYPE", static_cast<int>(kReqLuaCall));
@@ -53,7 +53,7 @@ bool CHostLink::_callLua(CUIData& params) {
 }
 
 bool CHostLink::RequestSync(unsigned int type, StringMap& params, std::string* result) {
-    const RequestSyncCallback callback = m_requestSync.load(std::memory_order_acquire);
+    const RequestSyncCallback callback = m_requestSync.Get();
     if (!callback) return true;
     CQueueReqItem request;
     request.SetData("REQTYPE", type);
@@ -71,7 +71,7 @@ bool CHostLink::RequestSync(unsigned int type, StringMap& params, std::string* r
 
 void CHostLink::Login(unsigned int kind, const std::string& user, const std::string& secret,
                       const ServerMap& servers, const tag_login_user* detail, unsigned int flags) {
-    const LoginCallback callback = m_login.load(std::memory_order_acquire);
+    const LoginCallback callback = m_login.Get();
     if (!callback) return;
     Guarded(kCallbackThrew, [&] { callback(kind, user, secret, servers, detail, flags); });
 }

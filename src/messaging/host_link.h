@@ -23,9 +23,9 @@ class CHostLink {
     static CHostLink& Instance();
 
     // Each stores the callback and returns true; null returns false and changes nothing.
-    bool SetPushCallback(PushCallback callback) { return _set(m_push, callback); }
-    bool SetRequestSyncCallback(RequestSyncCallback callback) { return _set(m_requestSync, callback); }
-    bool SetLoginCallback(LoginCallback callback) { return _set(m_login, callback); }
+    bool SetPushCallback(PushCallback callback) { return m_push.Set(callback); }
+    bool SetRequestSyncCallback(RequestSyncCallback callback) { return m_requestSync.Set(callback); }
+    bool SetLoginCallback(LoginCallback callback) { return m_login.Set(callback); }
 
     // Sends a completed request. Types 1502 and 1603 stay inside: "Params" "page_sign" is registered for
     // "From", and a 1502 whose method is not "page_register" is answered by the host's Lua interface under
@@ -43,17 +43,29 @@ class CHostLink {
                const ServerMap& servers, const tag_login_user* detail, unsigned int flags);
 
   private:
+    // One of the three callbacks. Kept as a plain function: what std::atomic does with a callback's own type would need
+    // argument types that only the host knows.
     template <class Callback>
-    static bool _set(std::atomic<Callback>& slot, Callback callback) {
-        if (callback) slot.store(callback, std::memory_order_release);
-        return callback != nullptr;
-    }
+    class Slot {
+      public:
+        bool Set(Callback callback) {
+            if (callback) m_function.store(reinterpret_cast<Function>(callback), std::memory_order_release);
+            return callback != nullptr;
+        }
+        Callback Get() const {
+            return reinterpret_cast<Callback>(m_function.load(std::memory_order_acquire));
+        }
+
+      private:
+        using Function = void (*)();
+        std::atomic<Function> m_function{nullptr};
+    };
     bool _handleInside(CQueueReqItem& request, int type);
     bool _callLua(CUIData& params);
 
-    std::atomic<PushCallback> m_push{nullptr};
-    std::atomic<RequestSyncCallback> m_requestSync{nullptr};
-    std::atomic<LoginCallback> m_login{nullptr};
+    Slot<PushCallback> m_push;
+    Slot<RequestSyncCallback> m_requestSync;
+    Slot<LoginCallback> m_login;
 };
 
 // Settings and files, all kept by the host.
