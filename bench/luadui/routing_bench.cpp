@@ -92,7 +92,7 @@ class GlibLoop {
 
 LUADUI_REPORT(ResponseRouting) {
     start_dui_thread();
-    CPageManagerWnd::Instance().WaitUntilReady();
+    CPageManagerWnd::WaitUntilReady();
     Counter counter;
     CUIData record = MakeRecord(std::to_string(counter.GetHandle()));
     GlibLoop glib;

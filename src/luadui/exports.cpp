@@ -99,8 +99,7 @@ unsigned int create_dui_page(int a, int b, const std::string& name, const std::s
                              const std::string& library, HWND parent1, HWND parent2, int flag,
                              bool asynchronous) {
     return Answered(0U, [&] {
-        auto& manager = CPageManagerWnd::Instance();
-        manager.WaitUntilReady();
+        auto& manager = CPageManagerWnd::WaitUntilReady();
         manager.KeepParents(parent1, parent2);
         PageOrder order{a, b, name, info, library, flag, parent1, parent2};
         if (!asynchronous) return manager.CreatePage(order, kMsgCreatePage);
@@ -110,8 +109,7 @@ unsigned int create_dui_page(int a, int b, const std::string& name, const std::s
 
 int create_com_page(const char* library, const char* name, const char* info, int flag) {
     return Answered(0, [&] {
-        auto& manager = CPageManagerWnd::Instance();
-        manager.WaitUntilReady();
+        auto& manager = CPageManagerWnd::WaitUntilReady();
         const auto* const adapter = CComponentAdapter::Existing();
         const PageOrder order = adapter ? adapter->Describe(library, name, info, flag)
                                         : CComponentAdapter({}, {}).Describe(library, name, info, flag);
@@ -128,9 +126,10 @@ int create(const char* library, const char* name, const char* info, int flag) {
     return Answered(-1, [&] {
         const auto* const adapter = CComponentAdapter::Existing();
         if (!adapter) return -1;
-        auto& manager = CPageManagerWnd::Instance();
-        manager.PostPageOrder(std::make_unique<PageOrder>(adapter->Describe(library, name, info, flag)),
-                              kMsgCreateComponentPage);
+        CPageManagerWnd::Instance();  // a host that creates components only need not start the thread itself
+        CPageManagerWnd::WaitUntilReady().PostPageOrder(
+            std::make_unique<PageOrder>(adapter->Describe(library, name, info, flag)),
+            kMsgCreateComponentPage);
         return 0;
     });
 }

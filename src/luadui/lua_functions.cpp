@@ -84,8 +84,7 @@ void OnError(const LuaArguments& in, LuaResults& out) {
 
 void OnInit(const LuaArguments& in, LuaResults& out) {
     out.AddFlag(false);
-    auto& manager = CPageManagerWnd::Instance();
-    manager.WaitUntilReady();
+    auto& manager = CPageManagerWnd::WaitUntilReady();
     PageOrder order;
     order.a = in.Number(4);
     order.b = in.Number(5);

@@ -58,9 +58,10 @@ LUADUI_API unsigned int get_marketbycodeandzqmc(const char* code, char* buffer, 
 // string 3 when it brings none of its own. Always 0.
 LUADUI_API int init(const char* folder, const char* info);
 
-// Creates a component page without waiting for its window: `library` is looked for in the folder given to
-// `init`, `name` is the page name, `info` its init string 3 (null: the one of `init`), `flag` its init flag.
-// 0 when handed to the UI thread or dropped because it has ended, -1 when `init` has not run.
+// Creates a component page without waiting for its window, starting the UI thread if need be: `library` is
+// looked for in the folder given to `init`, `name` is the page name, `info` its init string 3 (null: the one of
+// `init`), `flag` its init flag. 0 when handed to the UI thread or dropped because that has ended, -1 when `init`
+// has not run.
 LUADUI_API int create(const char* library, const char* name, const char* info, int flag);
 
 // As `create`, but waits for the UI thread to be ready and for the page, and works without `init` (folder:

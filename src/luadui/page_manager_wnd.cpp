@@ -16,6 +16,7 @@ constexpr char kCompanionLibrary[] = "/vandrel.dll";
 
 std::mutex g_creation;
 std::atomic<CPageManagerWnd*> g_manager{nullptr};
+std::atomic<unsigned char> g_ready{0};
 
 struct LoginInfoQuery {
     const std::string& page;
@@ -33,8 +34,8 @@ CPageManagerWnd& CPageManagerWnd::Instance() {
     const std::lock_guard lock(g_creation);
     if (!Existing()) {
         auto* const manager = new CPageManagerWnd;
+        g_manager.store(manager);  // before its thread can say that it is ready
         manager->_start();
-        g_manager.store(manager);
     }
     return *Existing();
 }
@@ -43,30 +44,33 @@ CPageManagerWnd* CPageManagerWnd::Existing() { return g_manager.load(); }
 
 CPageManagerWnd::CPageManagerWnd()
     : m_inbox([this](WPARAM wParam, CQueueTaskItem* record) {
-          return PostMessageW(m_window.load(), kMsgResponse, wParam, ToLParam(record)) != 0;
+          return ::PostMessageW(m_window.load(), kMsgResponse, wParam, ToLParam(record)) != 0;
       }) {}
 
 LPCWSTR CPageManagerWnd::GetWindowClassName() const { return L"PageManagerWnd"; }
 
-void CPageManagerWnd::WaitUntilReady() const {
-    while (!IsReady()) Sleep(kReadyPollMs);
+CPageManagerWnd& CPageManagerWnd::WaitUntilReady() {
+    while (g_ready.load() == 0) Sleep(kReadyPollMs);
+    return *Existing();
 }
+
+void CPageManagerWnd::_setReady() { g_ready.store(1); }
 
 void CPageManagerWnd::PostResponse(std::unique_ptr<CQueueRespData> response, WPARAM wParam) {
     const HWND window = m_window.load();
     const auto posted = window ? m_inbox.Post(std::move(response), wParam) : CRecordInbox::Posted::kClosed;
     if (posted == CRecordInbox::Posted::kClosed) CCounters::Add("response_without_ui_thread");
-    if (posted == CRecordInbox::Posted::kStuck) SendNotifyMessageW(window, kMsgRefillQueue, 0, 0);
+    if (posted == CRecordInbox::Posted::kStuck) ::SendNotifyMessageW(window, kMsgRefillQueue, 0, 0);
 }
 
 unsigned int CPageManagerWnd::CreatePage(const PageOrder& order, PageMessage message) {
-    return static_cast<unsigned int>(SendMessageW(m_window.load(), message, 0, ToLParam(&order)));
+    return static_cast<unsigned int>(::SendMessageW(m_window.load(), message, 0, ToLParam(&order)));
 }
 
 bool CPageManagerWnd::PostPageOrder(std::unique_ptr<PageOrder> order, PageMessage message) {
     const std::lock_guard lock(m_postGate);
     const HWND window = m_window.load();
-    if (!window || !PostMessageW(window, message, 1, ToLParam(order.get()))) {
+    if (!window || !::PostMessageW(window, message, 1, ToLParam(order.get()))) {
         CCounters::Add("page_order_refused");
         return false;
     }
@@ -76,15 +80,15 @@ bool CPageManagerWnd::PostPageOrder(std::unique_ptr<PageOrder> order, PageMessag
 
 bool CPageManagerWnd::GetLoginInfo(const std::string& page, std::string& info) {
     const LoginInfoQuery query{page, info};
-    return SendMessageW(m_window.load(), kMsgLoginInfo, 0, ToLParam(&query)) == 1;
+    return ::SendMessageW(m_window.load(), kMsgLoginInfo, 0, ToLParam(&query)) == 1;
 }
 
 void CPageManagerWnd::SwitchTab(const std::string& page, int asleep) {
-    SendMessageW(m_window.load(), kMsgSwitchTab, static_cast<WPARAM>(asleep), ToLParam(&page));
+    ::SendMessageW(m_window.load(), kMsgSwitchTab, static_cast<WPARAM>(asleep), ToLParam(&page));
 }
 
 void CPageManagerWnd::SetFocusTo(const std::string& part) {
-    SendMessageW(m_window.load(), kMsgSetFocus, 0, ToLParam(&part));
+    ::SendMessageW(m_window.load(), kMsgSetFocus, 0, ToLParam(&part));
 }
 
 void CPageManagerWnd::KeepParents(HWND parent1, HWND parent2) {

@@ -30,10 +30,9 @@ class CPageManagerWnd : public CWindowWnd {
 
     // 0 when the thread could not be created.
     DWORD UiThreadId() const { return m_uiThreadId.load(); }
-    // Set once the window exists; stays set after the end.
-    bool IsReady() const { return m_ready.load() != 0; }
-    // Polls the ready flag every 10 ms without a time limit.
-    void WaitUntilReady() const;
+    // The page manager once it is ready: polls a flag every 10 ms without a time limit, and starts nothing. The flag
+    // stays set after the end.
+    static CPageManagerWnd& WaitUntilReady();
 
     // Hands a response to the UI thread, in order; freed and counted when there is no window.
     void PostResponse(std::unique_ptr<CQueueRespData> response, WPARAM wParam);
@@ -61,6 +60,7 @@ class CPageManagerWnd : public CWindowWnd {
 
     static DWORD WINAPI _threadMain(LPVOID manager);
     void _start();
+    static void _setReady();
     void _runUiThread();
     bool _createWindow();
     void _endPages();
@@ -72,7 +72,6 @@ class CPageManagerWnd : public CWindowWnd {
     void _retryIfStuck();
 
     std::atomic<DWORD> m_uiThreadId{0};
-    std::atomic<unsigned char> m_ready{0};
     std::atomic<HWND> m_window{nullptr};  // null before the window exists and after its end
     std::atomic<HWND> m_companion{nullptr};
     std::atomic<HWND> m_parents[2] = {};

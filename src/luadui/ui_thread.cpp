@@ -38,7 +38,7 @@ bool CPageManagerWnd::_createWindow() {
     const HWND window = Create(nullptr, L"PageManagerWnd", 0, 0, 0, 0, 0, 0);
     if (!window) return false;
     m_window.store(window);
-    m_ready.store(1);
+    _setReady();
     m_exportWorker.Start(window);
     CPaintManagerUI::SetPageManager(window);
     return true;
