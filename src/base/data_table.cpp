@@ -1,0 +1,160 @@
+#include "base/data_table.h"
+
+#include <string>
+
+#include "base/counters.h"
+#include "base/table_body.h"
+
+namespace luadui {
+namespace {
+
+const TableBody* AsBody(const TableHead* head) noexcept { return static_cast<const TableBody*>(head); }
+
+TextView View(const std::string& text) noexcept { return TextView(text.c_str(), text.size()); }
+
+}  // namespace
+
+const RowBlock& TableHead::_findRow(int row) const noexcept {
+    const TableBody& body = *AsBody(this);
+    if (static_cast<uint32_t>(row) >= body.RowCount()) return RowBlock::None();
+    return body.FindDirect(static_cast<uint32_t>(row));
+}
+
+TextView TableHead::Text(int row, int col) const noexcept {
+    const TableBody& body = *AsBody(this);
+    if (static_cast<uint32_t>(row) >= body.RowCount() || col < 0) return {};
+    auto cell = static_cast<uint32_t>(col);
+    const RowBlock& cells = body.Locate(static_cast<uint32_t>(row), cell);
+    return cell < cells.Cells() ? cells.Text(cell) : TextView();
+}
+
+int CDataTable::GetRowNumber() const noexcept {
+    return _head() ? static_cast<int>(AsBody(_head())->RowCount()) : 0;
+}
+
+int CDataTable::GetColumnNumber() const noexcept {
+    return _head() ? static_cast<int>(AsBody(_head())->Header().Columns()) : 0;
+}
+
+int CDataTable::AddColumn(std::string_view name) {
+    if (static_cast<uint32_t>(GetColumnNumber()) >= TableBody::kMaxColumns) {
+        CCounters::Add("table_column_limit");
+        return -1;
+    }
+    const std::string kept(name);  // it may be text of the header that is about to change
+    return static_cast<int>(_edit().EditHeader().Add(kept));
+}
+
+int CDataTable::FindColumn(std::string_view name) const noexcept {
+    return _head() ? AsBody(_head())->Header().Find(name) : -1;
+}
+
+bool CDataTable::SetColumnProperty(int col, std::string_view property, std::string_view value) {
+    if (col < 0 || col > GetColumnNumber()) return false;
+    const std::string keptProperty(property);
+    const std::string keptValue(value);
+    if (col == GetColumnNumber()) {
+        const bool isName = keptProperty == TableHeader::kName;
+        if (AddColumn(isName ? std::string_view(keptValue) : std::string_view()) < 0) return false;
+        if (isName) return true;
+    }
+    _edit().EditHeader().SetProperty(static_cast<uint32_t>(col), keptProperty, keptValue);
+    return true;
+}
+
+TextView CDataTable::GetColumnProperty(int col, std::string_view property) const noexcept {
+    if (col < 0 || col >= GetColumnNumber()) return {};
+    return AsBody(_head())->Header().Property(static_cast<uint32_t>(col), property);
+}
+
+int CDataTable::AppendRow() {
+    const int row = GetRowNumber();
+    if (static_cast<uint32_t>(row) == RowTree::kMaxRows) {
+        CCounters::Add("table_row_limit");
+        return -1;
+    }
+    _edit().Append();
+    return row;
+}
+
+bool CDataTable::DeleteRow(int row) {
+    if (!_hasRow(row)) return false;
+    _edit().Erase(static_cast<uint32_t>(row));
+    return true;
+}
+
+void CDataTable::DeleteAllRows() {
+    if (GetRowNumber() != 0) _edit().EraseAll();
+}
+
+void CDataTable::Clear() { *this = CDataTable(); }
+
+bool CDataTable::SetItemText(int row, int col, std::string_view text) {
+    if (!_hasCell(row, col)) return false;
+    if (GetItemText(row, col) == text) return true;  // copies stay shared
+    return _edit().SetText(static_cast<uint32_t>(row), static_cast<uint32_t>(col), text);
+}
+
+bool CDataTable::SetItemText(int row, std::string_view name, std::string_view text) {
+    return SetItemText(row, FindColumn(name), text);
+}
+
+bool CDataTable::SetItemTextColor(int row, int col, std::string_view color) {
+    if (!_hasCell(row, col)) return false;
+    if (GetItemTextColor(row, col) == color) return true;
+    const std::string kept(color);
+    _edit().EditColors(static_cast<uint32_t>(row)).SetCell(static_cast<uint32_t>(col), kept);
+    return true;
+}
+
+bool CDataTable::SetItemTextColor(int row, std::string_view name, std::string_view color) {
+    return SetItemTextColor(row, FindColumn(name), color);
+}
+
+TextView CDataTable::GetItemTextColor(int row, int col) const noexcept {
+    if (!_hasCell(row, col)) return {};
+    auto cell = static_cast<uint32_t>(col);
+    const RowBlock& cells = AsBody(_head())->Locate(static_cast<uint32_t>(row), cell);
+    const std::string* color = cells.Colors() ? cells.Colors()->Cell(cell) : nullptr;
+    return color ? View(*color) : TextView();
+}
+
+TextView CDataTable::GetItemTextColor(int row, std::string_view name) const noexcept {
+    return GetItemTextColor(row, FindColumn(name));
+}
+
+bool CDataTable::SetRowColor(int row, std::string_view color) {
+    if (!_hasRow(row)) return false;
+    if (GetRowColor(row) == color) return true;
+    const std::string kept(color);
+    _edit().EditColors(static_cast<uint32_t>(row)).row = kept;
+    return true;
+}
+
+TextView CDataTable::GetRowColor(int row) const noexcept {
+    if (!_hasRow(row)) return {};
+    uint32_t noCell = ColumnMap::kNowhere;
+    const RowBlock& cells = AsBody(_head())->Locate(static_cast<uint32_t>(row), noCell);
+    return cells.Colors() ? View(cells.Colors()->row) : TextView();
+}
+
+void CDataTable::CopyHeader(const CDataTable& source) {
+    const HeaderPtr header = source._head() ? AsBody(source._head())->SharedHeader() : nullptr;
+    if (header || GetColumnNumber() != 0) _edit().TakeHeader(header);
+}
+
+bool CDataTable::InsertTable(const CDataTable& source) {
+    if (source.GetRowNumber() == 0) return true;
+    const auto total = static_cast<uint64_t>(GetRowNumber()) + static_cast<uint64_t>(source.GetRowNumber());
+    if (total > RowTree::kMaxRows) {
+        CCounters::Add("table_row_limit", static_cast<uint64_t>(source.GetRowNumber()));
+        return false;
+    }
+    // Held, because `source` may be this table.
+    const RowTree rows = AsBody(source._head())->SharedRows();
+    const HeaderPtr header = AsBody(source._head())->SharedHeader();
+    _edit().Join(rows, header ? *header : TableHeader());
+    return true;
+}
+
+}  // namespace luadui

@@ -1,0 +1,50 @@
+// Remembers which storage belongs to the row that was read last, so that the next column of it is found at once.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace luadui {
+
+// One word that holds a row number (21 bits) and an address (47 bits, multiple of 16) together, so that readers on
+// several threads never see the number of one row with the address of another. What does not fit is not remembered.
+// Relaxed order is enough: whoever reads the hint may read the storage as well.
+class RowHint {
+  public:
+    void Set(uint32_t row, const void* storage) const noexcept {
+        const auto address = static_cast<uint64_t>(reinterpret_cast<uintptr_t>(storage));
+        if (row >= kMaxRows || (address & ~kAddressMask) != 0) return;
+        m_word.store(uint64_t{row} << kRowShift | address >> kAlignBits, std::memory_order_relaxed);
+    }
+    void Clear() const noexcept { m_word.store(0, std::memory_order_relaxed); }
+
+    // The storage set for exactly this row, else null. No row number past 21 bits, and no negative one, matches.
+    template <class T>
+    const T* Get(int row) const noexcept {
+        const uint64_t word = m_word.load(std::memory_order_relaxed);
+        return word >> kRowShift == static_cast<uint32_t>(row) ? _storage<T>(word) : nullptr;
+    }
+    // The storage, with the row it was set for; null when there is none.
+    template <class T>
+    T* Last(uint32_t& row) const noexcept {
+        const uint64_t word = m_word.load(std::memory_order_relaxed);
+        row = static_cast<uint32_t>(word >> kRowShift);
+        return _storage<T>(word);
+    }
+
+  private:
+    static constexpr int kAlignBits = 4;
+    static constexpr int kRowShift = 43;
+    static constexpr uint32_t kMaxRows = 1u << (64 - kRowShift);
+    static constexpr uint64_t kAddressMask = (uint64_t{1} << (kRowShift + kAlignBits)) - (1u << kAlignBits);
+
+    template <class T>
+    static T* _storage(uint64_t word) noexcept {
+        return reinterpret_cast<T*>(
+            static_cast<uintptr_t>(word << (64 - kRowShift) >> (64 - kRowShift - kAlignBits)));
+    }
+
+    mutable std::atomic<uint64_t> m_word{0};
+};
+
+}  // namespace luadui

@@ -1,0 +1,52 @@
+// The storage of a table: header, rows, and where it last read and wrote.
+#pragma once
+
+#include "base/data_table.h"
+#include "base/row_tree.h"
+#include "base/table_header.h"
+
+namespace luadui {
+
+// Rows and columns that callers pass in exist, unless said otherwise.
+class TableBody final : public TableHead {
+  public:
+    static constexpr uint32_t kMaxColumns = 1u << 26;
+
+    static TableBody* Create() { return new TableBody(); }
+    SharedBody* Clone() const override;
+
+    const TableHeader& Header() const noexcept;
+    TableHeader& EditHeader();
+    uint32_t RowCount() const noexcept { return m_rows.Size(); }
+
+    // The row and the place of the column in it, see RowTree::Locate.
+    const RowBlock& Locate(uint32_t row, uint32_t& cell) const noexcept { return m_rows.Locate(row, cell); }
+    // The row if it can be read without a map, else the row without cells. Remembers it.
+    const RowBlock& FindDirect(uint32_t row) const noexcept;
+
+    // False when the row would get too long.
+    bool SetText(uint32_t row, uint32_t cell, std::string_view text);
+    RowColors& EditColors(uint32_t row);
+    void Append();
+    void Erase(uint32_t row);
+    void EraseAll();
+    void TakeHeader(const HeaderPtr& header);
+    void Join(const RowTree& rows, const TableHeader& header);
+
+    const HeaderPtr& SharedHeader() const noexcept { return m_header; }
+    // The rows, which from now on may have more owners.
+    const RowTree& SharedRows() const noexcept;
+
+  private:
+    TableBody() = default;
+    RowPtr& _editRow(uint32_t row, RowNode*& leaf, uint32_t& first);
+    void _forget() const noexcept;
+
+    HeaderPtr m_header;  // null while there are no columns
+    RowTree m_rows;
+    RowHint m_readLeaf;       // leaf of the row read last, by its first row
+    RowHint m_ownLeaf;        // leaf written last, if the path to it still has no other owner
+    uint32_t m_rowBytes = 0;  // text bytes of the last complete row: what the next one will need
+};
+
+}  // namespace luadui
