@@ -1,62 +1,66 @@
-// The hash of keys: fast on short texts, and seeded per process so that nobody outside can choose keys that
-// collide.
+// The hash of keys: fast on short texts, and seeded per process so that nobody outside can choose keys that collide.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
+
+#include "base/short_bytes.h"
 
 namespace luadui {
 
-// The seed, drawn at first use; the same for the life of the process.
-uint64_t KeySeed() noexcept;
+// Drawn at first use; the same for the life of the process.
+class KeySeed {
+  public:
+    static uint64_t Get() noexcept {
+        const uint64_t seed = Known();
+        return seed != 0 ? seed : _draw();
+    }
+    // For those who come after a Get(): whoever holds a record does.
+    static uint64_t Known() noexcept { return s_seed.load(std::memory_order_relaxed); }
 
-namespace key_hash {
+  private:
+    static uint64_t _draw() noexcept;
+    static std::atomic<uint64_t> s_seed;  // 0 until it is drawn
+};
 
-inline uint64_t Read8(const char* bytes) noexcept {
-    uint64_t value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
-
-inline uint64_t Read4(const char* bytes) noexcept {
-    uint32_t value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
+constexpr size_t kShortKey = 16;
 
 // Both halves of the 128-bit product: every bit of the operands reaches every bit of the result.
-inline uint64_t Mix(uint64_t left, uint64_t right) noexcept {
+inline uint64_t MixWords(uint64_t left, uint64_t right) noexcept {
     __extension__ using Wide = unsigned __int128;
     const Wide product = static_cast<Wide>(left) * right;
     return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
 }
 
-}  // namespace key_hash
-
-inline uint32_t HashKey(std::string_view key) noexcept {
-    using namespace key_hash;
-    constexpr uint64_t kOdd1 = 0x9e3779b97f4a7c15, kOdd2 = 0xd6e8feb86659fd93;
-    uint64_t seed = KeySeed();
+// The hash of up to kShortKey bytes; `seed` may be that of bytes before them.
+inline uint32_t HashShortKey(std::string_view key, uint64_t seed) noexcept {
     const char* bytes = key.data();
-    size_t size = key.size();
-    for (; size > 16; bytes += 16, size -= 16) {
-        seed = Mix(Read8(bytes) ^ kOdd1, Read8(bytes + 8) ^ seed);
-    }
+    const size_t size = key.size();
     uint64_t first = 0, last = 0;
     if (size >= 8) {
-        first = Read8(bytes);
-        last = Read8(bytes + size - 8);
+        first = ReadWord<uint64_t>(bytes);
+        last = ReadWord<uint64_t>(bytes + size - 8);
     } else if (size >= 4) {
-        first = Read4(bytes);
-        last = Read4(bytes + size - 4);
-    } else if (size > 0) {
-        first = static_cast<unsigned char>(bytes[0]) |
-                uint64_t{static_cast<unsigned char>(bytes[size / 2])} << 8 |
-                uint64_t{static_cast<unsigned char>(bytes[size - 1])} << 16;
+        first = ReadWord<uint32_t>(bytes);
+        last = ReadWord<uint32_t>(bytes + size - 4);
+    } else if (size >= 2) {
+        first = ReadWord<uint16_t>(bytes);
+        last = ReadWord<uint16_t>(bytes + size - 2);
+    } else if (size == 1) {
+        first = static_cast<unsigned char>(*bytes);
     }
-    const uint64_t mixed = Mix(first ^ kOdd1, last ^ seed);
-    return static_cast<uint32_t>(Mix(mixed ^ seed, key.size() ^ kOdd2) >> 16);
+    constexpr uint64_t kOdd1 = 0x9e3779b97f4a7c15, kOdd2 = 0xd6e8feb86659fd93;
+    return static_cast<uint32_t>(MixWords(first ^ seed, last ^ (size * kOdd2) ^ kOdd1) >> 16);
+}
+
+inline uint32_t HashKey(std::string_view key) noexcept {
+    constexpr uint64_t kOdd = 0xa0761d6478bd642f;
+    uint64_t seed = KeySeed::Get();
+    for (; key.size() > kShortKey; key.remove_prefix(16)) {
+        seed = MixWords(ReadWord<uint64_t>(key.data()) ^ kOdd, ReadWord<uint64_t>(key.data() + 8) ^ seed);
+    }
+    return HashShortKey(key, seed);
 }
 
 }  // namespace luadui

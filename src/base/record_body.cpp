@@ -31,14 +31,12 @@ uint64_t DrawSeed() noexcept {
 
 }  // namespace
 
-uint64_t KeySeed() noexcept {
-    static constinit std::atomic<uint64_t> seed{0};
-    uint64_t value = seed.load(std::memory_order_relaxed);
-    if (value == 0) [[unlikely]] {
-        const uint64_t drawn = DrawSeed();
-        value = seed.compare_exchange_strong(value, drawn, std::memory_order_relaxed) ? drawn : value;
-    }
-    return value;
+constinit std::atomic<uint64_t> KeySeed::s_seed{0};
+
+uint64_t KeySeed::_draw() noexcept {
+    uint64_t none = 0;
+    const uint64_t drawn = DrawSeed();
+    return s_seed.compare_exchange_strong(none, drawn, std::memory_order_relaxed) ? drawn : none;
 }
 
 LongText* LongText::Create(std::string_view text) {
@@ -64,12 +62,13 @@ struct RecordBody::Index {
 };
 
 RecordBody* RecordBody::_create(size_t capacity, uint32_t flags) {
+    KeySeed::Get();  // before the first key is looked for
     return new (Allocate(capacity)) RecordBody(static_cast<uint32_t>(capacity), flags);
 }
 
 void RecordBody::Destroy(ReleaseQueue& queue) noexcept {
     const RecordEntry* entries = Entries();
-    for (uint32_t i = m_first; i < m_count; ++i) {
+    for (uint32_t i = HasFlag(kHoldsBodies) ? m_first : m_count; i < m_count; ++i) {
         if (entries[i].IsLive() && entries[i].HoldsBody()) queue.Drop(entries[i].body);
     }
     std::free(m_index);
@@ -84,32 +83,26 @@ void RecordBody::VisitChildren(void (*visit)(void*, SharedBody*), void* context)
     }
 }
 
-// --- Finding
-// ---------------------------------------------------------------------------------------------------------
+// Finding.
 
-RecordEntry* RecordBody::_find(std::string_view key, uint32_t hash) noexcept {
-    const auto matches = [&](const RecordEntry& entry) {
-        return entry.hash == hash && entry.IsLive() && entry.key.size == key.size() &&
-               std::memcmp(_at(entry.key), key.data(), key.size()) == 0;
-    };
-    RecordEntry* entries = _entries();
-    if (!m_index) {
-        for (RecordEntry* entry = entries + m_first; entry != entries + m_count; ++entry) {
-            if (matches(*entry)) return entry;
-        }
-        return nullptr;
-    }
-    const uint32_t* slots = m_index->Slots();
-    for (uint32_t slot = hash & m_index->mask; slots[slot] != 0; slot = (slot + 1) & m_index->mask) {
-        if (matches(entries[slots[slot] - 1])) return entries + (slots[slot] - 1);
-    }
-    return nullptr;
+bool RecordBody::_isAt(const RecordEntry& entry, std::string_view key, uint32_t hash) const noexcept {
+    return entry.hash == hash && entry.key.size == key.size() &&
+           std::memcmp(_at(entry.key), key.data(), key.size()) == 0;
 }
 
-ValueView RecordBody::Find(const RecordBody* body, std::string_view key) noexcept {
-    if (!body) return {};
-    const RecordEntry* entry = const_cast<RecordBody*>(body)->_find(key, HashKey(key));
-    return entry ? ValueView(body, entry) : ValueView();
+const RecordEntry* RecordBody::_findAny(std::string_view key) const noexcept {
+    return _findHashed(key, HashKey(key));
+}
+
+const RecordEntry* RecordBody::_findHashed(std::string_view key, uint32_t hash) const noexcept {
+    const auto probe = [&](const auto* slots, uint32_t mask) -> const RecordEntry* {
+        for (uint32_t slot = hash & mask; slots[slot] != 0; slot = (slot + 1) & mask) {
+            const RecordEntry& entry = Entries()[slots[slot] - 1];
+            if (_isAt(entry, key, hash)) return &entry;
+        }
+        return nullptr;
+    };
+    return m_index ? probe(m_index->Slots(), m_index->mask) : probe(m_slots, kSlots - 1);
 }
 
 ValueView RecordBody::At(const RecordBody* body, size_t index) noexcept {
@@ -119,12 +112,6 @@ ValueView RecordBody::At(const RecordBody* body, size_t index) noexcept {
 uint32_t RecordBody::NextLive(uint32_t index) const noexcept {
     while (index < m_count && !Entries()[index].IsLive()) ++index;
     return index;
-}
-
-TextView RecordBody::Text(const RecordEntry& entry) const noexcept {
-    if (!entry.HasFlag(RecordEntry::kLong)) return _text(entry.text);
-    const std::string_view text = static_cast<const LongText*>(entry.body)->View();
-    return TextView(text.data(), text.size());
 }
 
 void RecordBody::CopyTo(const RecordEntry& entry, SharedHandle& out) {
@@ -139,8 +126,7 @@ bool RecordBody::GetAttached(const ValueView& value, DataKind kind, SharedHandle
     return true;
 }
 
-// --- The index
-// -------------------------------------------------------------------------------------------------------
+// The index.
 
 void RecordBody::_indexEntry(uint32_t position) noexcept {
     uint32_t* slots = m_index->Slots();
@@ -161,30 +147,11 @@ void RecordBody::_makeIndex(uint32_t entries) {
     }
 }
 
-void RecordBody::_reserveIndex() {
-    if (m_count < kLinearEntries) return;
+void RecordBody::_growIndex() {
     if (!m_index || (m_index->used + 1) * 2 > m_index->mask) _makeIndex(m_live + 1);
 }
 
-// --- Storing
-// ---------------------------------------------------------------------------------------------------------
-
-BlockText RecordBody::_pushBytes(std::string_view bytes, bool terminated) noexcept {
-    if (bytes.empty()) return {0, 0};
-    m_back += static_cast<uint32_t>(bytes.size() + (terminated ? 1 : 0));
-    char* place = _blockEnd() - m_back;
-    std::memcpy(place, bytes.data(), bytes.size());
-    if (terminated) place[bytes.size()] = '\0';
-    return {m_back, static_cast<uint32_t>(bytes.size())};
-}
-
-RecordEntry& RecordBody::_pushEntry(std::string_view key, uint32_t hash) noexcept {
-    RecordEntry& entry = _entries()[m_count++];
-    ++m_live;
-    entry = RecordEntry{hash, _pushBytes(key, false), kDataNull, 0, 0, {0}};
-    if (m_index) _indexEntry(m_count - 1);
-    return entry;
-}
+// Storing.
 
 void RecordBody::_overwriteText(BlockText& text, std::string_view bytes) noexcept {
     char* place = _blockEnd() - text.end;
@@ -199,6 +166,7 @@ void RecordBody::_removeEntry(RecordEntry& entry) noexcept {
     SharedBody* old = entry.HoldsBody() ? entry.body : nullptr;
     if (entry.IsShortText()) _forgetText(entry.text);
     m_garbage += entry.key.size;
+    entry.key.size = RecordEntry::kNoKey;
     entry.kind = RecordEntry::kRemoved;
     entry.flags = 0;
     --m_live;
@@ -206,8 +174,7 @@ void RecordBody::_removeEntry(RecordEntry& entry) noexcept {
     SharedBody::Release(old);
 }
 
-// --- Moving and copying
-// ----------------------------------------------------------------------------------------------
+// Moving and copying.
 
 size_t RecordBody::_liveBytes() const noexcept {
     return sizeof(RecordBody) + m_live * sizeof(RecordEntry) + m_back - m_garbage;
@@ -221,20 +188,21 @@ void RecordBody::_copyDense(const RecordBody& from) noexcept {
     m_back = from.m_back;
     m_garbage = from.m_garbage;
     m_type = from.m_type;
+    std::memcpy(m_slots, from.m_slots, sizeof m_slots);
     std::memcpy(_entries(), from.Entries(), from.m_count * sizeof(RecordEntry));
     std::memcpy(_blockEnd() - m_back, from._blockEnd() - m_back, m_back);
 }
 
 void RecordBody::_copyCompact(const RecordBody& from) noexcept {
-    m_type = _pushBytes(from._text(from.m_type), true);
+    m_type = _pushBytes(from._text(from.m_type), 1);
     for (uint32_t i = from.m_first; i < from.m_count; ++i) {
         const RecordEntry& old = from.Entries()[i];
         if (!old.IsLive()) continue;
-        RecordEntry& entry = _pushEntry(from.Key(old), old.hash);
+        RecordEntry& entry = _pushKeyed(from.Key(old), old.hash);
         entry.kind = old.kind;
         entry.flags = old.flags;
         if (old.IsShortText()) {
-            entry.text = _pushBytes(from._text(old.text), true);
+            entry.text = _pushBytes(from._text(old.text), 1);
         } else {
             entry.integer = old.integer;
         }
@@ -250,7 +218,7 @@ RecordBody* RecordBody::_moveTo(size_t capacity) {
         moved->m_index = std::exchange(m_index, nullptr);
     } else {
         moved->_copyCompact(*this);
-        if (m_index) {
+        if (moved->m_count > kSlotted && m_index) {
             try {
                 moved->_makeIndex(moved->m_live);
             } catch (...) {
@@ -288,8 +256,7 @@ SharedBody* RecordBody::Clone() const {
     return clone;
 }
 
-// --- Entries opened in place
-// -----------------------------------------------------------------------------------------
+// Entries opened in place.
 
 // A body with open entries, and the open entry of another one under which it was found. They form a tree,
 // since such a body has one owner.

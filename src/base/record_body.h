@@ -7,8 +7,8 @@
 // Keys live here and nowhere else: those that come from outside cannot make anything grow but the record that
 // holds them.
 //
-// Finding a key compares 32-bit hashes entry by entry; with more than kLinearEntries entries an index (open
-// addressing) does it in O(1). The hash is seeded per process: chosen keys cannot be made to collide.
+// A key is found by its hash, by open addressing: in slots of a byte each in the header while there are few entries,
+// beyond that in an index of its own. The hash is seeded per process: chosen keys cannot be made to collide.
 //
 // Removed entries stay as gaps until there are more gaps than entries, and so do bytes no longer used:
 // removing is O(1) on average, also from the front. Lists have no gaps: their entries are found by position.
@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "base/data_value.h"
+#include "base/key_hash.h"
 #include "base/shared_value.h"
 
 namespace luadui {
@@ -48,7 +49,8 @@ struct BlockText {
 };
 
 struct RecordEntry {
-    static constexpr uint8_t kRemoved = 255;  // as kind
+    static constexpr uint8_t kRemoved = 255;        // as kind
+    static constexpr uint32_t kNoKey = UINT32_MAX;  // as size of the key: no key is found there
     enum Flag : uint8_t {
         kLong = 1,      // the text is a LongText
         kCell = 2,      // the object is attached: `body` is a SharedCell
@@ -82,10 +84,11 @@ class RecordBody final : public SharedBody {
     // The first block of a record holds an ordinary request, and is within what allocators serve fast; those
     // of lists and JSON objects are small because there are many.
     static constexpr size_t kRecordBlock = 1024;
-    static constexpr size_t kSmallBlock = 256;
+    static constexpr size_t kSmallBlock = 384;
     static constexpr size_t kMaxBlock = UINT32_MAX & ~size_t{63};
     static constexpr size_t kLongTextFrom = 257;
-    static constexpr uint32_t kLinearEntries = 16;
+    static constexpr uint32_t kSlots = 64;
+    static constexpr uint32_t kSlotted = 32;  // entries that the slots serve
 
     // Writing. Each works on the content of `owner`: made when there is none, cloned when others hold it too,
     // moved to a larger block when it is full. `block` is the size of a first block. Keys, texts and handles
@@ -106,6 +109,7 @@ class RecordBody final : public SharedBody {
 
     // Reading; null bodies are empty.
     static ValueView Find(const RecordBody* body, std::string_view key) noexcept;
+    const RecordEntry* FindEntry(std::string_view key) const noexcept;
     static ValueView At(const RecordBody* body, size_t index) noexcept;
     static bool GetAttached(const ValueView& value, DataKind kind, SharedHandle& out) noexcept;
     static void CopyTo(const RecordEntry& entry, SharedHandle& out);
@@ -116,13 +120,19 @@ class RecordBody final : public SharedBody {
     static ValueIterator Begin(const RecordBody* body) noexcept { return {body, body ? body->m_first : 0}; }
     static ValueIterator End(const RecordBody* body) noexcept { return {body, body ? body->m_count : 0}; }
 
+    static ValueView View(const RecordBody* body, const RecordEntry* entry) noexcept { return {body, entry}; }
     static ValueIterator::Entry EntryAt(const RecordBody* body, uint32_t index) noexcept {
         return {body->Key(body->Entries()[index]), ValueView(body, body->Entries() + index)};
     }
 
     const RecordEntry* Entries() const noexcept { return reinterpret_cast<const RecordEntry*>(this + 1); }
     uint32_t NextLive(uint32_t index) const noexcept;
-    TextView Text(const RecordEntry& entry) const noexcept;
+    // Of entries of kind text.
+    TextView Text(const RecordEntry& entry) const noexcept {
+        if (!entry.HasFlag(RecordEntry::kLong)) return _text(entry.text);
+        const std::string_view text = static_cast<const LongText*>(entry.body)->View();
+        return TextView(text.data(), text.size());
+    }
     std::string_view Key(const RecordEntry& entry) const noexcept { return {_at(entry.key), entry.key.size}; }
 
     SharedBody* Clone() const override;
@@ -153,15 +163,26 @@ class RecordBody final : public SharedBody {
     bool _hasGaps() const noexcept { return m_garbage != 0 || m_live != m_count; }
 
     // Finding.
-    RecordEntry* _find(std::string_view key, uint32_t hash) noexcept;
+    bool _isAt(const RecordEntry& entry, std::string_view key, uint32_t hash) const noexcept;
+    const RecordEntry* _findAny(std::string_view key) const noexcept;
+    const RecordEntry* _findHashed(std::string_view key, uint32_t hash) const noexcept;
+    uint32_t _slotOf(std::string_view key, uint32_t hash) const noexcept;
+    RecordEntry* _find(std::string_view key, uint32_t hash) noexcept {
+        return const_cast<RecordEntry*>(_findHashed(key, hash));
+    }
     void _indexEntry(uint32_t position) noexcept;
+    void _slotEntry(uint32_t position) noexcept;
     void _makeIndex(uint32_t entries);
     // To be called before a keyed entry is pushed: makes or enlarges the index when one is due.
-    void _reserveIndex();
+    void _reserveIndex() {
+        if (m_count >= kSlotted) _growIndex();
+    }
+    void _growIndex();
 
     // Storing; room must have been made.
-    BlockText _pushBytes(std::string_view bytes, bool terminated) noexcept;
-    RecordEntry& _pushEntry(std::string_view key, uint32_t hash) noexcept;
+    BlockText _pushBytes(std::string_view bytes, size_t terminator) noexcept;
+    RecordEntry& _pushEntry() noexcept;
+    RecordEntry& _pushKeyed(std::string_view key, uint32_t hash) noexcept;
     void _overwriteText(BlockText& text, std::string_view bytes) noexcept;
     void _store(RecordEntry& entry, Pending& value) noexcept;
     void _forgetText(BlockText text) noexcept { m_garbage += text.size ? text.size + 1 : 0; }
@@ -177,7 +198,12 @@ class RecordBody final : public SharedBody {
     static RecordBody* _cloneOpen(const std::vector<OpenNode>& nodes);
 
     // Editing on behalf of the public operations.
-    static bool _set(SharedHandle& owner, std::string_view key, Pending& value, size_t block);
+    bool _setPlain(std::string_view key, const DataValue& value) noexcept;
+    static void _storeBits(RecordEntry& entry, const DataValue& value) noexcept;
+    bool _overwritePlain(RecordEntry& entry, const DataValue& value) noexcept;
+    [[gnu::noinline]] static bool _setAny(SharedHandle& owner, std::string_view key, const DataValue& value,
+                                          size_t block);
+    static bool _set(SharedHandle& owner, std::string_view key, uint32_t hash, Pending& value, size_t block);
     static bool _append(SharedHandle& owner, Pending& value, size_t block);
 
     uint32_t m_capacity;     // bytes of the block, this header included
@@ -187,8 +213,69 @@ class RecordBody final : public SharedBody {
     uint32_t m_back = 0;     // bytes used at the end of the block
     uint32_t m_garbage = 0;  // those among them that nothing refers to
     BlockText m_type{0, 0};
-    Index* m_index = nullptr;  // owned; null while there are few entries
+    Index* m_index = nullptr;      // owned; null while there are few entries
+    uint8_t m_slots[kSlots] = {};  // positions of entries plus 1, by hash; 0 is free. Unused with an index
 };
 static_assert(sizeof(RecordBody) % alignof(RecordEntry) == 0);
+
+// For keys of at most kShortKey bytes in records without index: the slot of the key, or the free one for it.
+inline uint32_t RecordBody::_slotOf(std::string_view key, uint32_t hash) const noexcept {
+    const RecordEntry* entries = Entries();
+    uint32_t slot = hash % kSlots;
+    for (; m_slots[slot] != 0; slot = (slot + 1) % kSlots) {
+        const RecordEntry& entry = entries[m_slots[slot] - 1];
+        if (entry.hash == hash && entry.key.size == key.size() &&
+            EqualShort(_at(entry.key), key.data(), key.size())) {
+            break;
+        }
+    }
+    return slot;
+}
+
+inline const RecordEntry* RecordBody::FindEntry(std::string_view key) const noexcept {
+    if (m_index || key.size() > kShortKey) [[unlikely]]
+        return _findAny(key);
+    const uint32_t position = m_slots[_slotOf(key, HashShortKey(key, KeySeed::Known()))];
+    return position != 0 ? Entries() + (position - 1) : nullptr;
+}
+
+inline BlockText RecordBody::_pushBytes(std::string_view bytes, size_t terminator) noexcept {
+    if (bytes.empty()) return {0, 0};
+    m_back += static_cast<uint32_t>(bytes.size() + terminator);
+    char* place = _blockEnd() - m_back;
+    if (terminator) place[bytes.size()] = '\0';
+    CopyBytes(place, bytes.data(), bytes.size());
+    return {m_back, static_cast<uint32_t>(bytes.size())};
+}
+
+inline RecordEntry& RecordBody::_pushEntry() noexcept {
+    RecordEntry& entry = _entries()[m_count++];
+    ++m_live;
+    entry = RecordEntry{0, {0, 0}, kDataNull, 0, 0, {0}};
+    return entry;
+}
+
+inline RecordEntry& RecordBody::_pushKeyed(std::string_view key, uint32_t hash) noexcept {
+    RecordEntry& entry = _pushEntry();
+    entry.hash = hash;
+    entry.key = _pushBytes(key, 0);
+    if (m_index) [[unlikely]] {
+        _indexEntry(m_count - 1);
+    } else if (m_count <= kSlotted) {
+        _slotEntry(m_count - 1);
+    }
+    return entry;
+}
+
+inline void RecordBody::_slotEntry(uint32_t position) noexcept {
+    uint32_t slot = Entries()[position].hash % kSlots;
+    while (m_slots[slot] != 0) slot = (slot + 1) % kSlots;
+    m_slots[slot] = static_cast<uint8_t>(position + 1);
+}
+
+inline ValueView RecordBody::Find(const RecordBody* body, std::string_view key) noexcept {
+    const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
+    return entry ? ValueView(body, entry) : ValueView();
+}
 
 }  // namespace luadui

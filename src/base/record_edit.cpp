@@ -1,6 +1,7 @@
 // The writing operations of RecordBody. Each prepares its value first (so that arguments may lie in the
 // record that is written), then makes the record's own block writable and large enough, then stores.
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "base/counters.h"
@@ -141,23 +142,73 @@ void RecordBody::_store(RecordEntry& entry, Pending& value) noexcept {
     entry.kind = static_cast<uint8_t>(value.m_kind);
     entry.flags = value.m_flags;
     if (value.IsShortText()) {
-        entry.text = _pushBytes(value.m_text, true);
+        entry.text = _pushBytes(value.m_text, 1);
     } else {
         entry.integer = std::exchange(value.m_integer, 0);  // the body, if it is one, is the entry's now
     }
-    if (entry.IsObject() && entry.body && entry.body->HasFlag(kHoldsCells)) SetFlag(kHoldsCells);
+    if (entry.HoldsBody() && entry.body) {
+        SetFlag(kHoldsBodies);
+        if (entry.body->HasFlag(kHoldsCells)) SetFlag(kHoldsCells);
+    }
     SharedBody::Release(old);  // last: the text may have been read from it
 }
 
-bool RecordBody::_set(SharedHandle& owner, std::string_view key, Pending& value, size_t block) {
+inline void RecordBody::_storeBits(RecordEntry& entry, const DataValue& value) noexcept {
+    entry.flags = value.m_unsigned ? RecordEntry::kUnsigned : 0;
+    if (value.m_kind == kDataDouble) {
+        entry.real = value.m_double;
+    } else {
+        entry.integer = value.m_long;
+    }
+}
+
+// The ordinary case, without a detour: a short key, a number or short text, no index, and room in the block. False, and
+// nothing changed, when it is not that.
+inline bool RecordBody::_setPlain(std::string_view key, const DataValue& value) noexcept {
+    if (m_count >= kSlotted || key.size() > kShortKey) return false;
+    const bool isText = value.m_kind == kDataString;
+    if (isText ? value.m_text.size() >= kLongTextFrom
+               : value.m_kind >= kDataSet && value.m_kind <= kDataJson) {
+        return false;
+    }
+    const uint32_t hash = HashShortKey(key, KeySeed::Known());
+    const uint32_t slot = _slotOf(key, hash);
+    if (m_slots[slot] != 0) return !isText && _overwritePlain(_entries()[m_slots[slot] - 1], value);
+
+    const size_t bytes = key.size() + (isText ? value.m_text.size() + 1 : 0);
+    if (_usedBytes() + sizeof(RecordEntry) + bytes > m_capacity) return false;
+    RecordEntry& entry = _entries()[m_count];
+    entry.hash = hash;
+    entry.key = _pushBytes(key, 0);
+    entry.kind = static_cast<uint8_t>(value.m_kind);
+    if (isText) {
+        entry.flags = 0;
+        entry.text = _pushBytes(value.m_text, 1);
+    } else {
+        _storeBits(entry, value);
+    }
+    m_slots[slot] = static_cast<uint8_t>(++m_count);
+    ++m_live;
+    return true;
+}
+
+// False when a body is to be released or bytes of the block to be used again.
+inline bool RecordBody::_overwritePlain(RecordEntry& entry, const DataValue& value) noexcept {
+    if (entry.kind == kDataString || entry.HoldsBody()) return false;
+    entry.kind = static_cast<uint8_t>(value.m_kind);
+    _storeBits(entry, value);
+    return true;
+}
+
+bool RecordBody::_set(SharedHandle& owner, std::string_view key, uint32_t hash, Pending& value,
+                      size_t block) {
     if (value.WouldRing(owner)) return false;
     Writer writer(owner, block);
-    const uint32_t hash = HashKey(key);
     RecordEntry* entry = writer->_find(key, hash);
     if (!entry) {
         if (key.size() > kMaxBlock || !writer.MakeRoom(1, key.size() + value.Bytes())) return false;
         writer->_reserveIndex();
-        entry = &writer->_pushEntry(key, hash);
+        entry = &writer->_pushKeyed(key, hash);
     } else if (!value.FitsInto(*entry)) {
         if (!writer.MakeRoom(0, value.Bytes())) return false;
         entry = writer->_find(key, hash);  // it may have moved
@@ -170,13 +221,20 @@ bool RecordBody::_append(SharedHandle& owner, Pending& value, size_t block) {
     if (value.WouldRing(owner)) return false;
     Writer writer(owner, block);
     if (!writer.MakeRoom(1, value.Bytes())) return false;
-    writer->_store(writer->_pushEntry({}, 0), value);
+    writer->_store(writer->_pushEntry(), value);
     return true;
 }
 
 bool RecordBody::Set(SharedHandle& owner, std::string_view key, const DataValue& value, size_t block) {
+    auto* body = static_cast<RecordBody*>(owner._body());
+    if (!body) owner._setBody(body = _create(block));
+    if (body->IsUnique() && body->_setPlain(key, value)) return true;
+    return _setAny(owner, key, value, block);
+}
+
+bool RecordBody::_setAny(SharedHandle& owner, std::string_view key, const DataValue& value, size_t block) {
     Pending pending(value);
-    return _set(owner, key, pending, block);
+    return _set(owner, key, HashKey(key), pending, block);
 }
 
 bool RecordBody::Append(SharedHandle& owner, const DataValue& value, size_t block) {
@@ -199,7 +257,7 @@ bool RecordBody::AppendIn(SharedHandle& owner, std::string_view key, const DataV
     if (pending.WouldRing(owner)) return false;
     if (!Find(static_cast<RecordBody*>(owner._body()), key)) {
         Pending list((DataValue(CDataList())));
-        if (!_set(owner, key, list, kSmallBlock)) return false;
+        if (!_set(owner, key, HashKey(key), list, kSmallBlock)) return false;
     }
     Writer writer(owner, kSmallBlock);
     RecordEntry* entry = writer->_find(key, HashKey(key));
@@ -217,6 +275,7 @@ bool RecordBody::AppendIn(SharedHandle& owner, std::string_view key, const DataV
         CDataList list;
     } lent(*entry);
     const bool appended = _append(lent.list, pending, kSmallBlock);
+    if (lent.list._body()) writer->SetFlag(kHoldsBodies);
     if (lent.list._body() && lent.list._body()->HasFlag(kHoldsCells)) writer->SetFlag(kHoldsCells);
     return appended;
 }
@@ -231,7 +290,7 @@ bool RecordBody::SetShared(SharedHandle& owner, std::string_view key, DataKind k
     cell->ClearFlag(kOpenCell);  // no longer the affair of one entry
     cell->AddRef();
     Pending pending(kind, cell);
-    return _set(owner, key, pending, kRecordBlock);
+    return _set(owner, key, HashKey(key), pending, kRecordBlock);
 }
 
 bool RecordBody::GetShared(SharedHandle& owner, std::string_view key, DataKind kind, SharedHandle& out) {
@@ -247,6 +306,7 @@ bool RecordBody::GetShared(SharedHandle& owner, std::string_view key, DataKind k
     entry->body = cell;
     entry->flags |= RecordEntry::kCell;
     writer->SetFlag(kHasOpenEntries);
+    writer->SetFlag(kHoldsBodies);
     writer->SetFlag(kHoldsCells);
     out._attach(cell);  // may free the record, when `out` is its owner
     return true;
@@ -278,7 +338,7 @@ bool RecordBody::SetType(SharedHandle& owner, std::string_view type) {
     Writer writer(owner, kRecordBlock);
     if (!writer.MakeRoom(0, type.size() + 1)) return false;
     writer->_forgetText(writer->m_type);
-    writer->m_type = writer->_pushBytes(type, true);
+    writer->m_type = writer->_pushBytes(type, 1);
     return true;
 }
 
@@ -288,7 +348,7 @@ void RecordBody::Clear(SharedHandle& owner) {
     RecordBody* empty = nullptr;
     if (old->m_type.size != 0) {
         empty = _create(RoundUp(std::max(sizeof(RecordBody) + old->m_type.size + 1, kRecordBlock)));
-        empty->m_type = empty->_pushBytes(Type(old), true);
+        empty->m_type = empty->_pushBytes(Type(old), 1);
     }
     owner._setBody(empty);
     SharedBody::Release(old);

@@ -46,6 +46,7 @@ class TESSEL_API SharedBody {
     enum Flag : uint32_t {
         kHasOpenEntries = 1,  // a record with entries opened in place; such a body has exactly one owner
         kHoldsCells = 2,      // cells may be reached from here; never cleared
+        kHoldsBodies = 8,     // something is to be released with this body; never cleared
         kOpenCell = 4,        // a cell that only stands for a by-value entry to which access was given
     };
 

@@ -18,6 +18,35 @@ TextView CUIData::GetTypeText() const noexcept { return RecordBody::Type(_read()
 
 void CUIData::Reserve(size_t entries, size_t bytes) { RecordBody::Reserve(*this, entries, bytes); }
 
+// Entries of the kind that is asked for, the ordinary case, are read without a detour.
+
+int64_t CUIData::GetDataLong(DataKey key) const noexcept {
+    const RecordBody* body = _read();
+    const RecordEntry* entry = body ? body->FindEntry(key.view) : nullptr;
+    if (!entry) return 0;
+    return entry->kind == kDataInteger ? entry->integer : RecordBody::View(body, entry).AsLong();
+}
+
+bool CUIData::GetDataBool(DataKey key) const noexcept {
+    const RecordBody* body = _read();
+    const RecordEntry* entry = body ? body->FindEntry(key.view) : nullptr;
+    if (!entry) return false;
+    return entry->kind == kDataBoolean ? entry->integer != 0 : RecordBody::View(body, entry).AsBool();
+}
+
+double CUIData::GetDataDouble(DataKey key) const noexcept {
+    const RecordBody* body = _read();
+    const RecordEntry* entry = body ? body->FindEntry(key.view) : nullptr;
+    if (!entry) return 0;
+    return entry->kind == kDataDouble ? entry->real : RecordBody::View(body, entry).AsDouble();
+}
+
+TextView CUIData::GetDataText(DataKey key) const noexcept {
+    const RecordBody* body = _read();
+    const RecordEntry* entry = body ? body->FindEntry(key.view) : nullptr;
+    return entry && entry->kind == kDataString ? body->Text(*entry) : TextView();
+}
+
 bool CUIData::IsShared(DataKey key) const noexcept { return _find(key.view).IsShared(); }
 
 bool CUIData::Remove(DataKey key) { return RecordBody::Remove(*this, key.view); }

@@ -77,12 +77,12 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     bool IsShared(DataKey key) const noexcept;
 
     // The value of the entry, or the kind's empty value (0, false, "") when it is absent or of another kind.
-    int64_t GetDataLong(DataKey key) const noexcept { return _find(key.view).AsLong(); }
-    double GetDataDouble(DataKey key) const noexcept { return _find(key.view).AsDouble(); }
-    bool GetDataBool(DataKey key) const noexcept { return _find(key.view).AsBool(); }
+    int64_t GetDataLong(DataKey key) const noexcept;
+    double GetDataDouble(DataKey key) const noexcept;
+    bool GetDataBool(DataKey key) const noexcept;
     std::string GetDataString(DataKey key) const { return std::string(GetDataText(key)); }
     // Without a copy: valid until this record changes or goes.
-    TextView GetDataText(DataKey key) const noexcept { return _find(key.view).AsText(); }
+    TextView GetDataText(DataKey key) const noexcept;
     // The value as it is; absent when there is no such key.
     ValueView GetDataView(DataKey key) const noexcept { return _find(key.view); }
 
