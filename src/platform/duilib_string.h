@@ -56,7 +56,7 @@ class TESSEL_API CDuiString {
     int ReverseFind(wchar_t c) const;
     int Replace(LPCWSTR from, LPCWSTR to);  // how many were replaced
 
-    // As wsprintf writes it: %s and %c are wide on every system (%hs and %hc narrow). Returns the length; a
+    // As wsprintf writes it: %s and %c are wide on every system (%hs and %S narrow and ASCII). Returns the length; a
     // format that cannot be written leaves the string empty.
     int Format(LPCWSTR format, ...);
     int SmallFormat(LPCWSTR format, ...);
