@@ -1,0 +1,209 @@
+#include "broker/broker.h"
+
+#include <algorithm>
+#include <future>
+#include <iterator>
+#include <memory>
+
+#include "base/counters.h"
+#include "base/guard.h"
+#include "broker/answers.h"
+
+namespace terminal {
+namespace {
+
+using luadui::CUIData;
+
+constexpr size_t kMaxWaiting = 100'000;
+constexpr size_t kMaxSubscriptions = 10'000;
+constexpr int kFunds = 1201;
+constexpr int kPositions = 1202;
+
+bool IsSet(const CUIData& params, const char* key) { return params.GetDataText(key) == "true"; }
+
+}  // namespace
+
+// What the broker can do. A new kind of query is a row here and a handler.
+const Broker::Route Broker::kRoutes[] = {
+    {kFunds, &Broker::_answerFunds},
+    {kPositions, &Broker::_answerPositions},
+};
+
+Broker::Broker(Deliver deliver) : m_deliver(std::move(deliver)) {}
+
+Broker::~Broker() { Stop(); }
+
+void Broker::Start() {
+    std::lock_guard lock(m_mutex);
+    if (m_running) return;
+    m_running = true;
+    m_thread = std::thread([this] { _run(); });
+}
+
+void Broker::Stop() {
+    {
+        std::lock_guard lock(m_mutex);
+        m_running = false;
+        m_wake.notify_all();
+    }
+    if (m_thread.joinable()) m_thread.join();
+    std::lock_guard lock(m_mutex);
+    m_tasks.clear();
+}
+
+void Broker::_run() {
+    std::unique_lock lock(m_mutex);
+    while (m_running) {
+        if (m_tasks.empty()) {
+            m_wake.wait(lock);
+            continue;
+        }
+        const auto due = m_tasks.begin()->first;
+        if (Clock::now() < due) {
+            m_wake.wait_until(lock, due);
+            continue;
+        }
+        auto task = m_tasks.extract(m_tasks.begin());
+        lock.unlock();
+        luadui::Guarded("broker_task_threw", task.mapped());
+        task.mapped() = nullptr;
+        lock.lock();
+    }
+}
+
+bool Broker::_post(Task task, std::chrono::milliseconds delay) {
+    std::lock_guard lock(m_mutex);
+    if (!m_running) return false;
+    if (m_tasks.size() >= kMaxWaiting) {
+        luadui::CCounters::Add("broker_inbox_full");
+        return false;
+    }
+    m_tasks.emplace(Clock::now() + delay, std::move(task));
+    m_wake.notify_all();
+    return true;
+}
+
+bool Broker::_call(const Task& task) {
+    auto job = std::make_shared<std::packaged_task<void()>>(task);
+    std::future<void> done = job->get_future();
+    if (!_post([job] { (*job)(); })) return false;
+    job.reset();  // a broker that stops first drops the job, and the wait ends with an error
+    try {
+        done.get();
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+bool Broker::Submit(const CUIData& request) {
+    return _post([this, request] { _handle(request); });
+}
+
+bool Broker::Trade(const std::string& fundToken, const std::string& code, Shares volume, std::string& error) {
+    bool done = false;
+    const bool ran = _call([&] {
+        done = m_book.Trade(fundToken, code, volume, error);
+        if (!done) return;
+        for (const Route& route : kRoutes) _notify(route.type, fundToken);
+    });
+    if (!ran) error = "the broker does not run";
+    return ran && done;
+}
+
+void Broker::PlanFault(Fault fault, int count, std::chrono::milliseconds delay) {
+    _call([&] { m_faults.Add(fault, count, delay); });
+}
+
+std::vector<Account> Broker::Accounts() {
+    std::vector<Account> accounts;
+    _call([&] { accounts = m_book.Accounts(); });
+    return accounts;
+}
+
+Broker::Stats Broker::GetStats() const {
+    std::lock_guard lock(m_mutex);
+    return m_stats;
+}
+
+void Broker::_handle(const CUIData& request) {
+    {
+        std::lock_guard lock(m_mutex);
+        ++m_stats.requests;
+        ++m_stats.requestsByType[static_cast<int>(request.GetDataLong("REQTYPE"))];
+    }
+    _subscribe(request);
+    const FaultPlan::Step step = m_faults.Take();
+    CUIData answer;
+    switch (step.fault) {
+        case Fault::kSilence:
+            return;
+        case Fault::kError:
+            answer = MakeError(request, -150, "柜台系统繁忙，请稍后再试");
+            break;
+        case Fault::kGarbage:
+            answer = MakeGarbage(request, m_garbage++);
+            break;
+        case Fault::kNone:
+        case Fault::kDelay:
+            answer = _answer(request);
+            break;
+    }
+    if (step.fault != Fault::kDelay) return _deliver(std::move(answer), &Stats::answers);
+    _post([this, answer] { _deliver(answer, &Stats::answers); }, step.delay);
+}
+
+CUIData Broker::_answer(const CUIData& request) {
+    const auto type = request.GetDataLong("REQTYPE");
+    for (const Route& route : kRoutes) {
+        if (route.type != type) continue;
+        const Account* account = m_book.Find(request.GetDataText("FundToken"));
+        return account ? (this->*route.handler)(request, *account)
+                       : MakeError(request, -101, "资金账号不存在");
+    }
+    return MakeError(request, -102, "不支持的请求类型");
+}
+
+CUIData Broker::_answerFunds(const CUIData& request, const Account& account) {
+    CUIData answer = MakeAnswer(request);
+    answer.SetData("Table", FundTable(account));
+    return answer;
+}
+
+CUIData Broker::_answerPositions(const CUIData& request, const Account& account) {
+    CUIData answer = MakeAnswer(request);
+    answer.SetData("Table", PositionTable(account));
+    return answer;
+}
+
+void Broker::_subscribe(const CUIData& request) {
+    CUIData params;
+    if (!request.GetData("Params", params)) return;
+    // Only what can change is kept, so that requests for anything else do not fill the memory.
+    const auto type = request.GetDataLong("REQTYPE");
+    const std::string fundToken = request.GetDataString("FundToken");
+    const auto isOfType = [&](const Route& route) { return route.type == type; };
+    if (!m_book.Find(fundToken) || std::none_of(std::begin(kRoutes), std::end(kRoutes), isOfType)) return;
+    std::set<std::string>& senders = m_subscribers[{static_cast<int>(type), fundToken}];
+    if (IsSet(params, "unsub")) {
+        senders.erase(request.GetDataString("From"));
+    } else if (IsSet(params, "isSub")) {
+        if (senders.size() >= kMaxSubscriptions) return luadui::CCounters::Add("broker_subscription_refused");
+        senders.insert(request.GetDataString("From"));
+    }
+}
+
+void Broker::_notify(int type, const std::string& fundToken) {
+    const auto found = m_subscribers.find({type, fundToken});
+    if (found == m_subscribers.end()) return;
+    for (const std::string& sender : found->second)
+        _deliver(MakeChangeNotice(type, fundToken, sender), &Stats::notices);
+}
+
+void Broker::_deliver(CUIData record, uint64_t Stats::*counter) {
+    m_deliver(record);
+    std::lock_guard lock(m_mutex);
+    ++(m_stats.*counter);
+}
+
+}  // namespace terminal

@@ -1,0 +1,92 @@
+// The simulated broker: takes requests, answers them from its account book and tells when data changed, all on a
+// thread of its own, as a connection to real servers would.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "base/ui_data.h"
+#include "broker/account_book.h"
+#include "broker/fault_plan.h"
+
+namespace terminal {
+
+// Threads:   operations from any thread; `deliver` is called on the broker's own, without a lock held.
+// Lifetime:  Stop (also the destructor) ends the thread after the step it is in; what waits is dropped.
+// Ownership: requests are copied; a record that was delivered is not touched again.
+//
+// A query whose "Params" "isSub" is "true" also subscribes its sender to change notices of that request type and
+// account; "unsub" = "true" ends that.
+class Broker {
+  public:
+    using Deliver = std::function<void(luadui::CUIData& record)>;
+
+    explicit Broker(Deliver deliver);
+    ~Broker();
+
+    void Start();
+    void Stop();
+
+    // Takes a request. False, counted as "broker_inbox_full", when too many wait.
+    bool Submit(const luadui::CUIData& request);
+    // AccountBook::Trade, followed by notices to the subscribers. Waits for the broker's thread.
+    bool Trade(const std::string& fundToken, const std::string& code, Shares volume, std::string& error);
+    // See FaultPlan::Add.
+    void PlanFault(Fault fault, int count, std::chrono::milliseconds delay);
+
+    // Waits for the broker's thread; empty when it does not run.
+    std::vector<Account> Accounts();
+    struct Stats {
+        uint64_t requests = 0;
+        uint64_t answers = 0;
+        uint64_t notices = 0;
+        std::map<int, uint64_t> requestsByType;
+    };
+    Stats GetStats() const;
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    using Task = std::function<void()>;
+    using Subscription = std::pair<int, std::string>;  // request type, fund token
+    using Handler = luadui::CUIData (Broker::*)(const luadui::CUIData& request, const Account& account);
+    struct Route {
+        int type;
+        Handler handler;
+    };
+    static const Route kRoutes[];
+
+    void _run();
+    bool _post(Task task, std::chrono::milliseconds delay = {});
+    bool _call(const Task& task);  // runs it on the thread and waits; false when the thread does not run
+    // The rest runs on the broker's thread.
+    void _handle(const luadui::CUIData& request);
+    luadui::CUIData _answer(const luadui::CUIData& request);
+    luadui::CUIData _answerFunds(const luadui::CUIData& request, const Account& account);
+    luadui::CUIData _answerPositions(const luadui::CUIData& request, const Account& account);
+    void _subscribe(const luadui::CUIData& request);
+    void _notify(int type, const std::string& fundToken);
+    void _deliver(luadui::CUIData record, uint64_t Stats::*counter);
+
+    const Deliver m_deliver;
+    AccountBook m_book;
+    FaultPlan m_faults;
+    std::map<Subscription, std::set<std::string>> m_subscribers;  // -> senders ("From")
+    unsigned m_garbage = 0;
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::multimap<Clock::time_point, Task> m_tasks;  // by due time; guarded by m_mutex
+    bool m_running = false;                          // guarded by m_mutex
+    Stats m_stats;                                   // guarded by m_mutex
+    std::thread m_thread;
+};
+
+}  // namespace terminal

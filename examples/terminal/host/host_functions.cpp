@@ -1,0 +1,240 @@
+#include "host/host_functions.h"
+
+#include "base/counters.h"
+#include "base/text.h"
+#include "host/terminal.h"
+#include "page/page_view.h"
+#include "settings/data_path.h"
+
+namespace terminal {
+namespace {
+
+using luadui::CUIData;
+
+constexpr int kMaxWait = 60'000;
+
+HostFunctions& Context(lua_State* L) {
+    return *static_cast<HostFunctions*>(lua_touserdata(L, lua_upvalueindex(1)));
+}
+
+// The last of the three steps of a function: read the arguments, then Run(L, work). `work` gets the terminal and the
+// answer, and no longer touches Lua.
+template <class Work>
+int Run(lua_State* L, Work work) {
+    HostFunctions& context = Context(L);
+    return Answered(L, context.Answer(), [&](LuaAnswer& answer) { work(context.GetTerminal(), answer); });
+}
+
+void AddOutcome(LuaAnswer& answer, bool done, const std::string& error) {
+    if (done) return answer.Add(true);
+    answer.Fail(error);
+}
+
+// --- start-up
+
+int AttachLibrary(lua_State* L) {
+    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
+        std::string error;
+        AddOutcome(answer, terminal.Attach(error), error);
+    });
+}
+
+int StartUi(lua_State* L) {
+    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
+        std::string error;
+        if (!terminal.StartUi(error)) return answer.Fail(error);
+        answer.Add(static_cast<double>(terminal.UiThreadId()));
+    });
+}
+
+int StopUi(lua_State* L) {
+    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
+        std::string error;
+        AddOutcome(answer, terminal.StopUi(error), error);
+    });
+}
+
+int GetOptions(lua_State* L) {
+    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
+        const Options& options = terminal.GetOptions();
+        CUIData record;
+        record.SetData("home", PathToUtf8(options.home));
+        record.SetData("data", PathToUtf8(options.data));
+        record.SetData("securities", options.securities);
+        record.SetData("securities_count", options.securitiesCount);
+        record.SetData("scenario", options.scenario);
+        answer.Add(record);
+    });
+}
+
+int GetWindow(lua_State* L) {
+    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
+        answer.Add(static_cast<double>(HandleNumber(terminal.Window().Handle())));
+    });
+}
+
+// --- host thread
+
+int Pump(lua_State* L) {
+    const auto wait = static_cast<int>(luaL_checkinteger(L, 1));
+    luaL_argcheck(L, wait >= 0 && wait <= kMaxWait, 1, "0 to 60000 milliseconds");
+    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
+        answer.Add(terminal.Window().Pump(static_cast<DWORD>(wait)));
+    });
+}
+
+int ReadLine(lua_State* L) {
+    const char* prompt = luaL_checkstring(L, 1);
+    const char* words = luaL_optstring(L, 2, "");
+    LineInput& input = Context(L).Input();
+    return Run(L, [&, prompt, words](Terminal& terminal, LuaAnswer& answer) {
+        const auto line = input.Read(prompt, words, [&] { terminal.Window().Pump(0); });
+        line ? answer.Add(*line) : answer.AddNil();
+    });
+}
+
+int IsInteractive(lua_State* L) {
+    LineInput& input = Context(L).Input();
+    return Run(L, [&](Terminal&, LuaAnswer& answer) { answer.Add(input.IsInteractive()); });
+}
+
+int Milliseconds(lua_State* L) {
+    return Run(L, [](Terminal&, LuaAnswer& answer) { answer.Add(static_cast<double>(GetTickCount64())); });
+}
+
+// --- pages and library
+
+int PageView(lua_State* L) {
+    const char* page = luaL_checkstring(L, 1);
+    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
+        const CUIData* view = terminal.Window().View(page);
+        view ? answer.Add(*view) : answer.AddNil();
+    });
+}
+
+int TakeFrame(lua_State* L) {
+    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
+        CUIData frame;
+        terminal.Window().TakeFrame(frame) ? answer.Add(frame) : answer.AddNil();
+    });
+}
+
+int CreatePage(lua_State* L) {
+    const char* name = luaL_checkstring(L, 1);
+    const char* library = luaL_checkstring(L, 2);
+    const char* info = luaL_optstring(L, 3, "");
+    const bool asynchronous = lua_toboolean(L, 4) != 0;
+    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
+        if (terminal.UiThreadId() == 0) return answer.Fail("the UI thread does not run");
+        const HWND window = terminal.Window().Handle();
+        answer.Add(static_cast<double>(terminal.GetLibrary().createPage(
+            HandleNumber(window), 0, name, info, library, window, nullptr, 0, asynchronous)));
+    });
+}
+
+int SecurityName(lua_State* L) {
+    const char* code = luaL_checkstring(L, 1);
+    const char* market = luaL_checkstring(L, 2);
+    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
+        const auto getName = terminal.GetLibrary().getSecurityName;
+        if (!getName) return answer.Fail("the library is not attached");
+        std::string name(getName(code, nullptr, market, 0), '\0');
+        name.resize(std::min<size_t>(name.size(),
+                                     getName(code, name.data(), market, static_cast<unsigned>(name.size()))));
+        answer.Add(luadui::GbkToUtf8(name));
+    });
+}
+
+int Counters(lua_State* L) {
+    return Run(L, [](Terminal&, LuaAnswer& answer) {
+        CUIData record;
+        for (const auto& [name, value] : luadui::CCounters::All()) record.SetData(name, value);
+        answer.Add(record);
+    });
+}
+
+// --- broker
+
+int Accounts(lua_State* L) {
+    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
+        std::vector<CUIData> accounts;
+        for (const Account& account : terminal.GetBroker().Accounts()) {
+            CUIData record;
+            record.SetData("fund_token", account.fundToken);
+            record.SetData("customer", luadui::GbkToUtf8(account.customer));
+            accounts.push_back(record);
+        }
+        answer.Add(std::move(accounts));
+    });
+}
+
+int Trade(lua_State* L) {
+    const char* fundToken = luaL_checkstring(L, 1);
+    const char* code = luaL_checkstring(L, 2);
+    const lua_Number volume = luaL_checknumber(L, 3);
+    luaL_argcheck(L, volume >= -1e9 && volume <= 1e9, 3, "out of range");
+    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
+        std::string error;
+        AddOutcome(answer, terminal.GetBroker().Trade(fundToken, code, static_cast<Shares>(volume), error),
+                   error);
+    });
+}
+
+int PlanFault(lua_State* L) {
+    const char* name = luaL_checkstring(L, 1);
+    const auto count = static_cast<int>(luaL_optinteger(L, 2, 1));
+    const auto delay = static_cast<int>(luaL_optinteger(L, 3, 0));
+    luaL_argcheck(L, count >= 0 && count <= 1'000'000, 2, "out of range");
+    luaL_argcheck(L, delay >= 0 && delay <= kMaxWait, 3, "0 to 60000 milliseconds");
+    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
+        const auto fault = FaultByName(name);
+        if (!fault) return answer.Fail("unknown fault: delay, error, garbage, silence or none");
+        terminal.GetBroker().PlanFault(*fault, count, std::chrono::milliseconds(delay));
+        answer.Add(true);
+    });
+}
+
+int BrokerStats(lua_State* L) {
+    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
+        const Broker::Stats stats = terminal.GetBroker().GetStats();
+        CUIData record;
+        record.SetData("requests", stats.requests);
+        record.SetData("answers", stats.answers);
+        record.SetData("notices", stats.notices);
+        for (const auto& [type, count] : stats.requestsByType) record.SetData(std::to_string(type), count);
+        answer.Add(record);
+    });
+}
+
+constexpr luaL_Reg kFunctions[] = {
+    // start-up
+    {"attach", AttachLibrary},
+    {"start_ui", StartUi},
+    {"stop_ui", StopUi},
+    {"options", GetOptions},
+    {"window", GetWindow},
+    // host thread
+    {"pump", Pump},
+    {"read_line", ReadLine},
+    {"is_interactive", IsInteractive},
+    {"ms", Milliseconds},
+    // pages and library
+    {"page_view", PageView},
+    {"take_frame", TakeFrame},
+    {"create_page", CreatePage},
+    {"security_name", SecurityName},
+    {"counters", Counters},
+    // broker
+    {"accounts", Accounts},
+    {"trade", Trade},
+    {"fault", PlanFault},
+    {"broker_stats", BrokerStats},
+};
+
+}  // namespace
+
+void HostFunctions::Register(LuaState& state) {
+    for (const luaL_Reg& function : kFunctions) state.Register(function.name, function.func, this);
+}
+
+}  // namespace terminal

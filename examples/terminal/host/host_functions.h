@@ -1,0 +1,51 @@
+// The functions of the table "terminal" for the host's scripts.
+#pragma once
+
+#include "host/line_input.h"
+#include "host/lua_answer.h"
+#include "host/lua_state.h"
+
+namespace terminal {
+
+class Terminal;
+
+// Each answers nil and a text when it fails. Texts are UTF-8 unless said otherwise.
+//
+//   start-up
+//     attach()                   finds the library's functions, registers the callbacks, starts the broker
+//     start_ui() stop_ui()       the UI thread; start_ui answers its id
+//     options()                  {home, data, securities, securities_count, scenario}
+//     window()                   the handle of the main window
+//   host thread
+//     pump(ms)                   serves window messages, or waits up to `ms` for one
+//     read_line(prompt, words)   a line typed by the user, nil at the end; `words`, separated by blanks, complete on tab
+//     is_interactive()           whether a person sits in front of it
+//     ms()                       milliseconds since the system started
+//   pages and library
+//     page_view(page)            what it shows (see page/page_view.h); nil while nothing; `page` in code page 936
+//     take_frame()               the oldest frame message: {code, target, method, body}; nil when there is none
+//     create_page(name, library, info, asynchronous)   through the exported function, under the main window
+//     security_name(code, market)
+//     counters()                 {name = value}: what was dropped or refused, and how often
+//   broker
+//     accounts()                 array of {fund_token, customer}
+//     trade(fund_token, code, volume)
+//     fault(kind, count, ms)
+//     broker_stats()             {requests, answers, notices}, and by request type {["1201"] = requests}
+class HostFunctions {
+  public:
+    explicit HostFunctions(Terminal& terminal) : m_terminal(terminal) {}
+    // This object outlives the state.
+    void Register(LuaState& state);
+
+    Terminal& GetTerminal() { return m_terminal; }
+    LuaAnswer& Answer() { return m_answer; }
+    LineInput& Input() { return m_input; }
+
+  private:
+    Terminal& m_terminal;
+    LuaAnswer m_answer;
+    LineInput m_input;
+};
+
+}  // namespace terminal

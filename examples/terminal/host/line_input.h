@@ -1,0 +1,30 @@
+// Lines that a person types, or that come from a file or pipe.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace terminal {
+
+// In front of a person: editing, history, completion of command names on tab (where the line editor was built in).
+// Otherwise plain lines, without a prompt.
+//
+// Threads: one.
+class LineInput {
+  public:
+    bool IsInteractive() const;
+
+    // The next line without its end; nothing at the end of the input. `words`, separated by blanks, complete the first
+    // word of the line. `idle` is called some ten times a second while the person thinks; it must not throw.
+    std::optional<std::string> Read(const std::string& prompt, const std::string& words,
+                                    const std::function<void()>& idle);
+
+  private:
+    std::optional<std::string> _readPlain(const std::function<void()>& idle);
+
+    std::string m_buffer;  // read and not yet handed out
+    bool m_ended = false;
+};
+
+}  // namespace terminal

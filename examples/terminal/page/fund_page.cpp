@@ -1,0 +1,293 @@
+#include "page/fund_page.h"
+
+#include <array>
+#include <memory>
+
+#include "base/counters.h"
+#include "base/json_object.h"
+#include "base/text.h"
+#include "page/page_view.h"
+#include "page/text_table.h"
+
+namespace terminal {
+namespace {
+
+using luadui::CDataTable;
+using luadui::CJsonObject;
+using luadui::CQueueRespData;
+using luadui::CUIData;
+using luadui::Gbk;
+
+enum : int { kFunds = 1201, kPositions = 1202, kHostMessage = 1603 };
+constexpr UINT kMsgShow = WM_APP + 2;
+constexpr UINT_PTR kShowAgain = 1;
+constexpr int kPixelsPerColumn = 8;
+
+// UI thread only.
+std::map<std::string, FundPage*>& Pages() {
+    static std::map<std::string, FundPage*> pages;
+    return pages;
+}
+
+std::string PageSign(const std::string& name) { return "fundpage:" + name; }
+
+// The value of "fund_token" in "fund_token=880001;user=demo".
+std::string FundTokenOf(const std::string& info) {
+    constexpr std::string_view kName = "fund_token=";
+    for (const std::string_view part : luadui::SplitText(info, ';'))
+        if (part.starts_with(kName)) return std::string(part.substr(kName.size()));
+    return {};
+}
+
+struct ShownColumn {
+    const char* name;
+    const char* heading;
+    TextTable::Align align;
+};
+constexpr auto kLeft = TextTable::Align::kLeft;
+constexpr auto kRight = TextTable::Align::kRight;
+
+constexpr ShownColumn kFundColumns[] = {{"Currency", "币种", kLeft},
+                                        {"TotalAssets", "总资产", kRight},
+                                        {"AvailableValue", "可用资金", kRight},
+                                        {"FrozenValue", "冻结资金", kRight},
+                                        {"MarketValue", "证券市值", kRight}};
+constexpr ShownColumn kPositionColumns[] = {{"SecurityID", "代码", kLeft},
+                                            {"SecurityName", "名称", kLeft},
+                                            {"Market", "市场", kLeft},
+                                            {"StockBalance", "数量", kRight},
+                                            {"AvailableStockBalance", "可卖", kRight},
+                                            {"CostPrice", "成本价", kRight},
+                                            {"LastPrice", "最新价", kRight},
+                                            {"MarketValue", "市值", kRight},
+                                            {"FloatProfit", "盈亏", kRight}};
+
+std::string MarketName(std::string_view market) {
+    static constexpr std::pair<std::string_view, const char*> kNames[] = {
+        {"17", "沪A"}, {"18", "沪B"},  {"19", "沪债"}, {"20", "沪基"}, {"33", "深A"},
+        {"34", "深B"}, {"35", "深债"}, {"36", "深基"}, {"145", "科创"}};
+    for (const auto& [id, name] : kNames)
+        if (id == market) return Gbk(name);
+    return std::string(market);
+}
+
+template <class Columns>
+bool HasColumns(const CDataTable& table, const Columns& columns) {
+    for (const ShownColumn& column : columns)
+        if (table.FindColumn(column.name) < 0) return false;
+    return true;
+}
+
+template <class Columns>
+TextTable ShownTable(const CDataTable& table, const Columns& columns) {
+    TextTable shown;
+    for (const ShownColumn& column : columns) shown.AddColumn(Gbk(column.heading), column.align);
+    for (int row = 0; row < table.GetRowNumber(); ++row) {
+        std::vector<std::string> cells;
+        for (const ShownColumn& column : columns) {
+            const std::string_view text = table.GetItemText(row, column.name);
+            const bool isMarket = column.name == std::string_view("Market");
+            cells.push_back(isMarket                 ? MarketName(text)
+                            : column.align == kRight ? TextTable::Grouped(text)
+                                                     : std::string(text));
+        }
+        shown.AddRow(cells);
+    }
+    return shown;
+}
+
+std::string SecurityKey(const CDataTable& positions, int row) {
+    return positions.GetItemText(row, "SecurityID") + "|" + positions.GetItemText(row, "Market");
+}
+
+}  // namespace
+
+bool FundPage::Requests::Request(luadui::CQueueReqItem& request) {
+    ++m_page.m_count.queries;
+    m_page._changed();
+    return CRequestObject::Request(request);
+}
+
+void FundPage::Requests::OnResponse(const CQueueRespData* response) {
+    if (response) m_page._onResponse(*response);
+}
+
+FundPage::FundPage(const luadui::PageInit& init, std::string fundToken)
+    : m_name(init.name),
+      m_info(init.info),
+      m_fundToken(std::move(fundToken)),
+      m_screen(init.a != 0 ? HandleOfNumber(init.a) : init.parent1) {}
+
+FundPage* FundPage::Create(const luadui::PageInit& init) {
+    std::string fundToken = FundTokenOf(init.info);
+    if (fundToken.empty()) return nullptr;
+    std::unique_ptr<FundPage> page(new FundPage(init, std::move(fundToken)));
+    const DWORD style = init.parent1 ? WS_CHILD : 0;
+    if (!page->CDuiBaseWnd::Create(init.parent1, luadui::GbkToWide(init.name).c_str(), style, 0, 0, 0, 0, 0))
+        return nullptr;
+    Pages()[page->m_name] = page.get();
+    page->_start();
+    return page.release();  // from here on OnFinalMessage deletes it
+}
+
+FundPage* FundPage::Find(const std::string& name) {
+    const auto found = Pages().find(name);
+    return found == Pages().end() ? nullptr : found->second;
+}
+
+void FundPage::FocusAll(const std::string& info) {
+    for (const auto& [name, page] : Pages()) {
+        page->m_focused = page->m_info == info;
+        page->_changed();
+    }
+}
+
+void FundPage::_start() {
+    m_requests.SetRequestSource("fundpage");
+    m_requests.SendLuaSync("page_register", "{}", PageSign(m_name));
+    for (const int type : {kFunds, kPositions})
+        m_requests.SendQuery(m_fundToken, type, {{"isSub", "true"}}, true);
+}
+
+void FundPage::Sleep(bool asleep) {
+    m_asleep = asleep;
+    m_requests.Sleep(asleep);
+    _changed();
+}
+
+void FundPage::Resize(int width, int height) {
+    m_width = width;
+    m_height = height;
+    _changed();
+}
+
+LRESULT FundPage::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_TIMER:
+            KillTimer(m_hWnd, wParam);
+            [[fallthrough]];
+        case kMsgShow:
+            _show();
+            return 0;
+        case WM_DESTROY:
+            for (const int type : {kFunds, kPositions})
+                m_requests.SendQuery(m_fundToken, type, {{"unsub", "true"}}, false);
+            break;
+        default:
+            break;
+    }
+    return CDuiBaseWnd::HandleMessage(message, wParam, lParam);
+}
+
+void FundPage::OnFinalMessage(HWND window) {
+    CDuiBaseWnd::OnFinalMessage(window);
+    Pages().erase(m_name);
+    delete this;
+}
+
+void FundPage::_onResponse(const CQueueRespData& response) {
+    const int type = static_cast<int>(response.GetDataLong("REQTYPE"));
+    CJsonObject json;
+    const bool hasJson = response.GetData("JsonData", json);
+    if (type == kHostMessage) {
+        m_hostMessage = json.GetString("message");
+    } else if (hasJson && json.Has("retcode")) {
+        ++m_count.errors;
+        m_errors[type] = "[" + std::to_string(json.GetLong("retcode")) + "] " + json.GetString("message");
+    } else if (response.GetDataText("FundToken") == m_fundToken && _takeTable(type, response)) {
+        ++m_count.answers;
+        m_errors.erase(type);
+    } else {
+        ++m_count.unreadable;
+        m_errors[type] = Gbk("应答无法识别");
+    }
+    _changed();
+}
+
+bool FundPage::_takeTable(int type, const CQueueRespData& response) {
+    CDataTable table;
+    if (!response.GetData("Table", table)) return false;
+    if (type == kFunds && HasColumns(table, kFundColumns)) {
+        m_funds = table;
+        return true;
+    }
+    if (type == kPositions && HasColumns(table, kPositionColumns)) {
+        m_positions = table;
+        _askInitials();
+        return true;
+    }
+    return false;
+}
+
+// The initials come from the host's market database, once for each security.
+void FundPage::_askInitials() {
+    CJsonObject asked;
+    for (int row = 0; row < m_positions.GetRowNumber(); ++row) {
+        if (!m_initials.try_emplace(SecurityKey(m_positions, row)).second) continue;
+        CJsonObject security;
+        security.Set("code", m_positions.GetItemText(row, "SecurityID"));
+        security.Set("market", m_positions.GetItemText(row, "Market"));
+        asked.Append("codes", security);
+    }
+    CJsonObject answer;
+    if (asked.IsEmpty() ||
+        !answer.Parse(m_requests.SendLuaSync("get_initials", asked.ToText(), PageSign(m_name))))
+        return;
+    for (const auto [key, value] : answer.GetSub("initials")) m_initials[std::string(key)] = value.AsText();
+}
+
+void FundPage::_changed() {
+    if (!m_hWnd || m_showPosted) return;
+    m_showPosted = PostMessageW(m_hWnd, kMsgShow, 0, 0) != 0;
+}
+
+void FundPage::_show() {
+    m_showPosted = false;
+    auto view = std::make_unique<CUIData>("page_view");
+    view->SetData("page", m_name);
+    view->SetData("text", _text());
+    view->SetData("asleep", m_asleep);
+    view->SetData("focused", m_focused);
+    view->SetData("width", m_width);
+    view->SetData("height", m_height);
+    view->SetData("queries", m_count.queries);
+    view->SetData("answers", m_count.answers);
+    view->SetData("errors", m_count.errors);
+    view->SetData("unreadable", m_count.unreadable);
+    if (PostMessageW(m_screen, kMsgPageView, 0, reinterpret_cast<LPARAM>(view.get()))) {
+        view.release();
+    } else if (IsWindow(m_screen)) {
+        SetTimer(m_hWnd, kShowAgain, 100, nullptr);  // its queue is full
+    } else {
+        luadui::CCounters::Add("page_view_dropped");
+    }
+}
+
+std::string FundPage::_text() const {
+    const auto columns = static_cast<size_t>(std::max(m_width, 0) / kPixelsPerColumn);
+    std::string text = Gbk("资金账号 ") + TextTable::Clean(m_fundToken) + "\n\n";
+    text += _fundText(columns) + "\n" + _positionText(columns);
+    for (const auto& [type, error] : m_errors)
+        text += Gbk("\n错误 ") + std::to_string(type) + ": " + TextTable::Clean(error) + "\n";
+    if (!m_hostMessage.empty()) text += Gbk("\n消息: ") + TextTable::Clean(m_hostMessage) + "\n";
+    return text;
+}
+
+std::string FundPage::_fundText(size_t columns) const {
+    return ShownTable(m_funds, kFundColumns).ToText(columns);
+}
+
+std::string FundPage::_positionText(size_t columns) const {
+    CDataTable positions = m_positions;
+    positions.AddColumn("Initials");
+    for (int row = 0; row < positions.GetRowNumber(); ++row) {
+        const auto found = m_initials.find(SecurityKey(positions, row));
+        if (found != m_initials.end()) positions.SetItemText(row, "Initials", found->second);
+    }
+    std::array<ShownColumn, std::size(kPositionColumns) + 1> shown;
+    std::copy(std::begin(kPositionColumns), std::end(kPositionColumns), shown.begin());
+    shown.back() = {"Initials", "拼音", kLeft};
+    return ShownTable(positions, shown).ToText(columns);
+}
+
+}  // namespace terminal

@@ -1,0 +1,145 @@
+-- The prompt: the steps of the scenario by hand.
+local prompt = {}
+
+-- Words of a line; a part in double quotes is one word.
+local function words_of(line)
+    local words, position = {}, 1
+    while true do
+        position = line:find("%S", position)
+        if not position then return words end
+        local from, to, word = line:find('^"([^"]*)"', position)
+        if not from then from, to, word = line:find("^(%S+)", position) end
+        words[#words + 1] = word
+        position = to + 1
+    end
+end
+
+local function number_of(text, what)
+    local number = tonumber(text)
+    if not number then error({text = what .. " must be a number, not \"" .. text .. "\""}, 0) end
+    return number
+end
+
+-- The failure of an operation, nil and a text, as an error of the command.
+local function checked(result, reason)
+    if not result then error({text = reason or "it failed"}, 0) end
+    return result
+end
+
+local function check_page(session, page) checked(session.luadui.get_login_info(terminal.to_codepage(page)),
+                                                 "there is no page " .. page) end
+
+-- Each command: its arguments (those in brackets may be left out), what it does, and how.
+local commands = {
+    {"accounts", "", "the broker's accounts", function()
+        for _, account in ipairs(terminal.accounts()) do
+            print(("  %-8s  %s"):format(account.fund_token, account.customer))
+        end
+    end},
+    {"open", "PAGE ACCOUNT [LIBRARY]", "open a page for an account", function(session, page, account, library)
+        checked(session.open_page(page, account, library), "the page cannot be created; log/luadui.log says why")
+        session.idle(200)
+        print("  page " .. page .. " is open; \"show " .. page .. "\" shows it")
+    end},
+    {"show", "PAGE", "what a page shows", function(session, page)
+        check_page(session, page)
+        local view = checked(session.view(page), "the page has shown nothing yet")
+        print(view.text)
+        print(("  %s; %d queries, %d answers, %d errors, %d unreadable"):format(
+                  view.asleep and "asleep" or "awake", view.queries, view.answers, view.errors, view.unreadable))
+    end},
+    {"sleep", "PAGE", "put a page to sleep (off the screen)", function(session, page)
+        check_page(session, page)
+        session.sleep(page, true)
+    end},
+    {"wake", "PAGE", "wake it", function(session, page)
+        check_page(session, page)
+        session.sleep(page, false)
+    end},
+    {"focus", "TEXT", "focus the pages whose login information contains a text", function(session, text)
+        session.luadui.on_setfocus(terminal.to_codepage(text))
+    end},
+    {"tell", "PAGE TEXT", "send a page a message from the host", function(session, page, text)
+        check_page(session, page)
+        session.tell(page, text)
+    end},
+    {"trade", "ACCOUNT CODE SHARES", "buy (or, below 0, sell) at the broker: the account changes",
+     function(_, account, code, shares) checked(terminal.trade(account, code, number_of(shares, "SHARES"))) end},
+    {"fault", "KIND [COUNT] [MS]", "the next answers: delay, error, garbage, silence; none forgets them",
+     function(_, kind, count, milliseconds)
+        checked(terminal.fault(kind, number_of(count or "1", "COUNT"), number_of(milliseconds or "500", "MS")))
+    end},
+    {"get", "KEY", "read a setting of user.cfg", function(session, key)
+        session.luadui.init_config(session.settings_file)
+        print("  " .. key .. " = " .. session.read_setting(key))
+    end},
+    {"set", "KEY VALUE", "write one", function(session, key, value)
+        session.luadui.init_config(session.settings_file)
+        session.write_setting(key, value)
+        print()
+    end},
+    {"stats", "", "what the broker did, and what was dropped or refused", function()
+        for _, record in ipairs({terminal.broker_stats(), terminal.counters()}) do
+            local names = {}
+            for name in pairs(record) do names[#names + 1] = name end
+            table.sort(names)
+            for _, name in ipairs(names) do print(("  %-28s %d"):format(name, record[name])) end
+        end
+    end},
+}
+
+local function usage(command) return command[1] .. (command[2] ~= "" and " " .. command[2] or "") end
+
+local function help()
+    for _, command in ipairs(commands) do print(("  %-30s %s"):format(usage(command), command[3])) end
+    print(("  %-30s %s"):format("help", "this list"))
+    print(("  %-30s %s"):format("quit", "end the terminal (or Ctrl-D)"))
+end
+
+local function find(name)
+    for _, command in ipairs(commands) do if command[1] == name then return command end end
+end
+
+-- Runs one line; answers false when it is the last.
+local function run_line(session, line)
+    local words = words_of(line)
+    local name = table.remove(words, 1)
+    if not name then return true end
+    if name == "quit" or name == "exit" then return false end
+    if name == "help" then
+        help()
+        return true
+    end
+    local command = find(name)
+    if not command then
+        print("Unknown command \"" .. name .. "\". \"help\" lists the commands.")
+        return true
+    end
+    local _, all = command[2]:gsub("%S+", "")
+    local _, optional = command[2]:gsub("%[", "")
+    if #words < all - optional or #words > all then
+        print("Usage: " .. usage(command))
+        return true
+    end
+    local done, failure = pcall(command[4], session, unpack(words))
+    if not done then print("Error: " .. (type(failure) == "table" and failure.text or tostring(failure))) end
+    session.idle(50) -- what the command caused mostly arrives meanwhile
+    return true
+end
+
+function prompt.run(session)
+    local names = {"help", "quit"}
+    for _, command in ipairs(commands) do names[#names + 1] = command[1] end
+    local market = session.market and session.market.count .. " securities" or
+                       "no market database (" .. session.market_fault .. ")"
+    print("Sample terminal, " .. market .. ". Try: accounts, open 资金 880001, show 资金. \"help\" lists the commands.")
+    repeat
+        local line = terminal.read_line("terminal> ", table.concat(names, " "))
+        local go_on = line and run_line(session, line)
+    until not go_on
+    local ended, reason = terminal.stop_ui()
+    print(ended and "Ended." or "Error: " .. reason)
+    return ended and 0 or 1
+end
+
+return prompt

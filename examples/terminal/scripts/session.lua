@@ -1,0 +1,75 @@
+-- The terminal as scripts see it: started in the right order, with the library's Lua functions and the host's own side
+-- by side. Texts in and out are UTF-8; the library takes code page 936.
+local session = {
+    settings_file = "\\qsclient\\users\\user.cfg",
+    fund_library = "/fundpage.dll", -- a library's name, below the program's folder
+    luadui = nil, -- the library's Lua functions, once started
+    market = nil, -- what became of the market database: {count, made, left_out}, or nil
+    market_fault = nil, -- and why not
+    started_in = nil, -- milliseconds
+}
+
+local to_codepage, to_utf8 = terminal.to_codepage, terminal.to_utf8
+
+function session.start(options)
+    local csv = options.securities ~= "" and options.securities or options.home .. "/data/securities_list.csv"
+    session.market, session.market_fault =
+        require("market_database").make(options.data .. "/market.db", csv, options.securities_count)
+
+    local began = terminal.ms()
+    local loaded, luadui = pcall(require, "luadui")
+    if not loaded then return nil, luadui end
+    session.luadui = type(luadui) == "table" and luadui or package.loaded.luadui
+    local attached, reason = terminal.attach()
+    if not attached then return nil, reason end
+    local thread, fault = terminal.start_ui()
+    if not thread then return nil, fault end
+    session.ui_thread = thread
+    session.luadui.on_set_hWnd(terminal.window())
+    session.started_in = terminal.ms() - began
+    return true
+end
+
+-- Serves the host window until `done()` answers something true, which it returns; nil after `limit` milliseconds.
+function session.wait(done, limit)
+    local finish = terminal.ms() + (limit or 5000)
+    repeat
+        terminal.pump(0)
+        local result = done()
+        if result then return result end
+        terminal.pump(20)
+    until terminal.ms() > finish
+    return nil
+end
+
+-- Serves the host window for that many milliseconds.
+function session.idle(milliseconds) session.wait(function() return false end, milliseconds) end
+
+-- What the page shows: {text, asleep, focused, width, height, queries, answers, errors, unreadable}; nil while nothing.
+function session.view(page)
+    local view = terminal.page_view(to_codepage(page))
+    if view then view.text = to_utf8(view.text) end
+    return view
+end
+
+-- Opens a page for an account; true when its window was created.
+function session.open_page(page, fund_token, library)
+    return session.luadui.on_init(to_codepage(page), library or session.fund_library,
+                                  "fund_token=" .. fund_token .. ";user=demo", terminal.window(), 0, 0, 0, true)
+end
+
+function session.sleep(page, asleep) session.luadui.on_switchtab(to_codepage(page), asleep and 1 or 0) end
+
+-- The host's message to the page, through its page sign.
+function session.tell(page, text)
+    local quoted = require("cjson").encode({message = text})
+    session.luadui.on_error("fundpage:" .. to_codepage(page), to_codepage(quoted))
+end
+
+function session.write_setting(key, value) session.luadui.set_config(to_codepage(key), to_codepage(value)) end
+function session.read_setting(key) return to_utf8(session.luadui.get_config(to_codepage(key))) end
+
+-- How many requests of this type reached the broker.
+function session.requests(request_type) return terminal.broker_stats()[tostring(request_type)] or 0 end
+
+return session

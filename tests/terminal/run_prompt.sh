@@ -1,0 +1,26 @@
+#!/bin/bash
+# Types commands at the terminal's prompt, right and wrong ones, and compares what it says.  Usage: run_prompt.sh TERMINAL
+data=$(mktemp -d)
+trap 'rm -rf "$data"' EXIT
+failed=0
+
+# <commands> <text that must appear>...
+session() {
+    local input=$1 output text
+    shift
+    output=$(printf '%b' "$input" | "$terminal" --data "$data" 2>&1) || { echo "FAILED: exit code $? of: $input"; failed=1; }
+    for text in "$@"; do
+        grep -qF -- "$text" <<<"$output" || { printf 'FAILED: no "%s" after: %s\n%s\n' "$text" "$input" "$output"; failed=1; }
+    done
+}
+
+terminal=$1
+session 'help\naccounts\nquit\n' 'trade ACCOUNT CODE SHARES' '880001    李明' 'Ended.'
+session '' 'securities. Try' 'Ended.'
+session 'open 资金 880002\nshow 资金\n' '工商银行' '55,'  'awake; 2 queries, 2 answers' 'Ended.'
+session 'open a 880001 /none.dll\nshow a\nsleep\nsleep a b\nfrob "x y\nfault x\ntrade 1 2 x\ntrade 1 2 3\n\n  \nfault delay 1 999999\n' \
+    'Error: the page cannot be created' 'Error: there is no page a' 'Usage: sleep PAGE' 'Unknown command "frob"' \
+    'Error: unknown fault' 'Error: SHARES must be a number, not "x"' 'Error: no such account' '0 to 60000 milliseconds' 'Ended.'
+session 'set 签名 "a b"\nget 签名\nopen p 880001\nsleep p\ntrade 880001 600000 100\nshow p\nwake p\nshow p' \
+    '签名 = a b' 'asleep; 2 queries' 'awake; 4 queries, 4 answers' '12,100' 'Ended.'
+exit $failed
