@@ -1,8 +1,6 @@
 #include "host/line_input.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
 
 #if defined(_WIN32)
@@ -13,60 +11,15 @@
 #endif
 
 #if defined(TERMINAL_LINE_EDITOR)
-#include <editline/readline.h>
+#include "host/line_editor.h"
+#else
+class terminal::LineEditor {};
 #endif
 
 namespace terminal {
-namespace {
 
-#if defined(TERMINAL_LINE_EDITOR)
-// The line editor knows only global functions; there is one prompt in the program.
-const std::string* g_words = nullptr;
-const std::function<void()>* g_idle = nullptr;
-
-int OnIdle() {
-    (*g_idle)();
-    return 0;
-}
-
-// The `index`-th word that begins with `text`, allocated as the editor wants it; null after the last.
-char* NthWord(const char* text, int index) {
-    const size_t length = std::strlen(text);
-    size_t begin = 0;
-    while (begin < g_words->size()) {
-        const size_t end = std::min(g_words->find(' ', begin), g_words->size());
-        if (g_words->compare(begin, length, text) == 0 && end - begin >= length && index-- == 0)
-            return strdup(g_words->substr(begin, end - begin).c_str());
-        begin = end + 1;
-    }
-    return nullptr;
-}
-
-char* NextWord(const char* text, int state) {
-    static int index = 0;
-    index = state == 0 ? 0 : index + 1;
-    return NthWord(text, index);
-}
-
-char** Complete(const char* text, int start, int) {
-    rl_attempted_completion_over = 1;  // no names of files
-    return start == 0 ? rl_completion_matches(text, NextWord) : nullptr;
-}
-
-std::optional<std::string> ReadEdited(const std::string& prompt) {
-    rl_readline_name = const_cast<char*>("terminal");
-    rl_attempted_completion_function = Complete;
-    rl_event_hook = OnIdle;
-    char* line = readline(prompt.c_str());
-    if (!line) return std::nullopt;
-    std::string text(line);
-    std::free(line);
-    if (!text.empty()) add_history(text.c_str());
-    return text;
-}
-#endif
-
-}  // namespace
+LineInput::LineInput() = default;
+LineInput::~LineInput() = default;
 
 #if defined(_WIN32)
 
@@ -113,9 +66,8 @@ std::optional<std::string> LineInput::Read(const std::string& prompt, const std:
     std::fflush(stdout);
 #if defined(TERMINAL_LINE_EDITOR)
     if (IsInteractive()) {
-        g_words = &words;
-        g_idle = &idle;
-        return ReadEdited(prompt);
+        if (!m_editor) m_editor = std::make_unique<LineEditor>();
+        return m_editor->Read(prompt, words, idle);
     }
 #endif
     (void)words;
