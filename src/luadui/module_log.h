@@ -5,7 +5,7 @@
 
 namespace luadui {
 
-// Adds a dated line to "luadui.log" in the folder "log" of the host. `text` is code page 936; secrets never
+// Adds a dated line to "luadui-<date>.log" in the folder "log" of the host. `text` is code page 936; secrets never
 // go in.
 void ModuleLog(std::string_view text);
 

@@ -1,0 +1,14 @@
+#include "luadui/module_log.h"
+
+#include "base/text_log.h"
+#include "luadui/page_library.h"
+
+namespace luadui {
+
+void ModuleLog(std::string_view text) {
+    static auto* const log =  // never destroyed: threads may log until the process ends
+        new CTextLog(std::filesystem::path(HostFolder()) / "log", "luadui.log");
+    log->Write(text);
+}
+
+}  // namespace luadui
