@@ -18,14 +18,13 @@ class TESSEL_API CJsonObject : public SharedValue<RecordBody> {
   public:
     static constexpr int kMaxNesting = 256;  // this object is level 1
 
-    // Reads `text` (code page 936), replacing the content. False and left empty when it is not one whole JSON
-    // object, nests deeper than kMaxNesting or ends inside a two-byte character; `error`, if given, then says
-    // why and where. Of members of the same name the last counts, in its place. Comments are skipped. Never
-    // throws for bad text.
+    // Reads `text` (code page 936), replacing the content. False and left empty when it is not one whole JSON object,
+    // nests deeper than kMaxNesting or ends inside a two-byte character; `error`, if given, then says why and where,
+    // without repeating any of the text. Of members of the same name the last counts, in its place. Comments and a
+    // comma before a closing bracket are passed over. Bad text never throws.
     bool Parse(std::string_view text, std::string* error = nullptr);
-    // JSON text in code page 936 on one line without blanks. A double reads back as the same double; what is
-    // not finite, no JSON kind or nested deeper than kMaxNesting is written as null and counted as
-    // "json_value_dropped".
+    // JSON text in code page 936 on one line without blanks. A double reads back as the same double; what is not
+    // finite, no JSON kind or nested deeper than kMaxNesting is written as null and counted as "json_value_dropped".
     std::string ToText() const;
 
     // Sets a member; an existing one keeps its place. False and counted as "json_kind_refused" for records,

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,9 @@ TESSEL_API std::string WideToGbk(std::wstring_view text);
 
 // The helper for literals: Gbk("主窗口") is the text in code page 936. Source files are UTF-8.
 inline std::string Gbk(std::string_view utf8Literal) { return Utf8ToGbk(utf8Literal); }
+
+// The path that `text` (code page 936) names; '/' and '\\' both separate.
+TESSEL_API std::filesystem::path PathFromText(std::string_view text);
 
 TESSEL_API bool IsAscii(std::string_view text) noexcept;
 // True when the last byte is the first half of a two-byte character.
