@@ -17,7 +17,7 @@ session() {
 terminal=$1
 session 'help\naccounts\nquit\n' 'trade ACCOUNT CODE SHARES' '880001    李明' 'Ended.'
 session '' 'securities. Try' 'Ended.'
-session 'open 资金 880002\nshow 资金\n' '工商银行' '55,'  'awake; 2 queries, 2 answers' 'Ended.'
+session 'open 资金 880002\nshow 资金\n' '工商银行'  'awake; 2 queries, 2 answers' 'Ended.'
 session 'open a 880001 /none.dll\nshow a\nsleep\nsleep a b\nfrob "x y\nfault x\ntrade 1 2 x\ntrade 1 2 3\n\n  \nfault delay 1 999999\n' \
     'Error: the page cannot be created' 'Error: there is no page a' 'Usage: sleep PAGE' 'Unknown command "frob"' \
     'Error: unknown fault' 'Error: SHARES must be a number, not "x"' 'Error: no such account' '0 to 60000 milliseconds' 'Ended.'

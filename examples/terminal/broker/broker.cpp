@@ -132,7 +132,10 @@ void Broker::_handle(const CUIData& request) {
         ++m_stats.requests;
         ++m_stats.requestsByType[static_cast<int>(request.GetDataLong("REQTYPE"))];
     }
-    _subscribe(request);
+    CUIData params;
+    request.GetData("Params", params);
+    if (IsSet(params, "unsub")) return _unsubscribe(request);
+    if (IsSet(params, "isSub")) _subscribe(request);
     const FaultPlan::Step step = m_faults.Take();
     CUIData answer;
     switch (step.fault) {
@@ -177,20 +180,20 @@ CUIData Broker::_answerPositions(const CUIData& request, const Account& account)
 }
 
 void Broker::_subscribe(const CUIData& request) {
-    CUIData params;
-    if (!request.GetData("Params", params)) return;
     // Only what can change is kept, so that requests for anything else do not fill the memory.
-    const auto type = request.GetDataLong("REQTYPE");
+    const auto type = static_cast<int>(request.GetDataLong("REQTYPE"));
     const std::string fundToken = request.GetDataString("FundToken");
     const auto isOfType = [&](const Route& route) { return route.type == type; };
     if (!m_book.Find(fundToken) || std::none_of(std::begin(kRoutes), std::end(kRoutes), isOfType)) return;
-    std::set<std::string>& senders = m_subscribers[{static_cast<int>(type), fundToken}];
-    if (IsSet(params, "unsub")) {
-        senders.erase(request.GetDataString("From"));
-    } else if (IsSet(params, "isSub")) {
-        if (senders.size() >= kMaxSubscriptions) return luadui::CCounters::Add("broker_subscription_refused");
-        senders.insert(request.GetDataString("From"));
-    }
+    std::set<std::string>& senders = m_subscribers[{type, fundToken}];
+    if (senders.size() >= kMaxSubscriptions) return luadui::CCounters::Add("broker_subscription_refused");
+    senders.insert(request.GetDataString("From"));
+}
+
+void Broker::_unsubscribe(const CUIData& request) {
+    const auto type = static_cast<int>(request.GetDataLong("REQTYPE"));
+    const auto found = m_subscribers.find({type, request.GetDataString("FundToken")});
+    if (found != m_subscribers.end()) found->second.erase(request.GetDataString("From"));
 }
 
 void Broker::_notify(int type, const std::string& fundToken) {

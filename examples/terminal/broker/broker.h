@@ -24,7 +24,7 @@ namespace terminal {
 // Ownership: requests are copied; a record that was delivered is not touched again.
 //
 // A query whose "Params" "isSub" is "true" also subscribes its sender to change notices of that request type and
-// account; "unsub" = "true" ends that.
+// account; "unsub" = "true" ends that and is not answered.
 class Broker {
   public:
     using Deliver = std::function<void(luadui::CUIData& record)>;
@@ -72,6 +72,7 @@ class Broker {
     luadui::CUIData _answerFunds(const luadui::CUIData& request, const Account& account);
     luadui::CUIData _answerPositions(const luadui::CUIData& request, const Account& account);
     void _subscribe(const luadui::CUIData& request);
+    void _unsubscribe(const luadui::CUIData& request);
     void _notify(int type, const std::string& fundToken);
     void _deliver(luadui::CUIData record, uint64_t Stats::*counter);
 

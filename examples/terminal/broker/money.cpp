@@ -6,8 +6,9 @@ namespace {
 std::string Decimal(int64_t value, int64_t one, size_t places) {
     const uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
     const std::string fraction = std::to_string(magnitude % static_cast<uint64_t>(one));
-    return (value < 0 ? "-" : "") + std::to_string(magnitude / static_cast<uint64_t>(one)) + "." +
-           std::string(places - fraction.size(), '0') + fraction;
+    std::string text(value < 0 ? "-" : "");
+    text.append(std::to_string(magnitude / static_cast<uint64_t>(one))).append(".");
+    return text.append(places - fraction.size(), '0').append(fraction);
 }
 
 }  // namespace

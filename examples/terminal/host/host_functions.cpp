@@ -98,6 +98,16 @@ int IsInteractive(lua_State* L) {
     return Run(L, [&](Terminal&, LuaAnswer& answer) { answer.Add(input.IsInteractive()); });
 }
 
+int CatchOutput(lua_State* L) {
+    OutputCapture& capture = Context(L).Capture();
+    return Run(L, [&](Terminal&, LuaAnswer&) { capture.Begin(); });
+}
+
+int Caught(lua_State* L) {
+    OutputCapture& capture = Context(L).Capture();
+    return Run(L, [&](Terminal&, LuaAnswer& answer) { answer.Add(luadui::GbkToUtf8(capture.End())); });
+}
+
 int Milliseconds(lua_State* L) {
     return Run(L, [](Terminal&, LuaAnswer& answer) { answer.Add(static_cast<double>(GetTickCount64())); });
 }
@@ -218,6 +228,8 @@ constexpr luaL_Reg kFunctions[] = {
     {"read_line", ReadLine},
     {"is_interactive", IsInteractive},
     {"ms", Milliseconds},
+    {"catch_output", CatchOutput},
+    {"caught", Caught},
     // pages and library
     {"page_view", PageView},
     {"take_frame", TakeFrame},

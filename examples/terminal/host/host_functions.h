@@ -4,6 +4,7 @@
 #include "host/line_input.h"
 #include "host/lua_answer.h"
 #include "host/lua_state.h"
+#include "host/output_capture.h"
 
 namespace terminal {
 
@@ -21,6 +22,7 @@ class Terminal;
 //     read_line(prompt, words)   a line typed by the user, nil at the end; `words`, separated by blanks, complete on tab
 //     is_interactive()           whether a person sits in front of it
 //     ms()                       milliseconds since the system started
+//     catch_output() caught()    catches what the library prints itself; caught() answers it
 //   pages and library
 //     page_view(page)            what it shows (see page/page_view.h); nil while nothing; `page` in code page 936
 //     take_frame()               the oldest frame message: {code, target, method, body}; nil when there is none
@@ -41,11 +43,13 @@ class HostFunctions {
     Terminal& GetTerminal() { return m_terminal; }
     LuaAnswer& Answer() { return m_answer; }
     LineInput& Input() { return m_input; }
+    OutputCapture& Capture() { return m_capture; }
 
   private:
     Terminal& m_terminal;
     LuaAnswer m_answer;
     LineInput m_input;
+    OutputCapture m_capture;
 };
 
 }  // namespace terminal

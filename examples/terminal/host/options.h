@@ -8,11 +8,11 @@
 namespace terminal {
 
 struct Options {
-    std::filesystem::path home;  // the folder of the program; scripts/ and data/ lie in it
-    std::filesystem::path data;  // settings, market database, logs; made when missing
-    std::string securities;      // a CSV file that the market database is made of; empty: the list in data/
-    int securitiesCount = 0;     // at least that many securities; what is missing is made up
-    std::string scenario;        // a script to run; empty: the prompt
+    std::filesystem::path home;   // the folder of the program; scripts/ and data/ lie in it
+    std::filesystem::path data;   // settings, market database, logs; made when missing
+    std::string securities = {};  // a CSV file that the market database is made of; empty: the list in data/
+    int securitiesCount = 0;      // at least that many securities; what is missing is made up
+    std::string scenario = {};    // a script to run; empty: the prompt
     bool help = false;
 };
 

@@ -18,7 +18,7 @@ using luadui::CQueueRespData;
 using luadui::CUIData;
 using luadui::Gbk;
 
-enum : int { kFunds = 1201, kPositions = 1202, kHostMessage = 1603 };
+enum : int { kFunds = 1201, kPositions = 1202, kLuaCall = 1502, kHostMessage = 1603 };
 constexpr UINT kMsgShow = WM_APP + 2;
 constexpr UINT_PTR kShowAgain = 1;
 constexpr int kPixelsPerColumn = 8;
@@ -103,7 +103,7 @@ std::string SecurityKey(const CDataTable& positions, int row) {
 }  // namespace
 
 bool FundPage::Requests::Request(luadui::CQueueReqItem& request) {
-    ++m_page.m_count.queries;
+    if (request.GetDataLong("REQTYPE") != kLuaCall) ++m_page.m_count.queries;
     m_page._changed();
     return CRequestObject::Request(request);
 }
@@ -193,7 +193,8 @@ void FundPage::_onResponse(const CQueueRespData& response) {
         m_hostMessage = json.GetString("message");
     } else if (hasJson && json.Has("retcode")) {
         ++m_count.errors;
-        m_errors[type] = "[" + std::to_string(json.GetLong("retcode")) + "] " + json.GetString("message");
+        m_errors[type] = std::string("[").append(std::to_string(json.GetLong("retcode"))).append("] ") +
+                         json.GetString("message");
     } else if (response.GetDataText("FundToken") == m_fundToken && _takeTable(type, response)) {
         ++m_count.answers;
         m_errors.erase(type);

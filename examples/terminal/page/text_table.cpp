@@ -13,7 +13,7 @@ constexpr size_t kMaxClean = 1000;
 }  // namespace
 
 std::string TextTable::Clean(std::string_view text) {
-    std::string cut(luadui::CutAtCharacter(text, kMaxClean));
+    std::string cut(text.size() > kMaxClean ? luadui::CutAtCharacter(text, kMaxClean) : text);
     // There and back: what is no character comes back as '?'.
     if (!luadui::IsAscii(cut)) cut = luadui::Utf8ToGbk(luadui::GbkToUtf8(cut));
     // No second byte of a character is below 0x40 or is 0x7F.

@@ -21,7 +21,8 @@ end
 local function show(page)
     local view = session.view(page)
     local text = view and view.text or "(nothing)\n"
-    print((("\n" .. text):gsub("\n([^\n])", "\n    | %1")))
+    print()
+    for line in text:gmatch("([^\n]*)\n") do print(line == "" and "    |" or "    | " .. line) end
 end
 
 local function requests() return session.requests(FUNDS) + session.requests(POSITIONS) end
@@ -68,7 +69,7 @@ step("The answers are shown", "funds in three currencies, nine positions, initia
 end)
 show(PAGE)
 
-step("The page goes to sleep and the account changes", "two change notices arrive, nothing is sent", function()
+step("The page goes to sleep and the account changes", "two trades cause four change notices (funds, positions); nothing is sent", function()
     session.sleep(PAGE, true)
     view_when(function(view) return view.asleep end)
     local before, notices = requests(), terminal.broker_stats().notices
@@ -99,10 +100,9 @@ step("A change while the page is awake", "it asks at once and shows 14,500 share
 end)
 
 step("A setting is written and read", "the value comes back and stands in the settings file", function()
-    session.luadui.init_config(session.settings_file)
+    session.use_settings(session.settings_file)
     session.write_setting("skin", "black")
     session.write_setting("签名", "资金\\持仓|页")
-    print() -- the library ends what set_config prints with no line end
     local skin, note = session.read_setting("skin"), session.read_setting("签名")
     local file = io.open(terminal.options().data .. "/qsclient/users/user.cfg", "rb")
     local text = file and file:read("*a") or ""
@@ -112,11 +112,10 @@ step("A setting is written and read", "the value comes back and stands in the se
 end)
 
 step("A setting of a file outside the data folder", "it is refused: nothing is written, the value reads empty", function()
-    session.luadui.init_config("\\..\\..\\outside.cfg")
+    session.use_settings("\\..\\..\\outside.cfg")
     session.write_setting("skin", "red")
-    print()
     local value = session.read_setting("skin")
-    session.luadui.init_config(session.settings_file)
+    session.use_settings(session.settings_file)
     local refused = terminal.counters().settings_name_refused or 0
     return value == "" and refused == 2, ("value \"%s\", %d refusals counted"):format(value, refused)
 end)
@@ -155,13 +154,17 @@ step("The broker is slow, then silent", "the late answer is shown; the lost ones
 end)
 
 step("A page that cannot be loaded", "on_init answers false; the log says which file was looked for", function()
+    local function log()
+        local file = io.open(terminal.options().home .. os.date("/log/luadui-%Y%m%d.log"), "rb")
+        local text = file and file:read("*a") or ""
+        if file then file:close() end
+        return text
+    end
+    local before = #log()
     local created = session.open_page("无此页", ACCOUNT, "/nosuchpage.dll")
-    local log = io.open(terminal.options().home .. "/log/luadui.log", "rb")
-    local text = log and log:read("*a") or ""
-    if log then log:close() end
-    local line = text:match("[^\n]*nosuchpage[^\n]*\n?$") or ""
-    return created == false and line ~= "", ("created: %s; log: %s"):format(tostring(created), terminal.to_utf8(
-               line:gsub("%s+$", "")))
+    local line = log():sub(before + 1):match("[^\n]*nosuchpage[^\n]*")
+    return created == false and line ~= nil,
+           ("created: %s; log: %s"):format(tostring(created), line and terminal.to_utf8(line) or "no line")
 end)
 
 step("A page for an unknown account", "the broker's error is shown", function()
@@ -192,7 +195,7 @@ step("The host script tells the page something", "the page shows the text", func
     return view ~= nil, view and view.text:match("(消息[^\n]*)") or "it was not shown in time"
 end)
 
-step("A page's script tells the host something", "a frame message reaches the host window", function()
+step("A script sends a frame message", "it reaches the host window", function()
     session.luadui.send_frame(7, "main", "open", '{"page":"fund","n":[1,2]}')
     local frame = session.wait(terminal.take_frame)
     return frame ~= nil and frame.code == 7 and frame.method == "open" and frame.body == '{"page":"fund","n":[1,2]}',

@@ -70,13 +70,13 @@ local commands = {
         checked(terminal.fault(kind, number_of(count or "1", "COUNT"), number_of(milliseconds or "500", "MS")))
     end},
     {"get", "KEY", "read a setting of user.cfg", function(session, key)
-        session.luadui.init_config(session.settings_file)
-        print("  " .. key .. " = " .. session.read_setting(key))
+        session.use_settings(session.settings_file)
+        local value = session.read_setting(key)
+        print("  " .. key .. " = " .. value)
     end},
     {"set", "KEY VALUE", "write one", function(session, key, value)
-        session.luadui.init_config(session.settings_file)
+        session.use_settings(session.settings_file)
         session.write_setting(key, value)
-        print()
     end},
     {"stats", "", "what the broker did, and what was dropped or refused", function()
         for _, record in ipairs({terminal.broker_stats(), terminal.counters()}) do

@@ -66,8 +66,27 @@ function session.tell(page, text)
     session.luadui.on_error("fundpage:" .. to_codepage(page), to_codepage(quoted))
 end
 
-function session.write_setting(key, value) session.luadui.set_config(to_codepage(key), to_codepage(value)) end
-function session.read_setting(key) return to_utf8(session.luadui.get_config(to_codepage(key))) end
+-- Settings of the file that the library was told with use_settings, through the library. It prints what it does, in code
+-- page 936; that comes back as the last result.
+local function said() return (terminal.caught():gsub("%s+$", "")) end
+
+function session.use_settings(file)
+    terminal.catch_output()
+    session.luadui.init_config(file)
+    return said()
+end
+
+function session.write_setting(key, value)
+    terminal.catch_output()
+    session.luadui.set_config(to_codepage(key), to_codepage(value))
+    return said()
+end
+
+function session.read_setting(key)
+    terminal.catch_output()
+    local value = session.luadui.get_config(to_codepage(key))
+    return to_utf8(value), said()
+end
 
 -- How many requests of this type reached the broker.
 function session.requests(request_type) return terminal.broker_stats()[tostring(request_type)] or 0 end

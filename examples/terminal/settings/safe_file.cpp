@@ -42,8 +42,13 @@ class DiskFile : public FileSteps::File {
 // A name beside `path` that neither another thread nor another terminal on the same data folder uses.
 std::filesystem::path TemporaryName(const std::filesystem::path& path) {
     static std::atomic<unsigned> counter{0};
+    const std::string process = std::to_string(ProcessId());
     std::filesystem::path name = path;
-    name += "." + std::to_string(ProcessId()) + "-" + std::to_string(counter.fetch_add(1)) + ".tmp";
+    name += std::string(".")
+                .append(process)
+                .append("-")
+                .append(std::to_string(counter.fetch_add(1)))
+                .append(".tmp");
     return name;
 }
 
