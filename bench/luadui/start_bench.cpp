@@ -33,7 +33,8 @@ double InChild(Body&& body) {
 double StartModule() {
     const auto begin = std::chrono::steady_clock::now();
     const HMODULE module = LoadLibraryW(L"luadui.dll");
-    const auto start = reinterpret_cast<unsigned int (*)()>(GetProcAddress(module, "start_dui_thread"));
+    const auto start = reinterpret_cast<unsigned int (*)()>(
+        reinterpret_cast<void*>(GetProcAddress(module, "start_dui_thread")));
     if (!start || start() == 0) return -1;
     while (!FindWindowW(L"PageManagerWnd", nullptr)) usleep(50);
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
