@@ -77,7 +77,10 @@ bool Terminal::StopUi(std::string& error) {
     const HANDLE thread = OpenThread(SYNCHRONIZE, FALSE, m_uiThread);
     bool ended = thread == nullptr;  // gone already
     if (thread) {
-        PostThreadMessageW(m_uiThread, WM_QUIT, 0, 0);
+        // A thread that has just started takes no messages yet: ask until it does.
+        const ULONGLONG limit = GetTickCount64() + kEndLimit;
+        while (!PostThreadMessageW(m_uiThread, WM_QUIT, 0, 0) && GetTickCount64() < limit)
+            if (m_window.PumpUntilEnd(thread, 10)) break;
         ended = m_window.PumpUntilEnd(thread, kEndLimit);
         CloseHandle(thread);
     }
