@@ -87,6 +87,7 @@ TEST(Modules, AreFoundByTheNamesThatHostsUse) {
         }
         EXPECT_EQ(AnswerOf(module), 42);
         EXPECT_EQ(GetProcAddress(module, "no_such_function"), nullptr);
+        EXPECT_EQ(GetProcAddress(module, "sleep"), nullptr) << "it is another module's";
         EXPECT_EQ(GetLastError(), DWORD{ERROR_PROC_NOT_FOUND});
         EXPECT_TRUE(FreeLibrary(module));
     }
@@ -126,7 +127,6 @@ TEST(Modules, KnowTheirFiles) {
     EXPECT_TRUE(PathFileExistsW(path.data()));
     EXPECT_EQ(GetModuleFileNameW(host, path.data(), 5), 5u);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-    EXPECT_EQ(std::wstring(path.data()).size(), 4u);
     EXPECT_FALSE(PathFileExistsW(L"platform_no_such_file"));
 }
 

@@ -92,13 +92,17 @@ std::string PathOf(HMODULE module) {
     return record && record->l_name ? record->l_name : "";
 }
 
-// Opens the module that holds an address, adding a reference.
-HMODULE OpenAt(const void* address, int flags) {
+// The linker's record of the module that holds an address; null when there is none.
+const link_map* RecordAt(const void* address) {
     Dl_info info;
     link_map* record = nullptr;
-    if (!dladdr1(address, &info, reinterpret_cast<void**>(&record), RTLD_DL_LINKMAP) || !record) {
-        return Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
-    }
+    return dladdr1(address, &info, reinterpret_cast<void**>(&record), RTLD_DL_LINKMAP) ? record : nullptr;
+}
+
+// Opens the module that holds an address, adding a reference.
+HMODULE OpenAt(const void* address, int flags) {
+    const link_map* const record = RecordAt(address);
+    if (!record) return Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
     const bool isHost = !*record->l_name;
     void* module = dlopen(isHost ? nullptr : record->l_name, flags);
     return module ? FromLinker(module) : Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
@@ -123,7 +127,9 @@ BOOL FreeLibrary(HMODULE module) {
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
     void* const linker = module ? ToLinker(module) : HostModule();
     void* const address = name ? dlsym(linker, name) : nullptr;
-    return address ? reinterpret_cast<FARPROC>(address) : Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
+    // The linker also looks into what the module depends on, the C library with its "sleep" included.
+    const bool isOwn = address && RecordAt(address) == RecordOf(FromLinker(linker));
+    return isOwn ? reinterpret_cast<FARPROC>(address) : Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
 }
 
 HMODULE GetModuleHandleW(LPCWSTR name) {

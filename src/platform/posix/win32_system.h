@@ -11,6 +11,7 @@ TESSEL_API HMODULE LoadLibraryW(LPCWSTR name);
 inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;  // no difference here
 TESSEL_API HMODULE LoadLibraryExW(LPCWSTR name, HANDLE, DWORD flags);
 TESSEL_API BOOL FreeLibrary(HMODULE module);
+// Only what the module itself shows, not what it depends on.
 TESSEL_API FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 
 // A loaded module by the names that LoadLibraryW takes, not referenced; null for the host executable.
