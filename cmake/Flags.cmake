@@ -24,6 +24,11 @@ add_library(luadui_flags INTERFACE)
 target_compile_options(luadui_flags INTERFACE -Wall -Wextra -Wpedantic $<$<BOOL:${LUADUI_WERROR}>:-Werror>)
 target_compile_features(luadui_flags INTERFACE cxx_std_20)
 
+# GCC 12 sees overlapping copies in "literal" + std::string that cannot happen.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(luadui_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+endif()
+
 # A unique symbol makes dlclose() keep the module for ever, without a word.
 check_cxx_compiler_flag(-fno-gnu-unique LUADUI_HAS_NO_GNU_UNIQUE)
 if(LUADUI_HAS_NO_GNU_UNIQUE)

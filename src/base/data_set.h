@@ -16,6 +16,8 @@ class DataSetBody;
 class TESSEL_API CDataSet : public SharedValue<DataSetBody> {
   public:
     using Texts = std::set<std::string, std::less<>>;
+    using value_type = std::string;
+    using const_iterator = Texts::const_iterator;
 
     // False when `text` was in the set already.
     bool Insert(std::string_view text);
@@ -27,8 +29,8 @@ class TESSEL_API CDataSet : public SharedValue<DataSetBody> {
     void Clear();
 
     // Ascending. The set must not change meanwhile.
-    Texts::const_iterator begin() const noexcept;
-    Texts::const_iterator end() const noexcept;
+    const_iterator begin() const noexcept;
+    const_iterator end() const noexcept;
 
   private:
     const Texts& _texts() const noexcept;

@@ -64,7 +64,9 @@ SharedHandle& SharedHandle::operator=(const SharedHandle& other) {
 
 SharedHandle& SharedHandle::operator=(SharedHandle&& other) {
     if (this == &other) return *this;
-    if (other.IsAttached()) return *this = static_cast<const SharedHandle&>(other);
+    // What is attached stays there, and what is refused is not lost: both are the affair of the copy.
+    const bool ring = IsAttached() && SharedBody::Reaches(other._body(), _cell());
+    if (ring || other.IsAttached()) return *this = static_cast<const SharedHandle&>(other);
     _assign(_toBody(std::exchange(other.m_word, 0)));
     return *this;
 }

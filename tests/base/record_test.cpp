@@ -1,0 +1,389 @@
+#include <gmock/gmock.h>
+
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "base/counters.h"
+#include "base/data_list.h"
+#include "base/data_set.h"
+#include "base/data_table.h"
+#include "base/json_object.h"
+#include "base/ui_data.h"
+
+namespace luadui {
+namespace {
+
+using ::testing::ElementsAre;
+
+std::string Name(std::string prefix, int64_t number) { return prefix.append(std::to_string(number)); }
+
+std::vector<std::string> Keys(const CUIData& record) {
+    std::vector<std::string> keys;
+    for (const auto [key, value] : record) keys.emplace_back(key);
+    return keys;
+}
+
+// How a value reads as a number; nothing where it does not.
+struct ReadingCase {
+    DataValue value;
+    std::optional<int64_t> asLong;
+    std::optional<double> asDouble;
+    std::optional<bool> asBool;
+};
+
+constexpr auto kNone = std::nullopt;
+
+const ReadingCase kReadings[] = {
+    {0, 0, 0.0, false},
+    {-7, -7, -7.0, true},
+    {9007199254740993, 9007199254740993, 9007199254740992.0, true},
+    {UINT64_MAX, -1, 18446744073709551615.0, true},
+    {true, 1, 1.0, true},
+    {2.9, 2, 2.9, kNone},
+    {-2.9, -2, -2.9, kNone},
+    {-9223372036854775808.0, INT64_MIN, -9223372036854775808.0, kNone},
+    {9223372036854775808.0, INT64_MIN, 9223372036854775808.0, kNone},  // as the same 64 bits
+    {18446744073709551616.0, kNone, 18446744073709551616.0, kNone},
+    {std::numeric_limits<double>::infinity(), kNone, std::numeric_limits<double>::infinity(), kNone},
+    {"42", 42, 42.0, kNone},
+    {" \t42 ", 42, 42.0, kNone},
+    {"+42", 42, 42.0, kNone},
+    {"-0", 0, -0.0, kNone},
+    {"007", 7, 7.0, kNone},
+    {"12.99", 12, 12.99, kNone},
+    {"-12.99", -12, -12.99, kNone},
+    {"9007199254740993.5", 9007199254740993, 9007199254740993.5, kNone},
+    {"18446744073709551615", -1, 18446744073709551615.0, kNone},
+    {"1e3", 1000, 1000.0, kNone},
+    {".5", 0, 0.5, kNone},
+    {"5.", 5, 5.0, kNone},
+    {"99999999999999999999", kNone, 99999999999999999999.0, kNone},
+    {"1e999", kNone, kNone, kNone},
+    {"", kNone, kNone, kNone},
+    {" ", kNone, kNone, kNone},
+    {".", kNone, kNone, kNone},
+    {"-", kNone, kNone, kNone},
+    {"+-1", kNone, kNone, kNone},
+    {"--1", kNone, kNone, kNone},
+    {"1 2", kNone, kNone, kNone},
+    {"1,5", kNone, kNone, kNone},
+    {"12x", kNone, kNone, kNone},
+    {"0x10", kNone, kNone, kNone},
+    {"1e", kNone, kNone, kNone},
+    {"nan", kNone, kNone, kNone},
+    {"inf", kNone, kNone, kNone},
+    {"-infinity", kNone, kNone, kNone},
+    {"true", kNone, kNone, kNone},
+    {std::string_view("1\0", 2), kNone, kNone, kNone},
+};
+
+TEST(RecordTest, NumbersReadByOneRule) {
+    int row = 0;
+    for (const ReadingCase& c : kReadings) {
+        SCOPED_TRACE(row++);
+        CUIData record;
+        record.SetData("k", c.value);
+        int64_t asLong = 77;
+        EXPECT_EQ(record.GetData("k", asLong), c.asLong.has_value());
+        EXPECT_EQ(asLong, c.asLong.value_or(77));
+        EXPECT_EQ(record.GetDataLong("k"), c.asLong.value_or(0));
+        double asDouble = 77;
+        EXPECT_EQ(record.GetData("k", asDouble), c.asDouble.has_value());
+        EXPECT_EQ(asDouble, c.asDouble.value_or(77));
+        EXPECT_EQ(record.GetDataDouble("k"), c.asDouble.value_or(0));
+        bool asBool = false;
+        EXPECT_EQ(record.GetData("k", asBool), c.asBool.has_value());
+        EXPECT_EQ(record.GetDataBool("k"), c.asBool.value_or(false));
+        std::string text = "kept";
+        EXPECT_EQ(record.GetData("k", text), c.value.Kind() == kDataString);
+        EXPECT_EQ(record.GetDataText("k").empty(), text == "kept" || text.empty());
+    }
+}
+
+TEST(RecordTest, NarrowIntegersTakeWhatFitsTheirBits) {
+    const struct {
+        int64_t value;
+        bool fits32, fits16;
+    } cases[] = {{-32768, true, true},       {65535, true, true},        {65536, true, false},
+                 {-32769, true, false},      {4294967295, true, false},  {4294967296, false, false},
+                 {-2147483648, true, false}, {-2147483649, false, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.value);
+        CUIData record;
+        record.SetData("k", c.value);
+        int32_t signed32 = 5;
+        uint32_t unsigned32 = 5;
+        uint16_t unsigned16 = 5;
+        EXPECT_EQ(record.GetData("k", signed32), c.fits32);
+        EXPECT_EQ(signed32, c.fits32 ? static_cast<int32_t>(c.value) : 5);
+        EXPECT_EQ(record.GetData("k", unsigned32), c.fits32);
+        EXPECT_EQ(record.GetData("k", unsigned16), c.fits16);
+        EXPECT_EQ(unsigned16, c.fits16 ? static_cast<uint16_t>(c.value) : 5);
+    }
+}
+
+TEST(RecordTest, EveryKindReadsAsItselfAndNoOther) {
+    CDataSet set;
+    set.Insert("s");
+    CUIData inner("inner");
+    CDataTable table;
+    table.AddColumn("c");
+    CDataList list;
+    list.Append(1);
+    CJsonObject json;
+    json.Set("j", 1);
+    CUIData record;
+    record.SetData("set", set);
+    record.SetData("record", inner);
+    record.SetData("table", table);
+    record.SetData("list", list);
+    record.SetData("json", json);
+    const std::vector<std::pair<const char*, int>> kinds = {{"set", 3},  {"record", 4}, {"table", 5},
+                                                            {"list", 6}, {"json", 7},   {"absent", 0}};
+    for (const auto& [key, kind] : kinds) {
+        SCOPED_TRACE(key);
+        EXPECT_EQ(record.GetDataType(key), kind);
+        CDataSet outSet;
+        CUIData outRecord;
+        CDataTable outTable;
+        CDataList outList;
+        CJsonObject outJson;
+        EXPECT_EQ(record.GetData(key, outSet), kind == kDataSet);
+        EXPECT_EQ(record.GetData(key, outRecord), kind == kDataRecord);
+        EXPECT_EQ(record.GetData(key, outTable), kind == kDataTable);
+        EXPECT_EQ(record.GetData(key, outList), kind == kDataList);
+        EXPECT_EQ(record.GetData(key, outJson), kind == kDataJson);
+        EXPECT_EQ(outSet.Size() + outRecord.GetType().size() / 5 + outList.Size() + outJson.Size() +
+                      static_cast<size_t>(outTable.GetColumnNumber()),
+                  kind == kDataAbsent ? 0u : 1u);
+        EXPECT_EQ(record.GetDataLong(key), 0);
+        EXPECT_EQ(record.GetDataString(key), "");
+    }
+    record.SetData("integer", 1);
+    record.SetData("string", static_cast<const char*>(nullptr));
+    record.SetData("double", 1.0f);
+    record.SetData("boolean", false);
+    EXPECT_EQ(record.GetDataType("integer"), 1);
+    EXPECT_EQ(record.GetDataType("string"), 2);
+    EXPECT_EQ(record.GetDataType("double"), 8);
+    EXPECT_EQ(record.GetDataType("boolean"), 9);
+    EXPECT_FALSE(record.GetData("integer", inner));
+    EXPECT_EQ(inner.GetType(), "inner");
+}
+
+TEST(RecordTest, KeysKeepTheirPlaceUntilRemoved) {
+    CUIData record("type");
+    for (const char* key : {"c", "a", "b", ""}) record.SetData(key, key);
+    record.SetData("a", 5);
+    EXPECT_THAT(Keys(record), ElementsAre("c", "a", "b", ""));
+    EXPECT_TRUE(record.Remove("a"));
+    EXPECT_FALSE(record.Remove("a"));
+    record.SetData("a", std::string(1000, 'x'));
+    EXPECT_THAT(Keys(record), ElementsAre("c", "b", "", "a"));
+    EXPECT_EQ(record.GetDataText("a").size(), 1000u);
+    EXPECT_EQ(record.Size(), 4u);
+    record.Clear();
+    EXPECT_TRUE(record.IsEmpty());
+    EXPECT_EQ(record.GetType(), "type");
+    record.SetType("other");
+    EXPECT_EQ(record.GetType(), "other");
+}
+
+TEST(RecordTest, ArgumentsMayLieInTheRecordItself) {
+    for (const size_t size : {size_t{3}, size_t{250}, size_t{5000}}) {
+        SCOPED_TRACE(size);
+        CUIData record;
+        record.SetData("a", std::string(size, 'a'));
+        for (int i = 0; i < 300; ++i) {  // through every growth of the block
+            const CUIData copy = record;
+            record.SetData(Name("b", i), record.GetDataText("a"));
+            record.SetData("a", record.GetDataText("a").substr(0, size));
+            for (const auto [key, value] : record) {
+                record.SetData(key, value.AsText());
+                break;
+            }
+        }
+        EXPECT_EQ(record.Size(), 301u);
+        for (const auto [key, value] : record) EXPECT_EQ(value.AsText(), std::string(size, 'a'));
+        record.SetType(record.GetDataText("a"));
+        EXPECT_EQ(record.GetTypeText(), std::string(size, 'a'));
+    }
+    CUIData record;
+    record.SetData("inner", 1);
+    record.SetData("inner", record);
+    ASSERT_TRUE(record.GetData("inner", record));
+    EXPECT_EQ(record.GetDataLong("inner"), 1);
+    record.SetData("inner", record);
+    ASSERT_TRUE(record.GetDataShared("inner", record));
+    EXPECT_EQ(record.GetDataLong("inner"), 1);
+}
+
+// Texts are overwritten by shorter and longer ones: the space is used again instead of growing for ever.
+TEST(RecordTest, OverwritingDoesNotGrow) {
+    CUIData record;
+    record.SetData("other", "kept");
+    for (int i = 0; i < 100000; ++i) {
+        record.SetData("k", std::string(static_cast<size_t>(i * 7 % 300), static_cast<char>('a' + i % 26)));
+        record.SetData(Name("gone", i), i);
+        ASSERT_TRUE(record.Remove(Name("gone", i)));
+    }
+    EXPECT_EQ(record.GetDataText("k"), std::string(99999 * 7 % 300, static_cast<char>('a' + 99999 % 26)));
+    EXPECT_EQ(record.GetDataText("other"), "kept");
+    EXPECT_THAT(Keys(record), ElementsAre("other", "k"));
+}
+
+TEST(RecordTest, HundredThousandKeys) {
+    constexpr int kKeys = 100000;
+    const auto name = [](int i) { return Name("key", i * 7919LL); };
+    CUIData record;
+    for (int i = 0; i < kKeys; ++i) record.SetData(name(i), i);
+    CUIData copy = record;
+    EXPECT_TRUE(copy.SharesWith(record));
+    for (int i = 0; i < kKeys; i += 2) ASSERT_TRUE(copy.Remove(name(i)));
+    for (int i = 0; i < kKeys; ++i) {
+        ASSERT_EQ(record.GetDataLong(name(i)), i);
+        ASSERT_EQ(copy.Has(name(i)), i % 2 == 1);
+    }
+    int expected = 1;
+    for (const auto [key, value] : copy) {
+        ASSERT_EQ(value.AsLong(), expected);
+        expected += 2;
+    }
+    while (!copy.IsEmpty())
+        copy.Remove(std::string((*copy.begin()).key));  // from the front, which is the worst case
+    EXPECT_EQ(record.Size(), static_cast<size_t>(kKeys));
+}
+
+TEST(RecordTest, LongTextsAreSharedByCopies) {
+    const std::string text(64u << 20, 'x');
+    CUIData record;
+    record.SetData("k", text);
+    CUIData copy = record;
+    copy.SetData("other", 1);
+    EXPECT_EQ(copy.GetDataText("k").data(), record.GetDataText("k").data());
+    EXPECT_EQ(copy.GetDataText("k"), text);
+    EXPECT_EQ(copy.GetDataText("k").c_str()[text.size()], '\0');
+    record.Remove("k");
+    EXPECT_EQ(copy.GetDataText("k").size(), text.size());
+}
+
+// Both ways of nesting, a thousand times deeper than the stack would allow if freeing recursed.
+TEST(RecordTest, DeepNestingIsFreedWithoutRecursion) {
+    constexpr int kDepth = 100000;
+    CUIData byValue, shared, deepest;
+    ASSERT_TRUE(shared.SetDataShared("k", deepest));
+    for (int i = 0; i < kDepth; ++i) {
+        CUIData outer, child;
+        outer.SetData("k", byValue);
+        byValue = outer;
+        ASSERT_TRUE(deepest.SetDataShared("k", child));
+        ASSERT_TRUE(deepest.GetDataShared("k", deepest));
+    }
+    // Open every level in place, so that a copy has to take a snapshot of all.
+    CUIData top = byValue, level = byValue;
+    ASSERT_TRUE(top.GetDataShared("k", level));
+    for (int i = 1; i < kDepth; ++i) ASSERT_TRUE(level.GetDataShared("k", level));
+    level.SetData("bottom", 1);
+    CUIData copy = top;
+    level.SetData("bottom", 2);
+    for (int i = 0; i < kDepth; ++i) ASSERT_TRUE(copy.GetData("k", copy));
+    EXPECT_EQ(copy.GetDataLong("bottom"), 1);
+    const uint64_t refused = CCounters::Get("shared_ring_refused");
+    EXPECT_FALSE(deepest.SetDataShared("ring", shared)) << "found through all levels";
+    EXPECT_EQ(CCounters::Get("shared_ring_refused"), refused + 1);
+}
+
+TEST(RecordTest, SharedEntriesAreOneObject) {
+    CDataTable table;
+    table.AddColumn("c");
+    CUIData record;
+    ASSERT_TRUE(record.SetDataShared("table", table));
+    const CUIData copy = record;
+    table.AddColumn("d");
+    CDataTable seen;
+    ASSERT_TRUE(copy.GetDataShared("table", seen)) << "a const record, but a shared entry";
+    EXPECT_EQ(seen.GetColumnNumber(), 2);
+    seen = CDataTable();
+    EXPECT_EQ(table.GetColumnNumber(), 0) << "assignment keeps the identity";
+    ASSERT_TRUE(copy.GetData("table", seen));
+    seen.AddColumn("x");
+    EXPECT_EQ(table.GetColumnNumber(), 0) << "GetData parts";
+    EXPECT_TRUE(record.IsShared("table"));
+    record.SetData("table", seen);
+    EXPECT_FALSE(record.IsShared("table"));
+    EXPECT_TRUE(copy.IsShared("table"));
+    CDataTable none;
+    EXPECT_FALSE(std::as_const(record).GetDataShared("table", none)) << "by value: needs the right to change";
+    EXPECT_FALSE(record.GetDataShared("absent", none));
+    CUIData wrong;
+    EXPECT_FALSE(record.GetDataShared("table", wrong));
+}
+
+TEST(RecordTest, OpenEntriesDoNotReachCopies) {
+    CUIData params;
+    params.SetData("n", 1);
+    CUIData record;
+    record.SetData("Params", params);
+    const CUIData before = record;
+    ASSERT_TRUE(record.GetDataShared("Params", params));
+    EXPECT_FALSE(record.IsShared("Params"));
+    params.SetData("n", 2);
+    const CUIData during = record;
+    params.SetData("n", 3);
+    const auto n = [](const CUIData& r) {
+        CUIData inner;
+        return r.GetData("Params", inner) ? inner.GetDataLong("n") : -1;
+    };
+    EXPECT_EQ(n(before), 1);
+    EXPECT_EQ(n(during), 2);
+    EXPECT_EQ(n(record), 3);
+    params = CUIData();  // still attached: empties the entry
+    EXPECT_EQ(n(record), 0);
+    ASSERT_TRUE(record.GetData("Params", params));
+    const CUIData after = record;
+    EXPECT_TRUE(after.SharesWith(record)) << "once nobody is attached copies share again";
+}
+
+TEST(RecordTest, RingsAreRefused) {
+    const uint64_t before = CCounters::Get("shared_ring_refused");
+    CUIData a, b, c;
+    EXPECT_FALSE(a.SetDataShared("self", a));
+    ASSERT_TRUE(a.SetDataShared("b", b));
+    ASSERT_TRUE(b.SetDataShared("c", c));
+    CUIData outer;
+    ASSERT_TRUE(outer.SetDataShared("a", a));
+    EXPECT_FALSE(c.SetDataShared("a", a));
+    c.SetData("a", a);
+    c = a;
+    CUIData moved = a;
+    c = std::move(moved);
+    CDataList list;
+    list.Append(a);
+    c.SetData("list", list);
+    EXPECT_TRUE(c.IsEmpty());
+    EXPECT_EQ(moved.Size(), 1u) << "what is refused is not lost";  // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(CCounters::Get("shared_ring_refused"), before + 6);
+}
+
+TEST(RecordTest, MovesHandOverTheAttachment) {
+    CUIData record;
+    const auto attached = [&] {
+        CDataSet set;
+        record.GetDataShared("set", set);
+        return set;
+    };
+    record.SetData("set", CDataSet());
+    std::vector<CDataSet> sets;
+    sets.push_back(attached());
+    sets.push_back(attached());
+    sets[0].Insert("x");
+    EXPECT_TRUE(sets[1].Contains("x"));
+    sets.clear();
+    CDataSet out;
+    ASSERT_TRUE(record.GetData("set", out));
+    EXPECT_THAT(out, ElementsAre("x"));
+}
+
+}  // namespace
+}  // namespace luadui
