@@ -2,10 +2,11 @@
 # Builds the sample terminal and runs its scenario on a new data folder; ends non-zero when a step fails.
 #
 # Usage: scripts/demo.sh [--interactive] [--preset NAME] [terminal option...]
-#   --interactive    a prompt instead of the scenario; keeps its data folder build/<preset>/terminal-data
+#   --interactive    a prompt instead of the scenario; keeps its data folder build/demo-<preset>/terminal-data
 #   --preset NAME    release (default) or asan
 # Further options go to the terminal, for instance --securities FILE or --securities-count N.
 set -euo pipefail
+here=$PWD
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
@@ -15,6 +16,7 @@ while [ $# -gt 0 ]; do
     --interactive) interactive=1 ;;
     --preset) preset=${2:?--preset needs a name}; shift ;;
     -h | --help) sed -n '2,7s/^# \{0,1\}//p' "$0"; exit ;;
+    --securities) options+=("$1" "$(cd "$here" && realpath -m "${2:?--securities needs a file}")"); shift ;;
     *) options+=("$1") ;;
     esac
     shift

@@ -29,7 +29,7 @@ end
 local function check_page(session, page) checked(session.luadui.get_login_info(terminal.to_codepage(page)),
                                                  "there is no page " .. page) end
 
--- Each command: its arguments (those in brackets may be left out), what it does, and how.
+-- Each command: its arguments (those in brackets may be left out), what it does, and how. What it answers is printed.
 local commands = {
     {"accounts", "", "the broker's accounts", function()
         for _, account in ipairs(terminal.accounts()) do
@@ -39,7 +39,7 @@ local commands = {
     {"open", "PAGE ACCOUNT [LIBRARY]", "open a page for an account", function(session, page, account, library)
         checked(session.open_page(page, account, library), "the page cannot be created; log/luadui.log says why")
         session.idle(200)
-        print("  page " .. page .. " is open; \"show " .. page .. "\" shows it")
+        return "page " .. page .. " is open; \"show " .. page .. "\" shows it"
     end},
     {"show", "PAGE", "what a page shows", function(session, page)
         check_page(session, page)
@@ -51,32 +51,41 @@ local commands = {
     {"sleep", "PAGE", "put a page to sleep (off the screen)", function(session, page)
         check_page(session, page)
         session.sleep(page, true)
+        return "asleep: what changes now is asked for when it wakes"
     end},
     {"wake", "PAGE", "wake it", function(session, page)
         check_page(session, page)
         session.sleep(page, false)
+        return "awake"
     end},
     {"focus", "TEXT", "focus the pages whose login information contains a text", function(session, text)
         session.luadui.on_setfocus(terminal.to_codepage(text))
+        return "told to the pages"
     end},
     {"tell", "PAGE TEXT", "send a page a message from the host", function(session, page, text)
         check_page(session, page)
         session.tell(page, text)
+        return "sent"
     end},
     {"trade", "ACCOUNT CODE SHARES", "buy (or, below 0, sell) at the broker: the account changes",
-     function(_, account, code, shares) checked(terminal.trade(account, code, number_of(shares, "SHARES"))) end},
+     function(_, account, code, shares)
+        checked(terminal.trade(account, code, number_of(shares, "SHARES")))
+        return "done: whoever asked for this account is told that it changed"
+    end},
     {"fault", "KIND [COUNT] [MS]", "the next answers: delay, error, garbage, silence; none forgets them",
      function(_, kind, count, milliseconds)
         checked(terminal.fault(kind, number_of(count or "1", "COUNT"), number_of(milliseconds or "500", "MS")))
+        return kind == "none" and "no faults are planned" or "planned"
     end},
     {"get", "KEY", "read a setting of user.cfg", function(session, key)
         session.use_settings(session.settings_file)
         local value = session.read_setting(key)
-        print("  " .. key .. " = " .. value)
+        return key .. " = " .. value
     end},
     {"set", "KEY VALUE", "write one", function(session, key, value)
         session.use_settings(session.settings_file)
         session.write_setting(key, value)
+        return "written to " .. session.settings_file
     end},
     {"stats", "", "what the broker did, and what was dropped or refused", function()
         for _, record in ipairs({terminal.broker_stats(), terminal.counters()}) do
@@ -121,8 +130,12 @@ local function run_line(session, line)
         print("Usage: " .. usage(command))
         return true
     end
-    local done, failure = pcall(command[4], session, unpack(words))
-    if not done then print("Error: " .. (type(failure) == "table" and failure.text or tostring(failure))) end
+    local done, answer = pcall(command[4], session, unpack(words))
+    if not done then
+        print("Error: " .. (type(answer) == "table" and answer.text or tostring(answer)))
+    elseif answer then
+        print("  " .. answer)
+    end
     session.idle(50) -- what the command caused mostly arrives meanwhile
     return true
 end
