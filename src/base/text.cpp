@@ -35,9 +35,9 @@ std::wstring GbkToWide(std::string_view text) { return Converted(code_page::ToWi
 std::string WideToGbk(std::wstring_view text) { return Converted(code_page::FromWide, text); }
 
 std::filesystem::path PathFromText(std::string_view text) {
-    std::wstring wide = GbkToWide(text);
-    std::replace(wide.begin(), wide.end(), L'\\', L'/');
-    return std::filesystem::path(wide);
+    std::string utf8 = GbkToUtf8(text);
+    std::replace(utf8.begin(), utf8.end(), '\\', '/');
+    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));  // whatever the locale
 }
 
 bool IsAscii(std::string_view text) noexcept { return code_page::IsAscii(text); }
