@@ -83,7 +83,7 @@ TEST(CodePage, EveryCharacterGoesThereAndBack) {
 // In both directions: nothing outside the code page gets in.
 TEST(CodePage, HoldsExactlyItsCharacters) {
     size_t held = 0;
-    for (char32_t c = 0; c < 0x10000; ++c) {
+    for (unsigned c = 0; c < 0x10000; ++c) {
         size_t replaced = 0;
         const std::wstring wide(1, static_cast<wchar_t>(c));
         const std::string text = FromWide(wide, &replaced);

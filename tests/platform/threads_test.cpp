@@ -133,7 +133,7 @@ TEST(Time, PassesAndMatchesTheClock) {
     const DWORD ticks = GetTickCount();
     const ULONGLONG longTicks = GetTickCount64();
     Sleep(30);
-    EXPECT_GE(GetTickCount() - ticks, 29u);
+    EXPECT_GE(GetTickCount() - ticks, 10u);  // Windows counts in steps of up to 16
     EXPECT_LT(GetTickCount64() - longTicks, 5000u);
 
     const std::time_t before = std::time(nullptr);
