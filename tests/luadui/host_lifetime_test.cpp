@@ -199,7 +199,7 @@ TEST(HostLifetime, TheModuleLeavesUnlessItsThreadRuns) {
         auto* const terminal = new Terminal;
         ASSERT_TRUE(IsModuleMapped());
         ExpectUnchangingAnswers(*terminal);
-        terminal->Lua("luadui.on_get_hWnd() luadui.get_login_info('p') luadui.get_config('k')");
+        terminal->Lua("luadui.on_get_hWnd() luadui.get_login_info('p') luadui.on_setfocus('info')");
         if (isStarted) {
             ASSERT_TRUE(terminal->Start());
         }

@@ -215,6 +215,11 @@ TEST_F(HostTraffic, CallbacksMayThrowOrAnswerNothing) {
                                            [](CQueueReqItem&) { throw 1; },
                                            [](CQueueReqItem& request) { request.Clear(); },
                                            [](CQueueReqItem& request) { request.SetData("result", 5); }};
+    probe.onResponse = [&](TestPage& page, const CQueueRespData&) {
+        page.Query(1);
+        ++received;
+        throw std::runtime_error("page");
+    };
     for (size_t i = 0; i < std::size(failures); ++i) {
         const bool throws = i < 2;
         terminal.OnUiThread([&] { terminal.onPush = terminal.onAsk = failures[i]; });
@@ -223,11 +228,6 @@ TEST_F(HostTraffic, CallbacksMayThrowOrAnswerNothing) {
             EXPECT_EQ(probe.pages.at("p")->CallLua("m", ""), "");
         });
         EXPECT_EQ(terminal.Lua("return luadui.get_config('k')"), "");
-        probe.onResponse = [&](TestPage& page, const CQueueRespData&) {
-            ++received;
-            page.Query(1);
-            throw std::runtime_error("page");
-        };
         const int before = received;
         for (int k = 0; k < 3; ++k) Send(Response(handle, 1));
         EXPECT_TRUE(WaitFor([&] { return received == before + 3; })) << "the next response still arrives";
@@ -330,9 +330,10 @@ TEST_F(HostTraffic, ABurstAgainstABusyPageArrivesCompleteAndInOrder) {
     std::array<int, kSenders> next{};  // UI thread
     int outOfOrder = 0;
     probe.onResponse = [&](TestPage&, const CQueueRespData& response) {
-        if (++received == 1) Sleep(500);  // long enough for every queue to fill
+        if (received == 0) Sleep(500);  // long enough for every queue to fill
         const auto sender = static_cast<size_t>(response.GetDataLong("REQTYPE"));
         outOfOrder += response.GetDataString("Topic") == std::to_string(next.at(sender)++) ? 0 : 1;
+        ++received;
     };
     std::vector<std::thread> senders;
     for (int sender = 0; sender < kSenders; ++sender) {

@@ -64,6 +64,7 @@ class Terminal {
     // Sets the callbacks and starts the UI thread; true when its window is there.
     bool Start() {
         SetCallbacks();
+        for (const wchar_t* library : {L"test_page.dll", L"vandrel.dll"}) Probe(library);  // stays loaded
         m_uiThreadId = module.start_dui_thread();
         return m_uiThreadId != 0 && WaitFor([] { return ManagerWindow() != nullptr; });
     }
@@ -103,13 +104,8 @@ class Terminal {
     }
     // Runs `call` on the UI thread, as a page would, and waits for it.
     void OnUiThread(const std::function<void()>& call) {
-        auto& probe = Probe();
-        const auto make = probe.onCreate;
-        probe.onCreate = [&](const PageInit&) {
-            probe.onCreate = make;
-            return call(), 0U;
-        };
-        CreatePage("call on the UI thread");
+        const std::string address = std::to_string(reinterpret_cast<uintptr_t>(&call));
+        CreatePage(kRunFunction + address, kPageLibrary, address);
     }
     // The handle of a page's request object.
     std::string HandleOf(const std::string& page) {

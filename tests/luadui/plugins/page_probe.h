@@ -47,6 +47,9 @@ struct PageProbe {
     std::vector<std::string> m_lines;
 };
 
+// A page with a name that begins so is none: init string 3 is the address of a std::function<void()> to run instead.
+inline constexpr char kRunFunction[] = "run ";
+
 using PageProbeFunction = PageProbe*();
 
 }  // namespace luadui

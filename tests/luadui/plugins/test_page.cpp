@@ -72,6 +72,10 @@ LUADUI_PAGE_EXPORT luadui::PageProbe* page_probe() {
 }
 
 unsigned int create_page(const luadui::PageInit* init) {
+    if (std::string_view(init->name).starts_with(luadui::kRunFunction)) {
+        (*reinterpret_cast<const std::function<void()>*>(std::stoull(init->info)))();
+        return 0;
+    }
     Probe().Add("create " + std::to_string(init->a) + " " + std::to_string(init->b) + " " + init->name + " " +
                 init->info + " " + init->library + " " + std::to_string(init->flag) + " " +
                 std::to_string(luadui::NumberOf(init->parent1)) + " " +
