@@ -28,6 +28,17 @@ bool IsFraction(std::string_view text) noexcept {
     return text.front() == '.' && text.find_first_not_of("0123456789", 1) == std::string_view::npos;
 }
 
+bool ReadStripped(std::string_view text, double& value) noexcept {
+    const size_t first = text.starts_with('-') ? 1 : 0;
+    // Not the words for what is not finite.
+    if (text.size() <= first || !(IsDigit(text[first]) || text[first] == '.')) return false;
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number)) return false;
+    value = number;
+    return true;
+}
+
 template <class Number>
 const char* ReadDigits(std::string_view text, Number& value, std::errc& error) noexcept {
     const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -46,15 +57,7 @@ bool TruncateDouble(double value, int64_t& bits, bool& isUnsigned) noexcept {
 }
 
 bool ReadDoubleText(std::string_view text, double& value) noexcept {
-    text = StripNumber(text);
-    const size_t first = !text.empty() && text.front() == '-' ? 1 : 0;
-    // Not the words for what is not finite.
-    if (text.size() <= first || !(IsDigit(text[first]) || text[first] == '.')) return false;
-    double number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number)) return false;
-    value = number;
-    return true;
+    return ReadStripped(StripNumber(text), value);
 }
 
 bool ReadIntegerText(std::string_view text, int64_t& bits, bool& isUnsigned) noexcept {
@@ -78,7 +81,7 @@ bool ReadIntegerText(std::string_view text, int64_t& bits, bool& isUnsigned) noe
         return true;
     }
     double real = 0;
-    return ReadDoubleText(text, real) && TruncateDouble(real, bits, isUnsigned);
+    return ReadStripped(text, real) && TruncateDouble(real, bits, isUnsigned);
 }
 
 std::optional<double> ParseDouble(std::string_view text) noexcept {

@@ -66,6 +66,8 @@ const ReadingCase kReadings[] = {
     {"-", kNone, kNone, kNone},
     {"+-1", kNone, kNone, kNone},
     {"--1", kNone, kNone, kNone},
+    {"++1", kNone, kNone, kNone},
+    {"+ 1", kNone, kNone, kNone},
     {"1 2", kNone, kNone, kNone},
     {"1,5", kNone, kNone, kNone},
     {"12x", kNone, kNone, kNone},
