@@ -95,7 +95,9 @@ TEST(DataPath, StaysBelowTheFolder) {
     };
     for (const Case& test : cases) {
         const auto path = DataPath("data", test.name);
-        EXPECT_EQ(path ? PathToUtf8(*path) : "", test.path.empty() ? "" : "data/" + test.path) << test.name;
+        EXPECT_EQ(path ? PathToUtf8(path->generic_u8string()) : "",
+                  test.path.empty() ? "" : "data/" + test.path)
+            << test.name;
     }
 }
 

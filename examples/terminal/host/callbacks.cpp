@@ -89,7 +89,7 @@ void AnswerRequest(const CallbackTargets& targets, CUIData& request) {
             break;
         case kLuaCall:
             request.SetData("result",
-                            targets.interface->Call(Field(request, "method"), Field(request, "params")));
+                            targets.luaInterface->Call(Field(request, "method"), Field(request, "params")));
             break;
         case kFileOpened:
         case kFileClosed:

@@ -12,7 +12,7 @@ namespace terminal {
 struct CallbackTargets {
     Broker* broker;
     SettingsStore* settings;
-    LuaInterface* interface;
+    LuaInterface* luaInterface;
 };
 
 // Registers the callbacks. `targets` is used until ClearCallbackTargets, which is called when no thread of the library

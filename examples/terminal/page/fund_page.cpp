@@ -239,7 +239,7 @@ void FundPage::_askInitials() {
 
 void FundPage::_changed() {
     if (!m_hWnd || m_showPosted) return;
-    m_showPosted = PostMessageW(m_hWnd, kMsgShow, 0, 0) != 0;
+    m_showPosted = ::PostMessageW(m_hWnd, kMsgShow, 0, 0) != 0;
 }
 
 void FundPage::_show() {
@@ -255,7 +255,7 @@ void FundPage::_show() {
     view->SetData("answers", m_count.answers);
     view->SetData("errors", m_count.errors);
     view->SetData("unreadable", m_count.unreadable);
-    if (PostMessageW(m_screen, kMsgPageView, 0, reinterpret_cast<LPARAM>(view.get()))) {
+    if (::PostMessageW(m_screen, kMsgPageView, 0, reinterpret_cast<LPARAM>(view.get()))) {
         view.release();
     } else if (IsWindow(m_screen)) {
         SetTimer(m_hWnd, kShowAgain, 100, nullptr);  // its queue is full
