@@ -4,7 +4,7 @@
 
 packages_for() {
     case $1 in
-    build)   echo g++ cmake ninja-build ccache pkg-config libjsoncpp-dev liblua5.1-0-dev ;;
+    build)   echo g++ python3 cmake ninja-build ccache pkg-config libjsoncpp-dev liblua5.1-0-dev ;;
     test)    echo libgtest-dev libgmock-dev lua5.1 luajit ;;
     demo)    echo lua-sql-sqlite3 lua-cjson libedit-dev ;;
     windows) echo g++-mingw-w64-x86-64-posix wine wine64 googletest dpkg-dev ;;

@@ -1,5 +1,6 @@
 #!/bin/bash
 # Types commands at the terminal's prompt, right and wrong ones, and compares what it says.  Usage: run_prompt.sh TERMINAL
+terminal=$1 options=()
 data=$(mktemp -d)
 trap 'rm -rf "$data"' EXIT
 failed=0
@@ -8,13 +9,12 @@ failed=0
 session() {
     local input=$1 output text
     shift
-    output=$(printf '%b' "$input" | "$terminal" --data "$data" 2>&1) || { echo "FAILED: exit code $? of: $input"; failed=1; }
+    output=$(printf '%b' "$input" | "$terminal" --data "$data" "${options[@]}" 2>&1) || { echo "FAILED: exit code $? of: $input"; failed=1; }
     for text in "$@"; do
         grep -qF -- "$text" <<<"$output" || { printf 'FAILED: no "%s" after: %s\n%s\n' "$text" "$input" "$output"; failed=1; }
     done
 }
 
-terminal=$1
 session 'help\naccounts\nquit\n' 'trade ACCOUNT CODE SHARES' '880001    李明' 'Ended.'
 session '' 'securities. Try' 'Ended.'
 session 'open 资金 880002\nshow 资金\n' '工商银行'  'awake; 2 queries, 2 answers' 'Ended.'
@@ -23,4 +23,8 @@ session 'open a 880001 /none.dll\nshow a\nsleep\nsleep a b\nfrob "x y\nfault x\n
     'Error: unknown fault' 'Error: SHARES must be a number, not "x"' 'Error: no such account' '0 to 60000 milliseconds' 'Ended.'
 session 'set 签名 "a b"\nget 签名\nopen p 880001\nsleep p\ntrade 880001 600000 100\nshow p\nwake p\nshow p' \
     '签名 = a b' 'asleep; 2 queries' 'awake; 4 queries, 4 answers' '12,100' 'Ended.'
+options=(--securities-count 20000)
+session 'quit\n' '20000 securities'
+options=(--securities "$data/none.csv")
+session 'open p 880002\nshow p\n' 'no market database' 'cannot be read' '工商银行' 'Ended.'
 exit $failed

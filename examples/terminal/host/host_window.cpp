@@ -15,6 +15,7 @@ using luadui::CUIData;
 constexpr wchar_t kClassName[] = L"SampleTerminalWnd";
 constexpr UINT kMsgFrame = 9529;
 constexpr size_t kMaxFrames = 1000;
+constexpr int kMaxServed = 1000;
 constexpr int kWidth = 1200;  // pixels: the area that pages below the window get
 constexpr int kHeight = 800;
 
@@ -49,7 +50,8 @@ bool HostWindow::Pump(DWORD milliseconds) {
             if (milliseconds == 0) break;
             MsgWaitForMultipleObjects(0, nullptr, FALSE, milliseconds, QS_ALLINPUT);
         }
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        // At most so many at a time: whoever pumps also has a limit to watch.
+        for (int i = 0; i < kMaxServed && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE); ++i) {
             TranslateMessage(&message);
             DispatchMessageW(&message);
             served = true;

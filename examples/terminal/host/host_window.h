@@ -23,7 +23,7 @@ class HostWindow {
     void Destroy();
     HWND Handle() const { return m_window; }
 
-    // Serves what waits; when nothing does, waits up to `milliseconds` for it. True when something was served.
+    // Serves what waits (up to some hundred messages); when nothing does, waits up to `milliseconds` for it. True when something was served.
     bool Pump(DWORD milliseconds);
     // The same until `thread` ends; false when it still runs after `milliseconds`.
     bool PumpUntilEnd(HANDLE thread, DWORD milliseconds);

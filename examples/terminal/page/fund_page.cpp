@@ -135,7 +135,7 @@ FundPage* FundPage::Find(const std::string& name) {
     return found == Pages().end() ? nullptr : found->second;
 }
 
-void FundPage::FocusAll(const std::string& info) {
+void FundPage::Focus(const std::string& info) {
     for (const auto& [name, page] : Pages()) {
         page->m_focused = page->m_info == info;
         page->_changed();

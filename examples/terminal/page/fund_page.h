@@ -24,9 +24,10 @@ class FundPage : public luadui::CDuiBaseWnd {
     // Creates the page with its window and sends its first queries. Null when the window cannot be created or the init
     // string names no account.
     static FundPage* Create(const luadui::PageInit& init);
-    // The living page of that name, or null; and every page with this init string 3.
+    // The living page of that name, or null.
     static FundPage* Find(const std::string& name);
-    static void FocusAll(const std::string& info);
+    // Gives the focus to the pages with this init string 3, and takes it from the others.
+    static void Focus(const std::string& info);
 
     void Sleep(bool asleep);
     void Resize(int width, int height);

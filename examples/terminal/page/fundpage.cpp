@@ -18,4 +18,4 @@ void resizepage(const char* name, int width, int height) {
     if (FundPage* page = FundPage::Find(name)) page->Resize(width, height);
 }
 
-void handlepage_focus(int, const char* info) { FundPage::FocusAll(info); }
+void handlepage_focus(int, const char* info) { FundPage::Focus(info); }

@@ -142,10 +142,10 @@ step("The broker answers with garbage", "the page counts four answers it cannot 
 end)
 
 step("The broker is slow, then silent", "the late answer is shown; the lost ones leave the old numbers", function()
-    assert(terminal.fault("delay", 2, 300))
+    assert(terminal.fault("delay", 2, 1000))
     local before = session.view(PAGE).answers
     assert(terminal.trade(ACCOUNT, "600519", 100))
-    session.idle(150)
+    session.idle(200)
     local early = session.view(PAGE).answers - before
     local late = view_when(function(view) return view.answers == before + 2 end)
     assert(terminal.fault("silence", 2))
@@ -153,7 +153,7 @@ step("The broker is slow, then silent", "the late answer is shown; the lost ones
     session.idle(200)
     local lost = session.view(PAGE).answers - before - 2
     return early == 0 and late ~= nil and lost == 0,
-           ("answers after 150 ms: %d, then: %d, of the silent broker: %d"):format(early, late and 2 or 0, lost)
+           ("answers after 200 ms: %d, then: %d, of the silent broker: %d"):format(early, late and 2 or 0, lost)
 end)
 
 step("A page that cannot be loaded", "on_init answers false; the log says which file was looked for", function()
