@@ -6,15 +6,15 @@
 namespace luadui {
 
 bool CDuiBaseWnd::SendRecord(HWND window, CUIData& record) {
-    return ::SendMessageW(window, kRecordMessage, 0, reinterpret_cast<LPARAM>(&record)) == 1;
+    return ::SendMessageW(window, kRecordMessage, reinterpret_cast<WPARAM>(&record), 0) == 1;
 }
 
 void CDuiBaseWnd::OnNotify(void*) {}
 
 LRESULT CDuiBaseWnd::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message != kRecordMessage) return CWindowWnd::HandleMessage(message, wParam, lParam);
-    if (lParam == 0) return 0;
-    return Guarded("page_notify_failed", [&] { OnNotify(reinterpret_cast<void*>(lParam)); }) ? 1 : 0;
+    if (wParam == 0) return 0;
+    return Guarded("page_notify_failed", [&] { OnNotify(reinterpret_cast<void*>(wParam)); }) ? 1 : 0;
 }
 
 }  // namespace luadui

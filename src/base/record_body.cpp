@@ -8,6 +8,7 @@
 #include <new>
 #include <random>
 
+#include "base/block_pool.h"
 #include "base/key_hash.h"
 
 namespace luadui {
@@ -63,7 +64,8 @@ struct RecordBody::Index {
 
 RecordBody* RecordBody::_create(size_t capacity, uint32_t flags) {
     KeySeed::Get();  // before the first key is looked for
-    return new (Allocate(capacity)) RecordBody(static_cast<uint32_t>(capacity), flags);
+    void* const block = capacity == block_pool::kBlockSize ? block_pool::Take() : Allocate(capacity);
+    return new (block) RecordBody(static_cast<uint32_t>(capacity), flags);
 }
 
 void RecordBody::Destroy(ReleaseQueue& queue) noexcept {
@@ -72,8 +74,9 @@ void RecordBody::Destroy(ReleaseQueue& queue) noexcept {
         if (entries[i].IsLive() && entries[i].HoldsBody()) queue.Drop(entries[i].body);
     }
     std::free(m_index);
+    const bool isPooled = m_capacity == block_pool::kBlockSize;
     this->~RecordBody();
-    std::free(this);
+    isPooled ? block_pool::Give(this) : std::free(this);
 }
 
 void RecordBody::VisitChildren(void (*visit)(void*, SharedBody*), void* context) const {

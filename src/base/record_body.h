@@ -19,6 +19,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/block_pool.h"
 #include "base/data_value.h"
 #include "base/key_hash.h"
 #include "base/shared_value.h"
@@ -83,7 +84,7 @@ class RecordBody final : public SharedBody {
   public:
     // The first block of a record holds an ordinary request, and is within what allocators serve fast; those
     // of lists and JSON objects are small because there are many.
-    static constexpr size_t kRecordBlock = 1024;
+    static constexpr size_t kRecordBlock = block_pool::kBlockSize;
     static constexpr size_t kSmallBlock = 384;
     static constexpr size_t kMaxBlock = UINT32_MAX & ~size_t{63};
     static constexpr size_t kLongTextFrom = 257;

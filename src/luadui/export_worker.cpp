@@ -1,6 +1,7 @@
 #include "luadui/export_worker.h"
 
 #include "base/guard.h"
+#include "luadui/message_thread.h"
 #include "luadui/page_messages.h"
 
 namespace luadui {
@@ -22,11 +23,10 @@ CExportWorker::CExportWorker()
 
 bool CExportWorker::Start(HWND owner) {
     m_owner = owner;
-    m_queueReady = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     DWORD threadId = 0;
-    m_thread = CreateThread(nullptr, 0, _threadMain, this, 0, &threadId);
+    m_thread =
+        StartMessageThread([](void* worker) { static_cast<CExportWorker*>(worker)->_run(); }, this, threadId);
     if (!m_thread) return false;
-    WaitForSingleObject(m_queueReady, INFINITE);  // until then the thread has no queue to post to
     m_threadId.store(threadId);
     g_workerThread.store(threadId);
     _registerExitRoutine();
@@ -54,7 +54,6 @@ void CExportWorker::Stop() {
     }
     WaitForSingleObject(m_thread, INFINITE);
     CloseHandle(std::exchange(m_thread, nullptr));
-    CloseHandle(std::exchange(m_queueReady, nullptr));
     m_threadId.store(0);
 }
 
@@ -64,15 +63,8 @@ void CExportWorker::Post(std::unique_ptr<CQueueTaskItem> task) {
     }
 }
 
-DWORD WINAPI CExportWorker::_threadMain(LPVOID worker) {
-    static_cast<CExportWorker*>(worker)->_run();
-    return 0;
-}
-
 void CExportWorker::_run() {
     MSG message;
-    PeekMessageW(&message, nullptr, WM_USER, WM_USER, PM_NOREMOVE);  // makes the queue
-    SetEvent(m_queueReady);
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         if (message.message == kMsgExport) _handle(m_inbox.Take(message.lParam));
     }

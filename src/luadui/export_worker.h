@@ -31,7 +31,6 @@ class CExportWorker {
     DWORD ThreadId() const { return m_threadId.load(); }
 
   private:
-    static DWORD WINAPI _threadMain(LPVOID worker);
     void _run();
     void _handle(std::unique_ptr<CQueueTaskItem> task);
     static void _onHostExit();
@@ -39,7 +38,6 @@ class CExportWorker {
 
     HWND m_owner = nullptr;
     HANDLE m_thread = nullptr;
-    HANDLE m_queueReady = nullptr;
     std::atomic<DWORD> m_threadId{0};
     CRecordInbox m_inbox;
 };

@@ -58,7 +58,6 @@ class CPageManagerWnd : public CWindowWnd {
     CPageManagerWnd();
     ~CPageManagerWnd() = default;
 
-    static DWORD WINAPI _threadMain(LPVOID manager);
     void _start();
     static void _setReady();
     void _runUiThread();

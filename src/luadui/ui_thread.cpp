@@ -1,6 +1,7 @@
 // The UI thread of the page manager: its start in the order that pages rely on, its loop and its end.
 #include "base/guard.h"
 #include "datamgr/ui_stock_data_manager.h"
+#include "luadui/message_thread.h"
 #include "luadui/module_pin.h"
 #include "luadui/page_manager_wnd.h"
 
@@ -8,18 +9,17 @@ namespace luadui {
 
 void CPageManagerWnd::_start() {
     DWORD threadId = 0;
-    const HANDLE thread = CreateThread(nullptr, 0, _threadMain, this, 0, &threadId);
-    if (!thread) {
-        CCounters::Add("ui_thread_not_started");
-        return;
-    }
+    const HANDLE thread = StartMessageThread(
+        [](void* manager) {
+            Guarded("ui_thread_threw", [&] { static_cast<CPageManagerWnd*>(manager)->_runUiThread(); });
+        },
+        this, threadId);
     m_uiThreadId.store(threadId);
-    CloseHandle(thread);
-}
-
-DWORD WINAPI CPageManagerWnd::_threadMain(LPVOID manager) {
-    Guarded("ui_thread_threw", [&] { static_cast<CPageManagerWnd*>(manager)->_runUiThread(); });
-    return 0;
+    if (thread) {
+        CloseHandle(thread);
+    } else {
+        CCounters::Add("ui_thread_not_started");
+    }
 }
 
 void CPageManagerWnd::_runUiThread() {

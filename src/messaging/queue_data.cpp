@@ -8,6 +8,10 @@
 namespace luadui {
 namespace {
 
+constexpr std::string_view kCopiedTexts[] = {"UUID",  "RawData",   "FundToken", "To",
+                                             "Topic", "SrcServer", "TraceID"};
+constexpr std::string_view kCopiedRecords[] = {"Request", "MapData", "TableIndex"};
+
 // Filling a record key by key costs more than copying one: fresh records start as copies of these.
 CUIData FreshRequest() {
     CUIData record;
@@ -42,20 +46,22 @@ const CUIData& ResponsePrototype() {
     return *prototype;
 }
 
-void CopyInteger(const CUIData& from, CUIData& to, const char* key) {
+void CopyInteger(const CUIData& from, CUIData& to, std::string_view key) {
     to.SetData(key, from.GetDataLong(key));
 }
-void CopyText(const CUIData& from, CUIData& to, const char* key) { to.SetData(key, from.GetDataText(key)); }
+void CopyText(const CUIData& from, CUIData& to, std::string_view key) {
+    to.SetData(key, from.GetDataText(key));
+}
 
 // The receiver's entry is a shared one. An entry that the host holds by value is taken as it is now, so that
 // the host may go on changing its own.
 template <class Value>
-void CopyAttached(const CUIData& from, CUIData& to, const char* key) {
+void CopyAttached(const CUIData& from, CUIData& to, std::string_view key) {
     Value value;
     if (from.GetDataShared(key, value) || from.GetData(key, value)) to.SetDataShared(key, value);
 }
 
-void CopyRecord(const CUIData& from, CUIData& to, const char* key) {
+void CopyRecord(const CUIData& from, CUIData& to, std::string_view key) {
     CUIData value;
     if (from.GetData(key, value)) to.SetData(key, value);
 }
@@ -76,12 +82,10 @@ void CQueueRespData::CopyFrom(const CUIData& host) {
     CopyInteger(host, *this, "DATATYPE");
     CopyInteger(host, *this, "REQTYPE");
     SetData("IsLast", host.GetDataBool("IsLast"));
-    for (const char* key : {"UUID", "RawData", "FundToken", "To", "Topic", "SrcServer", "TraceID"}) {
-        CopyText(host, *this, key);
-    }
+    for (const std::string_view key : kCopiedTexts) CopyText(host, *this, key);
     CopyAttached<CJsonObject>(host, *this, "JsonData");
     CopyAttached<CDataTable>(host, *this, "Table");
-    for (const char* key : {"Request", "MapData", "TableIndex"}) CopyRecord(host, *this, key);
+    for (const std::string_view key : kCopiedRecords) CopyRecord(host, *this, key);
 }
 
 bool CQueueRespData::IsChangeNotice(const CUIData& record) {

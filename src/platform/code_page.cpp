@@ -17,7 +17,7 @@ constexpr uint16_t kUnicodeOf80 = 0x20AC, kUnicodeOfFF = 0xF8F5;
 
 // By lead byte, then trail byte; every pair is assigned.
 constexpr std::array<uint16_t, kPairs> kUnicodeOfPair{
-#include "code_page_table.inc"
+#include "platform/code_page_table.inc"
 };
 
 constexpr unsigned PairIndex(unsigned lead, unsigned trail) {

@@ -19,6 +19,9 @@ Deadline DeadlineAfter(DWORD milliseconds);
 // A token that others put down and the owner picks up. Whoever gives a thread something to look at does so first
 // and then unparks it; the thread looks first and then parks: so no wake-up is lost, and one that comes early costs
 // another look. A thread that is awake is unparked without a system call.
+//
+// A thread that lately was unparked right after it parked looks a moment longer before it sleeps: in a dense stream of
+// messages each would cost a sleep and a wake-up otherwise, which is more than the work itself.
 class Parker {
   public:
     void Unpark() noexcept;  // any thread
@@ -27,7 +30,10 @@ class Parker {
 
   private:
     enum State : uint32_t { kEmpty, kToken, kParked };
+    bool _awaitToken() noexcept;
+
     std::atomic<uint32_t> m_state{kEmpty};
+    int m_looks = 0;  // how often to look before sleeping; the owner's
 };
 
 }  // namespace luadui::posix
