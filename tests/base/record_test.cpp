@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
@@ -221,18 +222,28 @@ TEST(RecordTest, ArgumentsMayLieInTheRecordItself) {
     EXPECT_EQ(record.GetDataLong("inner"), 1);
 }
 
-// Texts are overwritten by shorter and longer ones: the space is used again instead of growing for ever.
+// Texts are overwritten by shorter and longer ones, entries removed: the space is used again instead of growing for ever.
 TEST(RecordTest, OverwritingDoesNotGrow) {
     CUIData record;
-    record.SetData("other", "kept");
-    for (int i = 0; i < 100000; ++i) {
-        record.SetData("k", std::string(static_cast<size_t>(i * 7 % 300), static_cast<char>('a' + i % 26)));
+    record.SetData("first", "kept");
+    const auto overwrite = [&](int i) {
+        record.SetData("k", std::string(static_cast<size_t>(i * 7 % 250), static_cast<char>('a' + i % 26)));
+    };
+    const auto comeAndGo = [&](int i) {
         record.SetData(Name("gone", i), i);
         ASSERT_TRUE(record.Remove(Name("gone", i)));
+    };
+    for (const bool remove : {false, true}) {
+        for (int i = 0; i < 100000; ++i) remove ? comeAndGo(i) : overwrite(i);
+        record.SetData("last", remove);
+        EXPECT_EQ(record.GetDataText("k"), std::string(99999 * 7 % 250, static_cast<char>('a' + 99999 % 26)));
+        EXPECT_EQ(record.GetDataText("first"), "kept");
+        EXPECT_THAT(Keys(record), ElementsAre("first", "k", "last"));
+        // Both lie in the record's block: what is between them is at most that block.
+        const auto first = reinterpret_cast<intptr_t>((*record.begin()).key.data());
+        const auto last = reinterpret_cast<intptr_t>(record.GetDataText("k").data());
+        EXPECT_LT(std::abs(first - last), 8192);
     }
-    EXPECT_EQ(record.GetDataText("k"), std::string(99999 * 7 % 300, static_cast<char>('a' + 99999 % 26)));
-    EXPECT_EQ(record.GetDataText("other"), "kept");
-    EXPECT_THAT(Keys(record), ElementsAre("other", "k"));
 }
 
 TEST(RecordTest, HundredThousandKeys) {
