@@ -14,10 +14,12 @@ TextView View(const std::string& text) noexcept { return TextView(text.c_str(), 
 
 }  // namespace
 
+const RowBlock& TableHead::OpenRow(int row) const noexcept { return AsBody(this)->Direct(static_cast<uint32_t>(row)); }
+
 const RowBlock& TableHead::_findRow(int row) const noexcept {
-    const TableBody& body = *AsBody(this);
-    if (static_cast<uint32_t>(row) >= body.RowCount()) return RowBlock::None();
-    return body.FindDirect(static_cast<uint32_t>(row));
+    const RowBlock& cells = OpenRow(row);
+    m_lastRow.Set(static_cast<uint32_t>(row), &cells);
+    return cells;
 }
 
 TextView TableHead::Text(int row, int col) const noexcept {
@@ -28,12 +30,20 @@ TextView TableHead::Text(int row, int col) const noexcept {
     return cell < cells.Cells() ? cells.Text(cell) : TextView();
 }
 
+bool CDataTable::_hasRow(int row) const noexcept {
+    return _head() && static_cast<uint32_t>(row) < AsBody(_head())->RowCount();
+}
+
+bool CDataTable::_hasCell(int row, int col) const noexcept {
+    return _hasRow(row) && static_cast<uint32_t>(col) < AsBody(_head())->ColumnCount();
+}
+
 int CDataTable::GetRowNumber() const noexcept {
     return _head() ? static_cast<int>(AsBody(_head())->RowCount()) : 0;
 }
 
 int CDataTable::GetColumnNumber() const noexcept {
-    return _head() ? static_cast<int>(AsBody(_head())->Header().Columns()) : 0;
+    return _head() ? static_cast<int>(AsBody(_head())->ColumnCount()) : 0;
 }
 
 int CDataTable::AddColumn(std::string_view name) {
@@ -46,7 +56,7 @@ int CDataTable::AddColumn(std::string_view name) {
 }
 
 int CDataTable::FindColumn(std::string_view name) const noexcept {
-    return _head() ? AsBody(_head())->Header().Find(name) : -1;
+    return GetColumnNumber() != 0 ? AsBody(_head())->Header()->Find(name) : -1;
 }
 
 bool CDataTable::SetColumnProperty(int col, std::string_view property, std::string_view value) {
@@ -64,7 +74,7 @@ bool CDataTable::SetColumnProperty(int col, std::string_view property, std::stri
 
 TextView CDataTable::GetColumnProperty(int col, std::string_view property) const noexcept {
     if (col < 0 || col >= GetColumnNumber()) return {};
-    return AsBody(_head())->Header().Property(static_cast<uint32_t>(col), property);
+    return AsBody(_head())->Header()->Property(static_cast<uint32_t>(col), property);
 }
 
 int CDataTable::AppendRow() {
@@ -91,8 +101,10 @@ void CDataTable::Clear() { *this = CDataTable(); }
 
 bool CDataTable::SetItemText(int row, int col, std::string_view text) {
     if (!_hasCell(row, col)) return false;
-    if (GetItemText(row, col) == text) return true;  // copies stay shared
-    return _edit().SetText(static_cast<uint32_t>(row), static_cast<uint32_t>(col), text);
+    const auto at = static_cast<uint32_t>(row);
+    const auto cell = static_cast<uint32_t>(col);
+    if (AsBody(_head())->Holds(at, cell, text)) return true;  // copies stay shared
+    return _edit().SetText(at, cell, text);
 }
 
 bool CDataTable::SetItemText(int row, std::string_view name, std::string_view text) {
@@ -139,7 +151,7 @@ TextView CDataTable::GetRowColor(int row) const noexcept {
 }
 
 void CDataTable::CopyHeader(const CDataTable& source) {
-    const HeaderPtr header = source._head() ? AsBody(source._head())->SharedHeader() : nullptr;
+    const HeaderPtr header = source._head() ? AsBody(source._head())->Header() : nullptr;
     if (header || GetColumnNumber() != 0) _edit().TakeHeader(header);
 }
 
@@ -150,10 +162,10 @@ bool CDataTable::InsertTable(const CDataTable& source) {
         CCounters::Add("table_row_limit", static_cast<uint64_t>(source.GetRowNumber()));
         return false;
     }
-    // Held, because `source` may be this table.
-    const RowTree rows = AsBody(source._head())->SharedRows();
-    const HeaderPtr header = AsBody(source._head())->SharedHeader();
-    _edit().Join(rows, header ? *header : TableHeader());
+    // A table may be inserted into itself: the copy keeps what is read from being what is written.
+    const CDataTable kept = SharesWith(source) ? source : CDataTable();
+    const TableBody& from = *AsBody(source._head());
+    _edit().Join(from.SharedRows(), from.Header());
     return true;
 }
 

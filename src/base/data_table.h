@@ -22,6 +22,8 @@ class TESSEL_API TableHead : public SharedBody {
         const RowBlock* hinted = m_lastRow.Get<RowBlock>(row);
         return hinted ? *hinted : _findRow(row);
     }
+    // The same for one who reads the whole row: looks for it at once.
+    const RowBlock& OpenRow(int row) const noexcept;
     // The cell, wherever it lies; empty when there is none.
     TextView Text(int row, int col) const noexcept;
 
@@ -125,15 +127,13 @@ class TESSEL_API CDataTable : public SharedValue<TableBody> {
 
   private:
     const TableHead* _head() const noexcept { return static_cast<const TableHead*>(_body()); }
-    bool _hasRow(int row) const noexcept { return row >= 0 && row < GetRowNumber(); }
-    bool _hasCell(int row, int col) const noexcept {
-        return _hasRow(row) && col >= 0 && col < GetColumnNumber();
-    }
+    bool _hasRow(int row) const noexcept;
+    bool _hasCell(int row, int col) const noexcept;
 };
 
 inline TableRow CDataTable::GetRow(int row) const noexcept {
     const TableHead* head = _head();
-    return TableRow(head, row, head ? head->Row(row) : RowBlock::None());
+    return TableRow(head, row, head ? head->OpenRow(row) : RowBlock::None());
 }
 
 using CHDTable = CDataTable;

@@ -37,7 +37,7 @@ struct RowRoom {
 
 // Layout: this header, the start of every cell (and of the end) as an offset from the block, then the texts, each
 // with a zero byte behind it. Cells past Cells() are empty. A block is written only while it has one owner.
-class TESSEL_API RowBlock : public RefCounted {
+class RowBlock : public RefCounted {
   public:
     uint32_t Cells() const noexcept { return m_cells; }
     // `cell` must be less than Cells().
@@ -50,7 +50,7 @@ class TESSEL_API RowBlock : public RefCounted {
     const RowColors* Colors() const noexcept { return m_colors.get(); }
 
     // The row without cells, for readers that want no null.
-    static const RowBlock& None() noexcept;
+    TESSEL_API static const RowBlock& None() noexcept;
     // Whether `row` may take one more text of that size: offsets have 32 bits.
     static bool Fits(const RowBlock* row, size_t textSize) noexcept;
     // Stores the text, in place if `row` has no other owner and has the room. It must fit.

@@ -6,8 +6,9 @@
 namespace luadui {
 namespace {
 
-constexpr uint32_t kFanout = 16;
-constexpr uint32_t kFew = 4;  // nodes of so few children are merged into a neighbour that has the room
+constexpr uint32_t kFanout = 16;  // children of an inner node
+constexpr uint32_t kFew =
+    4;  // a node of so few rows or children is merged into a neighbour with room for them
 
 // What hangs below one entry of a node.
 struct Part {
@@ -29,25 +30,31 @@ void CloseGap(T* items, uint32_t count, uint32_t at) {
     items[count - 1] = T();
 }
 
-// Copying a node counts up all its children, which lie anywhere in memory: ask for all of them before the first.
+// Copying or freeing a node counts all its children, which lie anywhere in memory: ask for all of them before the
+// first.
 template <class T>
-void CopyCounted(const RefPtr<T>* from, uint32_t count, RefPtr<T>* to) {
-    for (uint32_t i = 0; i < count; ++i) __builtin_prefetch(from[i].get(), 1);
+void PrefetchAll(const RefPtr<T>* items, uint32_t count) noexcept {
+    for (uint32_t i = 0; i < count; ++i) __builtin_prefetch(items[i].get(), 1);
+}
+
+template <class T>
+void CopyCounted(const RefPtr<T>* from, uint32_t count, RefPtr<T>* to) noexcept {
+    PrefetchAll(from, count);
     std::copy(from, from + count, to);
 }
 
-struct Leaf final : RowNode {
-    Leaf() noexcept : RowNode(0) {}
-    Leaf(const Leaf& other) noexcept : RowNode(other) { CopyCounted(other.rows, count, rows); }
+}  // namespace
 
-    void Insert(uint32_t at, RowPtr row) noexcept {
-        OpenGap(rows, count++, at);
-        rows[at] = std::move(row);
-    }
-    void Remove(uint32_t at) noexcept { CloseGap(rows, count--, at); }
+RowLeaf::RowLeaf(const RowLeaf& other) noexcept : RowNode(other) { CopyCounted(other.rows, count, rows); }
 
-    RowPtr rows[kFanout];
-};
+void RowLeaf::Insert(uint32_t at, RowPtr row) noexcept {
+    OpenGap(rows, count++, at);
+    rows[at] = std::move(row);
+}
+
+void RowLeaf::Remove(uint32_t at) noexcept { CloseGap(rows, count--, at); }
+
+namespace {
 
 struct Inner final : RowNode {
     explicit Inner(uint8_t nodeLevel) noexcept : RowNode(nodeLevel) {
@@ -97,9 +104,9 @@ struct Inner final : RowNode {
     MapPtr maps[kFanout];
 };
 
-const Leaf& AsLeaf(const RowNode& node) noexcept { return static_cast<const Leaf&>(node); }
+const RowLeaf& AsLeaf(const RowNode& node) noexcept { return static_cast<const RowLeaf&>(node); }
 const Inner& AsInner(const RowNode& node) noexcept { return static_cast<const Inner&>(node); }
-Leaf& AsLeaf(RowNode& node) noexcept { return static_cast<Leaf&>(node); }
+RowLeaf& AsLeaf(RowNode& node) noexcept { return static_cast<RowLeaf&>(node); }
 Inner& AsInner(RowNode& node) noexcept { return static_cast<Inner&>(node); }
 
 RowPtr ThroughMap(const RowPtr& row, const MapPtr& map) {
@@ -109,7 +116,7 @@ RowPtr ThroughMap(const RowPtr& row, const MapPtr& map) {
 // A copy of the node in which `map` is applied one step further down. The map may be null.
 NodePtr Copy(const RowNode& node, const MapPtr& map) {
     if (node.level == 0) {
-        NodePtr copy = NodePtr::Adopt(new Leaf(AsLeaf(node)));
+        NodePtr copy = NodePtr::Adopt(new RowLeaf(AsLeaf(node)));
         if (!map) return copy;
         for (uint32_t i = 0; i < copy->count; ++i)
             AsLeaf(*copy).rows[i] = ThroughMap(AsLeaf(node).rows[i], map);
@@ -132,7 +139,7 @@ RowNode& Own(NodePtr& node, MapPtr& map) {
 }
 
 bool CanAbsorb(const RowNode& into, const RowNode& from) {
-    return from.count <= kFew && into.count + from.count <= kFanout;
+    return from.count <= kFew && into.count + from.count <= (into.level == 0 ? RowLeaf::kMaxRows : kFanout);
 }
 
 // Moves the children of `part` into `node`, which is of the same level and may be written.
@@ -157,7 +164,8 @@ void Absorb(RowNode& node, const Part& part, bool front) {
 // for `node` on that side. When memory runs out, nothing was added.
 Part Graft(NodePtr& node, MapPtr& map, Part part, bool front) {
     if (node->level == part.node->level) {
-        if (!CanAbsorb(*node, *part.node)) return part;
+        // Inner nodes are hung in whole, which costs one count.
+        if (node->level != 0 || !CanAbsorb(*node, *part.node)) return part;
         Absorb(Own(node, map), part, front);
         return {};
     }
@@ -206,8 +214,10 @@ void EraseBelow(RowNode& node, uint32_t row) noexcept {
 
 void RowNode::Destroy(RowNode* node) noexcept {
     if (node->level == 0) {
+        PrefetchAll(AsLeaf(*node).rows, node->count);
         delete &AsLeaf(*node);
     } else {
+        PrefetchAll(AsInner(*node).children, node->count);
         delete &AsInner(*node);
     }
 }
@@ -222,10 +232,10 @@ const RowBlock& RowTree::Locate(uint32_t row, uint32_t& cell) const noexcept {
         row -= inner.Start(child);
         node = inner.children[child].get();
     }
-    return LeafRow(node, row);
+    return AsLeaf(*node).Row(row);
 }
 
-const RowNode* RowTree::DirectLeaf(uint32_t row, uint32_t& first) const noexcept {
+const RowLeaf* RowTree::DirectLeaf(uint32_t row, uint32_t& first) const noexcept {
     const RowNode* node = m_root.get();
     if (m_map) return nullptr;
     first = 0;
@@ -236,10 +246,10 @@ const RowNode* RowTree::DirectLeaf(uint32_t row, uint32_t& first) const noexcept
         first += inner.Start(child);
         node = inner.children[child].get();
     }
-    return node;
+    return &AsLeaf(*node);
 }
 
-RowNode* RowTree::EditLeaf(uint32_t row, uint32_t& first) {
+RowLeaf* RowTree::EditLeaf(uint32_t row, uint32_t& first) {
     NodePtr* node = &m_root;
     MapPtr* map = &m_map;
     first = 0;
@@ -250,14 +260,14 @@ RowNode* RowTree::EditLeaf(uint32_t row, uint32_t& first) {
         node = &inner.children[child];
         map = &inner.maps[child];
     }
-    return node->get();
+    return &AsLeaf(**node);
 }
 
-RowNode* RowTree::Append() {
+RowLeaf* RowTree::Append() {
     uint32_t first = 0;
     if (m_size != 0) {
-        RowNode* leaf = EditLeaf(m_size - 1, first);
-        if (leaf->count < kFanout) {
+        RowLeaf* leaf = EditLeaf(m_size - 1, first);
+        if (leaf->count < RowLeaf::kMaxRows) {
             ++leaf->count;
             for (RowNode* node = m_root.get(); node->level != 0;) {
                 Inner& inner = AsInner(*node);
@@ -269,7 +279,7 @@ RowNode* RowTree::Append() {
         }
     }
     RowTree row;
-    row.m_root = NodePtr::Adopt(new Leaf());
+    row.m_root = NodePtr::Adopt(new RowLeaf());
     row.m_root->count = 1;
     row.m_size = 1;
     Join(row, nullptr);
@@ -313,14 +323,5 @@ void RowTree::_graft(const RowTree& part, const MapPtr& map, bool front) {
 void RowTree::Remap(const MapPtr& map) {
     if (m_size != 0) m_map = ColumnMap::Chain(map, m_map);
 }
-
-uint32_t RowTree::LeafSize(const RowNode* leaf) noexcept { return leaf->count; }
-
-const RowBlock& RowTree::LeafRow(const RowNode* leaf, uint32_t index) noexcept {
-    const RowPtr& row = AsLeaf(*leaf).rows[index];
-    return row ? *row : RowBlock::None();
-}
-
-RowPtr& RowTree::LeafRow(RowNode* leaf, uint32_t index) noexcept { return AsLeaf(*leaf).rows[index]; }
 
 }  // namespace luadui

@@ -22,6 +22,20 @@ class RowNode : public RefCounted {
 
 using NodePtr = RefPtr<RowNode>;
 
+struct RowLeaf final : RowNode {
+    static constexpr uint32_t kMaxRows = 16;
+
+    RowLeaf() noexcept : RowNode(0) {}
+    RowLeaf(const RowLeaf& other) noexcept;
+    const RowBlock& Row(uint32_t index) const noexcept {
+        return rows[index] ? *rows[index] : RowBlock::None();
+    }
+    void Insert(uint32_t at, RowPtr row) noexcept;
+    void Remove(uint32_t at) noexcept;
+
+    RowPtr rows[kMaxRows];
+};
+
 // Nodes of up to 16 children; leaves hold the rows. A node is written only while the whole path to it has one owner;
 // otherwise the path is copied first, which leaves every other table as it was.
 //
@@ -37,22 +51,17 @@ class RowTree {
     // The row, and in `cell` the place of that column in it (UINT32_MAX when it has none). Never null.
     const RowBlock& Locate(uint32_t row, uint32_t& cell) const noexcept;
     // The leaf of the row and the number of its first row; null when the row is read through maps.
-    const RowNode* DirectLeaf(uint32_t row, uint32_t& first) const noexcept;
+    const RowLeaf* DirectLeaf(uint32_t row, uint32_t& first) const noexcept;
     // The leaf of the row, for writing, and the number of its first row.
-    RowNode* EditLeaf(uint32_t row, uint32_t& first);
+    RowLeaf* EditLeaf(uint32_t row, uint32_t& first);
 
     // Appends an empty row; there must be room for it. Answers its leaf, for writing.
-    RowNode* Append();
+    RowLeaf* Append();
     void Erase(uint32_t row);
     // Appends the rows of `part`, which are read through `map`; there must be room for them.
     void Join(const RowTree& part, const MapPtr& map);
     // All rows are read through `map` from now on.
     void Remap(const MapPtr& map);
-
-    // The rows of a leaf; null pointers are empty rows.
-    static uint32_t LeafSize(const RowNode* leaf) noexcept;
-    static const RowBlock& LeafRow(const RowNode* leaf, uint32_t index) noexcept;
-    static RowPtr& LeafRow(RowNode* leaf, uint32_t index) noexcept;
 
   private:
     void _graft(const RowTree& part, const MapPtr& map, bool front);

@@ -9,13 +9,24 @@ namespace {
 
 constexpr uint32_t kMaxGuess = 4096;   // bytes that a new row gets on the strength of the last one
 constexpr uint32_t kBytesPerCell = 8;  // and per column when there is no last one
-constexpr size_t kPrefetchBytes = 512;
+constexpr size_t kPrefetchBytes = 256;
 constexpr size_t kCacheLine = 64;
 
 // A page reads row after row, and rows lie anywhere in memory.
-void Prefetch(const RowBlock& row) noexcept {
-    const char* bytes = reinterpret_cast<const char*>(&row);
+void Prefetch(const RowBlock* row) noexcept {
+    if (!row) return;  // a row without text
+    const char* bytes = reinterpret_cast<const char*>(row);
     for (size_t i = 0; i < kPrefetchBytes; i += kCacheLine) __builtin_prefetch(bytes + i);
+}
+
+// For reading rows written under `source` in columns `target`; columns that are lost are counted.
+MapPtr MapBetween(const HeaderPtr& target, const HeaderPtr& source) {
+    if (!source || target.get() == source.get()) return {};
+    static const TableHeader none;
+    size_t dropped = 0;
+    const MapPtr map = ColumnMap::Between(target ? *target : none, *source, dropped);
+    if (dropped) CCounters::Add("table_column_dropped", dropped);
+    return map;
 }
 
 }  // namespace
@@ -28,70 +39,62 @@ SharedBody* TableBody::Clone() const {
     return clone;
 }
 
-const TableHeader& TableBody::Header() const noexcept {
-    static const TableHeader none;
-    return m_header ? *m_header : none;
-}
-
 TableHeader& TableBody::EditHeader() {
-    if (!m_header || !m_header->IsUnique()) m_header = HeaderPtr::Adopt(new TableHeader(Header()));
+    if (!m_header) {
+        m_header = HeaderPtr::Adopt(new TableHeader());
+    } else if (!m_header->IsUnique()) {
+        m_header = HeaderPtr::Adopt(new TableHeader(*m_header));
+    }
     return *m_header;
 }
 
-const RowBlock& TableBody::FindDirect(uint32_t row) const noexcept {
+const RowBlock& TableBody::Direct(uint32_t row) const noexcept {
     uint32_t first = 0;
-    const RowNode* leaf = m_readLeaf.Last<RowNode>(first);
-    if (!leaf || row - first >= RowTree::LeafSize(leaf)) {
-        leaf = m_rows.DirectLeaf(row, first);
+    const RowLeaf* leaf = m_lastLeaf.Last<RowLeaf>(first);
+    if (!leaf || row - first >= leaf->count) {
+        leaf = row < RowCount() ? _readLeaf(row, first) : nullptr;
         if (!leaf) return RowBlock::None();
-        m_readLeaf.Set(first, leaf);
     }
     const uint32_t index = row - first;
-    const RowBlock& found = RowTree::LeafRow(leaf, index);
-    m_lastRow.Set(row, &found);
-    if (index + 1 < RowTree::LeafSize(leaf)) Prefetch(RowTree::LeafRow(leaf, index + 1));
-    return found;
+    if (index + 1 < leaf->count) Prefetch(leaf->rows[index + 1].get());
+    return leaf->Row(index);
+}
+
+bool TableBody::Holds(uint32_t row, uint32_t cell, std::string_view text) const noexcept {
+    uint32_t first = 0;
+    const RowLeaf* leaf = _readLeaf(row, first);
+    const RowBlock& cells = leaf ? leaf->Row(row - first) : Locate(row, cell);
+    return cell < cells.Cells() ? cells.Text(cell) == text : text.empty();
 }
 
 bool TableBody::SetText(uint32_t row, uint32_t cell, std::string_view text) {
     std::string kept;
     uint32_t first = 0;
     // The text may be one of this table's own, and rows under a map are rewritten as a whole leaf.
-    if (!m_rows.DirectLeaf(row, first)) text = kept.assign(text);
-    RowNode* leaf = nullptr;
-    RowPtr& block = _editRow(row, leaf, first);
+    if (!_ownLeaf(row, first) && !_readLeaf(row, first)) text = kept.assign(text);
+    RowPtr& block = _editRow(row);
     if (!RowBlock::Fits(block.get(), text.size())) {
         CCounters::Add("table_text_limit");
         return false;
     }
-    const uint32_t columns = Header().Columns();
-    const uint32_t bytes =
-        m_rowBytes ? m_rowBytes : std::min(columns, kMaxGuess / kBytesPerCell) * kBytesPerCell;
-    RowBlock::SetText(block, cell, text, {columns, bytes});
+    const uint32_t columns = ColumnCount();
+    const uint32_t guess = std::min(columns, kMaxGuess / kBytesPerCell) * kBytesPerCell;
+    RowBlock::SetText(block, cell, text, {columns, m_rowBytes ? m_rowBytes : guess});
     return true;
 }
 
-RowColors& TableBody::EditColors(uint32_t row) {
-    RowNode* leaf = nullptr;
-    uint32_t first = 0;
-    return RowBlock::EditColors(_editRow(row, leaf, first));
-}
+RowColors& TableBody::EditColors(uint32_t row) { return RowBlock::EditColors(_editRow(row)); }
 
 void TableBody::Append() {
-    if (RowCount() != 0) {
-        uint32_t first = 0;
-        RowNode* leaf = m_ownLeaf.Last<RowNode>(first);
-        const uint32_t last = RowCount() - 1;
-        if (leaf && last - first < RowTree::LeafSize(leaf)) {
-            RowPtr& complete = RowTree::LeafRow(leaf, last - first);
-            RowBlock::Trim(complete);
-            if (complete)
-                m_rowBytes = static_cast<uint32_t>(std::min<size_t>(complete->TextBytes(), kMaxGuess));
-        }
+    uint32_t first = 0;
+    if (RowLeaf* last = RowCount() ? _ownLeaf(RowCount() - 1, first) : nullptr) {
+        RowPtr& complete = last->rows[last->count - 1];
+        RowBlock::Trim(complete);
+        if (complete) m_rowBytes = static_cast<uint32_t>(std::min<size_t>(complete->TextBytes(), kMaxGuess));
     }
     _forget();
-    RowNode* leaf = m_rows.Append();
-    m_ownLeaf.Set(RowCount() - RowTree::LeafSize(leaf), leaf);
+    const RowLeaf* leaf = m_rows.Append();
+    m_ownedLeaf.Set(RowCount() - leaf->count, leaf);
 }
 
 void TableBody::Erase(uint32_t row) {
@@ -105,48 +108,54 @@ void TableBody::EraseAll() {
 }
 
 void TableBody::TakeHeader(const HeaderPtr& header) {
-    const HeaderPtr old = m_header;
-    size_t dropped = 0;
-    if (RowCount() != 0) {
-        static const TableHeader none;
-        const MapPtr map = ColumnMap::Between(header ? *header : none, Header(), dropped);
-        _forget();
-        m_rows.Remap(map);
-    }
+    _forget();
+    if (RowCount() != 0) m_rows.Remap(MapBetween(header, m_header));
     m_header = header;
-    if (dropped) CCounters::Add("table_column_dropped", dropped);
 }
 
-void TableBody::Join(const RowTree& rows, const TableHeader& header) {
-    size_t dropped = 0;
-    const MapPtr map = &header == m_header.get() ? MapPtr() : ColumnMap::Between(Header(), header, dropped);
+void TableBody::Join(const RowTree& rows, const HeaderPtr& header) {
     _forget();
-    m_rows.Join(rows, map);
-    if (dropped) CCounters::Add("table_column_dropped", dropped);
+    m_rows.Join(rows, MapBetween(m_header, header));
 }
 
 const RowTree& TableBody::SharedRows() const noexcept {
-    m_ownLeaf.Clear();
+    m_ownedLeaf.Clear();
     return m_rows;
 }
 
+// The leaf of the row, unless that is read through maps.
+const RowLeaf* TableBody::_readLeaf(uint32_t row, uint32_t& first) const noexcept {
+    const RowLeaf* leaf = m_lastLeaf.Last<RowLeaf>(first);
+    if (leaf && row - first < leaf->count) return leaf;
+    leaf = m_rows.DirectLeaf(row, first);
+    if (leaf) m_lastLeaf.Set(first, leaf);
+    return leaf;
+}
+
+// The leaf of the row, if that may be written at once.
+RowLeaf* TableBody::_ownLeaf(uint32_t row, uint32_t& first) const noexcept {
+    RowLeaf* leaf = m_ownedLeaf.Last<RowLeaf>(first);
+    return leaf && row - first < leaf->count ? leaf : nullptr;
+}
+
 // The row for writing; reads go on from its leaf.
-RowPtr& TableBody::_editRow(uint32_t row, RowNode*& leaf, uint32_t& first) {
+RowPtr& TableBody::_editRow(uint32_t row) {
     m_lastRow.Clear();
-    leaf = m_ownLeaf.Last<RowNode>(first);
-    if (!leaf || row - first >= RowTree::LeafSize(leaf)) {
+    uint32_t first = 0;
+    RowLeaf* leaf = _ownLeaf(row, first);
+    if (!leaf) {
         _forget();
         leaf = m_rows.EditLeaf(row, first);
-        m_ownLeaf.Set(first, leaf);
+        m_ownedLeaf.Set(first, leaf);
+        m_lastLeaf.Set(first, leaf);
     }
-    m_readLeaf.Set(first, leaf);
-    return RowTree::LeafRow(leaf, row - first);
+    return leaf->rows[row - first];
 }
 
 void TableBody::_forget() const noexcept {
     m_lastRow.Clear();
-    m_readLeaf.Clear();
-    m_ownLeaf.Clear();
+    m_lastLeaf.Clear();
+    m_ownedLeaf.Clear();
 }
 
 }  // namespace luadui

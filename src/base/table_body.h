@@ -15,15 +15,18 @@ class TableBody final : public TableHead {
     static TableBody* Create() { return new TableBody(); }
     SharedBody* Clone() const override;
 
-    const TableHeader& Header() const noexcept;
-    TableHeader& EditHeader();
     uint32_t RowCount() const noexcept { return m_rows.Size(); }
+    uint32_t ColumnCount() const noexcept { return m_header ? m_header->Columns() : 0; }
+
+    // Null while there are no columns.
+    const HeaderPtr& Header() const noexcept { return m_header; }
+    TableHeader& EditHeader();
 
     // The row and the place of the column in it, see RowTree::Locate.
     const RowBlock& Locate(uint32_t row, uint32_t& cell) const noexcept { return m_rows.Locate(row, cell); }
-    // The row if it can be read without a map, else the row without cells. Remembers it.
-    const RowBlock& FindDirect(uint32_t row) const noexcept;
-
+    // The row, which need not exist, if it can be read without a map; else the row without cells.
+    const RowBlock& Direct(uint32_t row) const noexcept;
+    bool Holds(uint32_t row, uint32_t cell, std::string_view text) const noexcept;
     // False when the row would get too long.
     bool SetText(uint32_t row, uint32_t cell, std::string_view text);
     RowColors& EditColors(uint32_t row);
@@ -31,21 +34,22 @@ class TableBody final : public TableHead {
     void Erase(uint32_t row);
     void EraseAll();
     void TakeHeader(const HeaderPtr& header);
-    void Join(const RowTree& rows, const TableHeader& header);
+    void Join(const RowTree& rows, const HeaderPtr& header);
 
-    const HeaderPtr& SharedHeader() const noexcept { return m_header; }
     // The rows, which from now on may have more owners.
     const RowTree& SharedRows() const noexcept;
 
   private:
     TableBody() = default;
-    RowPtr& _editRow(uint32_t row, RowNode*& leaf, uint32_t& first);
+    const RowLeaf* _readLeaf(uint32_t row, uint32_t& first) const noexcept;
+    RowLeaf* _ownLeaf(uint32_t row, uint32_t& first) const noexcept;
+    RowPtr& _editRow(uint32_t row);
     void _forget() const noexcept;
 
-    HeaderPtr m_header;  // null while there are no columns
+    HeaderPtr m_header;
     RowTree m_rows;
-    RowHint m_readLeaf;       // leaf of the row read last, by its first row
-    RowHint m_ownLeaf;        // leaf written last, if the path to it still has no other owner
+    RowHint m_lastLeaf;       // leaf read last, by its first row
+    RowHint m_ownedLeaf;      // leaf written last, while the path to it has no other owner
     uint32_t m_rowBytes = 0;  // text bytes of the last complete row: what the next one will need
 };
 
