@@ -48,7 +48,7 @@ TEST(BaseObjectTest, IsFoundByItsHandleWhileItLives) {
 
 class Page : public CDuiBaseWnd {
   public:
-    Page() { Create(nullptr, L"page", 0, 0, 0, 0, 0, 0); }
+    Page() { Create(HWND_MESSAGE, L"page", 0, 0, 0, 0, 0, 0); }
     ~Page() override {
         if (m_hWnd) DestroyWindow(m_hWnd);
     }
