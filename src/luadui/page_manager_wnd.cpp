@@ -115,7 +115,7 @@ LRESULT CPageManagerWnd::_dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
         case kMsgCreateComponentPage: {
             auto* const order = reinterpret_cast<PageOrder*>(lParam);
             const std::unique_ptr<PageOrder> owned(wParam == 1 ? order : nullptr);
-            return _createPage(*order);
+            return order ? _createPage(*order) : 0;
         }
         case kMsgExport:
             m_exportWorker.Post(std::unique_ptr<CQueueTaskItem>(reinterpret_cast<CQueueTaskItem*>(lParam)));

@@ -9,28 +9,33 @@ namespace {
 
 // Refilling is worth the lock only when the queue has drained a good part.
 constexpr size_t kRefillBelow = 4096;
+// In the tag of the inbox's own records: others may post records to the same window.
+constexpr uint32_t kOwnRecord = 0x496E626F;
 
 }  // namespace
 
 CRecordInbox::Posted CRecordInbox::Post(std::unique_ptr<CQueueTaskItem> record, WPARAM wParam) {
     const std::lock_guard lock(m_mutex);
     if (m_closed) return Posted::kClosed;
+    record->SetTag(kOwnRecord);
     if (m_waiting.empty() && _postLocked(wParam, record.get())) {
         static_cast<void>(record.release());
         return Posted::kPosted;
     }
     m_waiting.push_back({wParam, std::move(record)});
     m_waitingCount.store(m_waiting.size());
-    if (m_underWay.load() != 0 || std::exchange(m_stuckTold, true)) return Posted::kWaiting;
+    if (_underWay() != 0 || std::exchange(m_stuckTold, true)) return Posted::kWaiting;
     return Posted::kStuck;
 }
 
-std::unique_ptr<CQueueTaskItem> CRecordInbox::Take(LPARAM record) {
-    size_t underWay = m_underWay.load();
-    while (underWay != 0 && !m_underWay.compare_exchange_weak(underWay, underWay - 1)) {
+std::unique_ptr<CQueueTaskItem> CRecordInbox::Take(LPARAM lParam) {
+    std::unique_ptr<CQueueTaskItem> record(reinterpret_cast<CQueueTaskItem*>(lParam));
+    if (record && record->Tag() == kOwnRecord) {
+        record->SetTag(0);
+        m_taken.store(m_taken.load(std::memory_order_relaxed) + 1);
+        if (m_waitingCount.load() != 0 && _underWay() < kRefillBelow) Refill();
     }
-    if (underWay <= kRefillBelow && m_waitingCount.load() != 0) Refill();
-    return std::unique_ptr<CQueueTaskItem>(reinterpret_cast<CQueueTaskItem*>(record));
+    return record;
 }
 
 void CRecordInbox::Refill() {
@@ -44,9 +49,11 @@ void CRecordInbox::Refill() {
 }
 
 bool CRecordInbox::_postLocked(WPARAM wParam, CQueueTaskItem* record) {
-    m_underWay.fetch_add(1);  // before the post: the consumer may take it at once
+    const size_t posted = m_posted.load(std::memory_order_relaxed);
+    m_posted.store(posted + 1,
+                   std::memory_order_relaxed);  // before the post: the consumer may take it at once
     if (m_post(wParam, record)) return true;
-    m_underWay.fetch_sub(1);
+    m_posted.store(posted, std::memory_order_relaxed);
     return false;
 }
 

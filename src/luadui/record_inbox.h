@@ -35,21 +35,23 @@ class CRecordInbox {
 
     // Takes over the record of a message that arrived, also one that somebody else posted, and moves up
     // waiting ones when there is room.
-    std::unique_ptr<CQueueTaskItem> Take(LPARAM record);
+    std::unique_ptr<CQueueTaskItem> Take(LPARAM lParam);
     // Moves up waiting records as far as there is room.
     void Refill();
     // Records wait and no message is under way whose arrival would move them up: Refill() again after a
     // while.
-    bool IsStuck() const { return m_waitingCount.load() != 0 && m_underWay.load() == 0; }
+    bool IsStuck() const { return m_waitingCount.load() != 0 && _underWay() == 0; }
     // From now on every record is refused; frees those that wait. Records under way are the consumer's to
     // take.
     void Close();
 
   private:
+    static constexpr size_t kCacheLine = 64;
     struct Waiting {
         WPARAM wParam;
         std::unique_ptr<CQueueTaskItem> record;
     };
+    size_t _underWay() const { return m_posted.load() - m_taken.load(); }
     bool _postLocked(WPARAM wParam, CQueueTaskItem* record);
 
     const PostFunction m_post;
@@ -57,9 +59,12 @@ class CRecordInbox {
     bool m_closed = false;          // guarded by m_mutex
     bool m_stuckTold = false;       // guarded by m_mutex
     std::deque<Waiting> m_waiting;  // guarded by m_mutex
-    // Written before the other is read, on both sides, so that producer or consumer sees a record that waits.
-    std::atomic<size_t> m_waitingCount{0};
-    std::atomic<size_t> m_underWay{0};  // posted and not yet taken
+    // What one side writes for every record lies apart from what the other side does, or each record would cost both
+    // a trip of the cache line. A producer first writes m_waitingCount, then reads m_taken; the consumer the other way
+    // round: so one of them sees that a record waits and nothing is under way.
+    alignas(kCacheLine) std::atomic<size_t> m_posted{0};  // written under m_mutex
+    alignas(kCacheLine) std::atomic<size_t> m_taken{0};   // written by the consumer
+    alignas(kCacheLine) std::atomic<size_t> m_waitingCount{0};
 };
 
 }  // namespace luadui

@@ -7,7 +7,7 @@
 namespace luadui {
 
 int RouteResponse(std::unique_ptr<const CQueueRespData> response) {
-    const int32_t handle = HandleFromText(response->GetDataText("To"));
+    const int32_t handle = response ? HandleFromText(response->GetDataText("To")) : CBaseObject::kNoHandle;
     auto* const receiver = dynamic_cast<CRequestBase*>(CBaseObject::Find(handle, 1));
     if (!receiver) {
         CCounters::Add("response_without_receiver");
