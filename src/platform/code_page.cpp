@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
 namespace luadui::code_page {
 
@@ -46,15 +47,18 @@ constexpr bool IsScalar(char32_t c) { return c < 0xD800 || (c >= 0xE000 && c <= 
 
 unsigned ByteAt(std::string_view text, size_t at) { return static_cast<unsigned char>(text[at]); }
 
-// --- The kinds of text. Take reads the character at `at`, which is not ASCII, and steps behind it; a broken one is
-// kBroken. Put appends a character; false when this kind of text cannot hold it.
+// --- The kinds of text. Take reads the character at `at` and steps behind it; a broken one is kBroken. Put writes a
+// character at `out`, where there is room for kLongest units, and returns where the next one goes; null when this kind
+// of text cannot hold it.
 
 struct Gbk {
-    using String = std::string;
-    using View = std::string_view;
+    using Unit = char;
+    static constexpr size_t kLongest = 2;
+    static constexpr char32_t kInstead = '?';
 
-    static char32_t Take(View text, size_t& at) {
+    static char32_t Take(std::string_view text, size_t& at) {
         const unsigned lead = ByteAt(text, at);
+        if (lead < 0x80) return ++at, lead;
         if (CharLength(text, at) == 2) {
             at += 2;
             return kUnicodeOfPair[PairIndex(lead, ByteAt(text, at - 1))];
@@ -63,24 +67,24 @@ struct Gbk {
         return lead == 0x80 ? kUnicodeOf80 : lead == 0xFF ? kUnicodeOfFF : kBroken;
     }
 
-    static bool Put(String& out, char32_t c) {
-        const unsigned code = c < kCodeOf.size() ? kCodeOf[c] : 0;
-        if (code == 0) return false;
-        if (code > 0xFF) out += static_cast<char>(code >> 8);
-        out += static_cast<char>(code & 0xFF);
-        return true;
+    static Unit* Put(Unit* out, char32_t c) {
+        const unsigned code = c < 0x80 ? c : c < kCodeOf.size() ? kCodeOf[c] : 0;
+        if (code == 0 && c != 0) return nullptr;
+        if (code > 0xFF) *out++ = static_cast<Unit>(code >> 8);
+        *out++ = static_cast<Unit>(code & 0xFF);
+        return out;
     }
-
-    static void PutReplacement(String& out) { out += '?'; }
 };
 
 struct Utf8 {
-    using String = std::string;
-    using View = std::string_view;
+    using Unit = char;
+    static constexpr size_t kLongest = 4;
+    static constexpr char32_t kInstead = kReplacement;
 
     // Broken text is one broken character up to the byte that cannot go on.
-    static char32_t Take(View text, size_t& at) {
+    static char32_t Take(std::string_view text, size_t& at) {
         const unsigned first = ByteAt(text, at++);
+        if (first < 0x80) return first;
         const unsigned more = first < 0xC2 ? 0 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : first < 0xF5 ? 3 : 0;
         if (more == 0) return kBroken;
         // The bounds of the second byte keep out long forms, surrogates and what lies beyond U+10FFFF.
@@ -94,34 +98,34 @@ struct Utf8 {
         return c;
     }
 
-    static bool Put(String& out, char32_t c) {
-        const auto add = [&out](char32_t byte) {
-            out += static_cast<char>(static_cast<unsigned char>(byte));
-        };
-        if (c < 0x800) {
-            add(0xC0 | c >> 6);
+    static Unit* Put(Unit* out, char32_t c) {
+        const auto more = [c](unsigned shift) { return static_cast<Unit>(0x80 | (c >> shift & 0x3F)); };
+        if (c < 0x80) {
+            *out++ = static_cast<Unit>(c);
+        } else if (c < 0x800) {
+            *out++ = static_cast<Unit>(0xC0 | c >> 6);
+            *out++ = more(0);
+        } else if (c < 0x10000) {
+            *out++ = static_cast<Unit>(0xE0 | c >> 12);
+            *out++ = more(6);
+            *out++ = more(0);
         } else {
-            if (c < 0x10000) {
-                add(0xE0 | c >> 12);
-            } else {
-                add(0xF0 | c >> 18);
-                add(0x80 | (c >> 12 & 0x3F));
-            }
-            add(0x80 | (c >> 6 & 0x3F));
+            *out++ = static_cast<Unit>(0xF0 | c >> 18);
+            *out++ = more(12);
+            *out++ = more(6);
+            *out++ = more(0);
         }
-        add(0x80 | (c & 0x3F));
-        return true;
+        return out;
     }
-
-    static void PutReplacement(String& out) { Put(out, kReplacement); }
 };
 
 struct Wide {
-    using String = std::wstring;
-    using View = std::wstring_view;
+    using Unit = wchar_t;
+    static constexpr size_t kLongest = 2;
+    static constexpr char32_t kInstead = kReplacement;
     static constexpr bool kUtf16 = sizeof(wchar_t) == 2;
 
-    static char32_t Take(View text, size_t& at) {
+    static char32_t Take(std::wstring_view text, size_t& at) {
         const auto c = static_cast<char32_t>(text[at++]);
         if (!kUtf16 || c < 0xD800 || c > 0xDBFF || at == text.size()) return IsScalar(c) ? c : kBroken;
         const auto low = static_cast<char32_t>(text[at]);
@@ -130,16 +134,14 @@ struct Wide {
         return 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00);
     }
 
-    static bool Put(String& out, char32_t c) {
+    static Unit* Put(Unit* out, char32_t c) {
         if (kUtf16 && c >= 0x10000) {
-            out += static_cast<wchar_t>(0xD800 + ((c - 0x10000) >> 10));
+            *out++ = static_cast<Unit>(0xD800 + ((c - 0x10000) >> 10));
             c = 0xDC00 + (c & 0x3FF);
         }
-        out += static_cast<wchar_t>(c);
-        return true;
+        *out++ = static_cast<Unit>(c);
+        return out;
     }
-
-    static void PutReplacement(String& out) { Put(out, kReplacement); }
 };
 
 size_t PlainPrefix(std::string_view text) { return AsciiPrefix(text); }
@@ -149,18 +151,22 @@ size_t PlainPrefix(std::wstring_view text) {
     return static_cast<size_t>(std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
 }
 
+// The plain beginning is copied; the rest goes through a small buffer, so that nothing is made larger than it must be.
 template <class From, class To>
-typename To::String Convert(typename From::View text, size_t* replaced) {
-    typename To::String out;
-    for (size_t at = 0; at < text.size();) {
-        const auto plain = text.substr(at, PlainPrefix(text.substr(at)));
-        out.append(plain.begin(), plain.end());
-        at += plain.size();
-        if (at == text.size()) break;
-        const char32_t c = From::Take(text, at);
-        if (c != kBroken && To::Put(out, c)) continue;
-        To::PutReplacement(out);
-        if (replaced) ++*replaced;
+std::basic_string<typename To::Unit> Convert(std::basic_string_view<typename From::Unit> text,
+                                             size_t* replaced) {
+    size_t at = PlainPrefix(text);
+    std::basic_string<typename To::Unit> out(text.begin(), text.begin() + static_cast<ptrdiff_t>(at));
+    typename To::Unit buffer[256];
+    while (at < text.size()) {
+        auto* end = buffer;
+        while (at < text.size() && end + To::kLongest <= std::end(buffer)) {
+            const char32_t c = From::Take(text, at);
+            auto* const next = c == kBroken ? nullptr : To::Put(end, c);
+            end = next ? next : To::Put(end, To::kInstead);
+            if (!next && replaced) ++*replaced;
+        }
+        out.append(buffer, end);
     }
     return out;
 }

@@ -243,7 +243,7 @@ TEST(Messages, RaceWithTheEndOfTheirWindow) {
             return message == kSecond ? std::optional<LRESULT>(1) : std::nullopt;
         });
         target = probe;
-        PumpAll();
+        PumpAll(100);  // they post faster than this thread gets
     }
     stop = true;
     for (auto& poster : posters)

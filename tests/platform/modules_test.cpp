@@ -105,7 +105,7 @@ TEST(Modules, ThatAreNoneAreSaidToBeBroken) {
 }
 
 TEST(Modules, CanBePinned) {
-    const HMODULE module = LoadLibraryW(L"platform_test_module.dll");
+    const HMODULE module = LoadLibraryW(L"platform_test_pinned.dll");
     ASSERT_NE(module, nullptr);
     HMODULE found = nullptr;
     const auto address = reinterpret_cast<LPCWSTR>(reinterpret_cast<void*>(GetProcAddress(module, "answer")));
@@ -114,7 +114,7 @@ TEST(Modules, CanBePinned) {
     EXPECT_EQ(found, module);
     FreeLibrary(module);
     FreeLibrary(module);
-    EXPECT_EQ(GetModuleHandleW(L"platform_test_module.dll"), module);
+    EXPECT_EQ(GetModuleHandleW(L"platform_test_pinned.dll"), module);
     EXPECT_EQ(AnswerOf(module), 42);
 }
 

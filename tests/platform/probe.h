@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <cstdint>
 #include <functional>
 #include <future>
 #include <optional>
@@ -74,10 +75,10 @@ inline HWND MakeBareWindow() {
                            GetModuleHandleW(nullptr), nullptr);
 }
 
-// Dispatches everything that waits; returns what it dispatched.
-inline std::vector<UINT> PumpAll() {
+// Dispatches everything that waits, or that much of it; returns what it dispatched.
+inline std::vector<UINT> PumpAll(size_t most = SIZE_MAX) {
     std::vector<UINT> pumped;
-    for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);) {
+    for (MSG message; pumped.size() < most && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);) {
         pumped.push_back(message.message);
         DispatchMessageW(&message);
     }

@@ -13,8 +13,8 @@ SentMessage::SentMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam
 
 LRESULT SentMessage::Serve() const {
     if (m_message == kDestroyRequest) return DestroyWindow(m_window);
-    const WNDPROC procedure = FindProcedure(m_window);
-    return procedure ? procedure(m_window, m_message, m_wParam, m_lParam) : 0;
+    const auto* window = FindOwn(m_window);
+    return window ? window->procedure.load()(m_window, m_message, m_wParam, m_lParam) : 0;
 }
 
 void SentMessage::Answer(LRESULT result) {
@@ -22,6 +22,12 @@ void SentMessage::Answer(LRESULT result) {
     m_result = result;
     m_answered.store(true, std::memory_order_release);
     if (m_sender) m_sender->GetParker().Unpark();
+}
+
+bool MessageQueue::_isFull() const {
+    // How many the owner has left changes with every message; only when it matters is it looked at.
+    return m_arrived.size() + m_mostTaken >= kQuota &&
+           m_arrived.size() + m_takenLeft.load(std::memory_order_relaxed) >= kQuota;
 }
 
 DWORD MessageQueue::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -131,6 +137,7 @@ void MessageQueue::_fetch() {
         m_taken.insert(m_taken.end(), m_arrived.begin(), m_arrived.end());
         m_arrived.clear();
     }
+    m_mostTaken = m_taken.size();
     m_takenLeft.store(m_taken.size(), std::memory_order_relaxed);
     m_hasArrived.store(false, std::memory_order_relaxed);
 }

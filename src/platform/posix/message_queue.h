@@ -76,17 +76,24 @@ class MessageQueue {
     MSG _remove(size_t at);
     std::shared_ptr<SentMessage> _nextSent();
 
+    bool _isFull() const;
+
+    static constexpr size_t kCacheLine =
+        64;  // what others write lies apart from what the owner uses all the time
+
     Parker& m_parker;
 
-    std::mutex m_mutex;  // guards the next three
+    alignas(kCacheLine) std::mutex m_mutex;  // guards what follows up to m_sent
     bool m_open = false;
     std::vector<MSG> m_arrived;
+    size_t m_mostTaken = 0;  // m_takenLeft is not more
     SentList m_sent;
-    // What the owner looks at before it takes the lock.
-    std::atomic<bool> m_hasArrived{false}, m_hasSent{false};
+    std::atomic<bool> m_hasArrived{false};  // looked at before the lock is taken
+
+    alignas(kCacheLine) std::atomic<bool> m_hasSent{false};  // likewise
 
     // The owner's: posted messages it has taken over, the first of them at m_next.
-    std::vector<MSG> m_taken;
+    alignas(kCacheLine) std::vector<MSG> m_taken;
     size_t m_next = 0;
     std::atomic<size_t> m_takenLeft{0};  // how many, for the quota
     std::optional<int> m_quitCode;

@@ -17,11 +17,11 @@ constexpr bool IsMessageNumber(UINT message) { return message < kDestroyRequest;
 // `waits`: the calling thread waits for the answer.
 Route Dispatch(HWND window, UINT message, WPARAM wParam, LPARAM lParam, bool waits) {
     if (!IsMessageNumber(message)) return Fail<Route>(ERROR_INVALID_PARAMETER);
+    if (const Window* own = FindOwn(window)) return {own->procedure.load(), nullptr};
     Thread& self = Thread::Current();
     const ReadWindows windows;
     const Window* found = windows->Find(window);
     if (!found) return Fail<Route>(ERROR_INVALID_WINDOW_HANDLE);
-    if (found->thread.get() == &self) return {found->procedure.load(), nullptr};
     auto sent = std::make_shared<SentMessage>(window, message, wParam, lParam,
                                               waits ? self.shared_from_this() : nullptr);
     if (!found->thread->Queue().Send(sent)) return Fail<Route>(ERROR_INVALID_WINDOW_HANDLE);
@@ -143,14 +143,9 @@ LRESULT DispatchMessageW(const MSG* message) {
         return 0;
     }
     if (!message->hwnd) return 0;
-    WNDPROC procedure = nullptr;
-    {
-        const ReadWindows windows;
-        const Window* found = windows->Find(message->hwnd);
-        if (found && found->thread.get() == &self) procedure = found->procedure.load();
-    }
-    if (!procedure) return Fail<LRESULT>(ERROR_INVALID_WINDOW_HANDLE);
-    return procedure(message->hwnd, message->message, message->wParam, message->lParam);
+    const Window* own = FindOwn(message->hwnd);
+    if (!own) return Fail<LRESULT>(ERROR_INVALID_WINDOW_HANDLE);
+    return own->procedure.load()(message->hwnd, message->message, message->wParam, message->lParam);
 }
 
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure) {

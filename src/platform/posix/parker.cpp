@@ -10,8 +10,8 @@ namespace luadui::posix {
 
 namespace {
 
-constexpr int kLooks = 400;  // some microseconds
-constexpr auto kShortSleep = std::chrono::microseconds(50);
+constexpr int kLooks = 100;           // one to five microseconds
+constexpr unsigned kParksToTry = 64;  // looks in vain cost this part of their time
 
 // Tells the processor that this is a waiting loop.
 inline void Pause() {
@@ -40,24 +40,27 @@ void Parker::Unpark() noexcept {
     }
 }
 
-// True when a token came while looking.
-bool Parker::_awaitToken() noexcept {
-    for (int look = 0; look < m_looks; ++look) {
-        if (m_state.load(std::memory_order_relaxed) == kToken) return true;
+// True when there is a token. Only one that came while looking shows that
+// looking pays.
+bool Parker::_lookForToken() noexcept {
+    const auto hasToken = [this] { return m_state.load(std::memory_order_relaxed) == kToken; };
+    if (hasToken()) return true;
+    if (!m_lookingPays && ++m_parks % kParksToTry != 0) return false;
+    m_lookingPays = false;
+    for (int look = 0; look < kLooks && !m_lookingPays; ++look) {
         Pause();
+        m_lookingPays = hasToken();
     }
-    return false;
+    return m_lookingPays;
 }
 
 void Parker::Park(Deadline deadline) noexcept {
     uint32_t empty = kEmpty;
-    if (!_awaitToken() && m_state.compare_exchange_strong(empty, kParked, std::memory_order_acquire)) {
-        const auto begin = Clock::now();
+    if (!_lookForToken() && m_state.compare_exchange_strong(empty, kParked, std::memory_order_acquire)) {
         const timespec time = ToTimespec(deadline);
         // The time is absolute, on the clock that Deadline counts.
         syscall(SYS_futex, &m_state, FUTEX_WAIT_BITSET_PRIVATE, kParked, deadline == kNever ? nullptr : &time,
                 nullptr, FUTEX_BITSET_MATCH_ANY);
-        m_looks = Clock::now() - begin < kShortSleep ? kLooks : 0;
     }
     m_state.exchange(kEmpty, std::memory_order_acquire);
 }

@@ -1,8 +1,7 @@
 #include "platform/posix/window.h"
 
 #include <algorithm>
-
-#include "platform/posix/errors.h"
+#include <utility>
 
 namespace luadui::posix {
 
@@ -53,18 +52,10 @@ const std::vector<HWND>& WindowTable::ChildrenOf(HWND parent) const {
     return const_cast<WindowTable*>(this)->_siblings(parent);
 }
 
-std::vector<HWND> WindowTable::WindowsOf(const Thread& thread) const {
-    std::vector<HWND> found;
-    for (const auto& [handle, window] : m_windows) {
-        if (window->thread.get() == &thread) found.push_back(handle);
-    }
-    return found;
-}
-
-WNDPROC FindProcedure(HWND window) {
-    const ReadWindows windows;
-    const Window* found = windows->Find(window);
-    return found ? found->procedure.load() : Fail<WNDPROC>(ERROR_INVALID_WINDOW_HANDLE);
+Window* FindOwn(HWND window) {
+    const auto& own = Thread::Current().OwnWindows();
+    const auto found = own.find(window);
+    return found == own.end() ? nullptr : found->second;
 }
 
 void RemoveWindowsOf(Thread& thread) {
@@ -72,7 +63,7 @@ void RemoveWindowsOf(Thread& thread) {
     std::vector<HWND> orphans;
     {
         WriteWindows windows;
-        for (HWND window : windows->WindowsOf(thread)) {
+        for (const auto& [window, own] : std::exchange(thread.OwnWindows(), {})) {
             removed.push_back(windows->Remove(window));
             orphans.insert(orphans.end(), removed.back()->children.begin(), removed.back()->children.end());
         }

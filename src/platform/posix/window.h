@@ -50,7 +50,6 @@ class WindowTable {
     std::unique_ptr<Window> Remove(HWND window);
     void SetParent(Window& window, HWND parent);
     const std::vector<HWND>& ChildrenOf(HWND parent) const;  // of null: windows without parent
-    std::vector<HWND> WindowsOf(const Thread& thread) const;
 
   private:
     friend class ReadWindows;
@@ -81,8 +80,8 @@ class WriteWindows {
     std::unique_lock<std::shared_mutex> m_lock{m_table.m_mutex};
 };
 
-// The window's procedure, or null with ERROR_INVALID_WINDOW_HANDLE.
-WNDPROC FindProcedure(HWND window);
+// A window of the calling thread, or null. Of what the lock guards, nothing may be used.
+Window* FindOwn(HWND window);
 // At the end of a thread: its windows go, without a call to their procedures.
 void RemoveWindowsOf(Thread& thread);
 // Asks the window's own thread to destroy it.

@@ -41,8 +41,8 @@ std::optional<LONG_PTR> GetAttribute(const Window& window, int index) {
 bool SetAttribute(Window& window, int index, LONG_PTR value) {
     switch (index) {
         case GWLP_WNDPROC:
-            window.procedure = reinterpret_cast<WNDPROC>(value);
-            return true;
+            if (value) window.procedure = reinterpret_cast<WNDPROC>(value);
+            return value != 0;
         case GWLP_USERDATA:
             window.userData = value;
             return true;
@@ -90,6 +90,7 @@ HWND FindAmong(const WindowTable& windows, HWND parent, HWND after, LPCWSTR clas
 }  // namespace
 
 LONG_PTR GetWindowLongPtrW(HWND window, int index) {
+    if (const Window* own = index == GWLP_USERDATA ? FindOwn(window) : nullptr) return own->userData.load();
     return Ask(window, LONG_PTR{0}, [&](const WindowTable&, const Window& w) {
         const auto value = GetAttribute(w, index);
         return value ? *value : Fail<LONG_PTR>(ERROR_INVALID_INDEX);
@@ -106,6 +107,7 @@ LONG_PTR SetWindowLongPtrW(HWND window, int index, LONG_PTR value) {
 }
 
 BOOL IsWindow(HWND window) {
+    if (FindOwn(window)) return TRUE;
     const ReadWindows windows;
     return windows->Find(window) != nullptr;
 }

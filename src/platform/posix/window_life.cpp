@@ -11,8 +11,8 @@ using namespace luadui::posix;
 namespace {
 
 LRESULT Tell(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
-    const WNDPROC procedure = FindProcedure(window);
-    return procedure ? procedure(window, message, wParam, lParam) : 0;
+    const Window* found = FindOwn(window);
+    return found ? found->procedure.load()(window, message, wParam, lParam) : 0;
 }
 
 struct Relations {
@@ -49,7 +49,9 @@ void Finish(HWND window) {
     for (HWND child : relations.foreignChildren) RequestDestroy(child);
     Tell(window, WM_NCDESTROY);
     const std::unique_ptr<Window> gone = WriteWindows()->Remove(window);
-    if (gone) gone->thread->Queue().Forget(window);
+    if (!gone) return;
+    gone->thread->OwnWindows().erase(window);
+    gone->thread->Queue().Forget(window);
 }
 
 void Destroy(HWND window) {
@@ -80,8 +82,11 @@ HWND Add(const CREATESTRUCTW& create, std::shared_ptr<const WindowClass> windowC
     window->exStyle = create.dwExStyle;
     window->id = reinterpret_cast<LONG_PTR>(create.hMenu);
     window->place = {create.x, create.y, create.x + create.cx, create.y + create.cy};
+    Window* const added = window.get();
     const HWND handle = WriteWindows()->Add(std::move(window));
-    return handle ? handle : Fail<HWND>(ERROR_NO_MORE_USER_HANDLES);
+    if (!handle) return Fail<HWND>(ERROR_NO_MORE_USER_HANDLES);
+    Thread::Current().OwnWindows().emplace(handle, added);
+    return handle;
 }
 
 LPARAM Pair(LONG low, LONG high) { return MAKELPARAM(static_cast<DWORD>(low), static_cast<DWORD>(high)); }
