@@ -1,8 +1,8 @@
 #include "datamgr/ui_stock_data_manager.h"
 
-#include "messaging/handle_text.h"
 #include "messaging/host_link.h"
 #include "messaging/request_types.h"
+#include "messaging/response_routing.h"
 #include "messaging/subscription_dispatcher.h"
 
 namespace luadui {
@@ -18,7 +18,7 @@ bool CUIStockDataManager::Request(CQueueReqItem& request) {
 }
 
 bool CUIStockDataManager::DispatchRequest(CQueueReqItem& request) {
-    const int type = static_cast<int>(request.GetDataLong("REQTYPE"));
+    const int type = RequestTypeOf(request);
     if (type == kReqPageEventSubscribe) return true;
     // A page registration names the page itself: host messages go to it directly.
     if (!IsPageRegistration(type)) request.SetData("From", std::to_string(GetHandle()));
@@ -27,9 +27,8 @@ bool CUIStockDataManager::DispatchRequest(CQueueReqItem& request) {
 
 void CUIStockDataManager::OnResponse(const CQueueRespData* response) {
     if (!response) return;
-    for (const std::string& receiver : CSubscriptionDispatcher::Instance().Receivers(*response)) {
-        auto* const object = dynamic_cast<CRequestBase*>(CBaseObject::Find(HandleFromText(receiver)));
-        if (object && !object->PreHandleResponse(response)) object->OnResponse(response);
+    for (const int32_t receiver : CSubscriptionDispatcher::Instance().Receivers(*response)) {
+        if (receiver != GetHandle()) DeliverResponse(receiver, *response);
     }
 }
 

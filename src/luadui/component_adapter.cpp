@@ -2,12 +2,12 @@
 
 #include <memory>
 
+#include "luadui/text_argument.h"
+
 namespace luadui {
 namespace {
 
 std::atomic<const CComponentAdapter*> g_adapter{nullptr};
-
-std::string TextOf(const char* text) { return text ? text : ""; }
 
 }  // namespace
 

@@ -59,7 +59,7 @@ void CExportWorker::Stop() {
 
 void CExportWorker::Post(std::unique_ptr<CQueueTaskItem> task) {
     if (m_threadId.load() == 0 || m_inbox.Post(std::move(task), 0) == CRecordInbox::Posted::kClosed) {
-        CCounters::Add("export_dropped_at_shutdown");
+        CCounters::Add("export_without_worker");
     }
 }
 
@@ -67,9 +67,13 @@ void CExportWorker::_run() {
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         if (message.message == kMsgExport) _handle(m_inbox.Take(message.lParam));
+        if (m_inbox.HasWaiting()) m_inbox.Refill();  // whatever message came, it left room
     }
     m_inbox.Close();
-    while (PeekMessageW(&message, nullptr, kMsgExport, kMsgExport, PM_REMOVE)) m_inbox.Take(message.lParam);
+    while (PeekMessageW(&message, nullptr, kMsgExport, kMsgExport, PM_REMOVE)) {
+        m_inbox.Take(message.lParam);
+        CCounters::Add("records_dropped_at_shutdown");
+    }
 }
 
 void CExportWorker::_handle(std::unique_ptr<CQueueTaskItem> task) {

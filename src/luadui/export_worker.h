@@ -23,9 +23,10 @@ class CExportWorker {
     // "mfc.dll" exports "register_exit_function", the worker's exit routine is registered there. False when
     // the thread could not be started.
     bool Start(HWND owner);
-    // Ends the thread after the tasks that it has; later ones are freed.
+    // Ends the thread after the tasks in its queue; those that wait behind a full queue, and later ones, are freed
+    // and counted.
     void Stop();
-    // Hands a task over. It is freed when the worker does not run.
+    // Hands a task over. It is freed and counted when the worker does not run.
     void Post(std::unique_ptr<CQueueTaskItem> task);
 
     DWORD ThreadId() const { return m_threadId.load(); }

@@ -7,6 +7,7 @@
 #include "luadui/component_adapter.h"
 #include "luadui/luadui.h"
 #include "luadui/page_manager_wnd.h"
+#include "luadui/text_argument.h"
 #include "luadui/ui_settings.h"
 #include "messaging/host_link.h"
 
@@ -15,8 +16,6 @@ using namespace luadui;  // NOLINT(google-build-using-namespace): the functions 
 namespace {
 
 constexpr char kExportThrew[] = "exported_function_threw";
-
-std::string TextOf(const char* text) { return text ? text : ""; }
 
 // Runs `call` and answers its result; `failure` when it threw.
 template <class Call, class Result>
@@ -71,8 +70,8 @@ int handle_response_callback(CUIData* data) {
 }
 
 int handle_keyboard_callback(uint16_t reason, uint32_t market, uint32_t first, uint32_t last) {
-    return Answered(0,
-                    [&] { return CDataManager::Instance().Update_CodeList(reason, market, first, last), 0; });
+    Guarded(kExportThrew, [&] { CDataManager::Instance().Update_CodeList(reason, market, first, last); });
+    return 0;
 }
 
 void init_keyfairy(const char* path) {
@@ -126,10 +125,10 @@ int create(const char* library, const char* name, const char* info, int flag) {
     return Answered(-1, [&] {
         const auto* const adapter = CComponentAdapter::Existing();
         if (!adapter) return -1;
-        CPageManagerWnd::Instance();  // a host that creates components only need not start the thread itself
-        CPageManagerWnd::WaitUntilReady().PostPageOrder(
-            std::make_unique<PageOrder>(adapter->Describe(library, name, info, flag)),
-            kMsgCreateComponentPage);
+        // A host that creates components only need not start the thread itself.
+        auto& manager = CPageManagerWnd::Instance();
+        auto order = std::make_unique<PageOrder>(adapter->Describe(library, name, info, flag));
+        if (manager.WaitUntilStarted()) manager.PostPageOrder(std::move(order), kMsgCreateComponentPage);
         return 0;
     });
 }

@@ -21,6 +21,11 @@ int32_t ToInt32(lua_Number number) {
 LuaArguments::Argument ReadArgument(lua_State* L, int position, char kind) {
     LuaArguments::Argument argument;
     if (kind == 's' && lua_isstring(L, position)) {
+        if (lua_type(L, position) == LUA_TNUMBER) {
+            lua_pushvalue(L,
+                          position);  // becomes text instead of the caller's number, and keeps the text alive
+            position = -1;
+        }
         argument.text = lua_tolstring(L, position, &argument.size);
     } else if (kind == 'n' && lua_isnumber(L, position)) {
         argument.number = ToInt32(lua_tonumber(L, position));
@@ -68,9 +73,12 @@ int PushLuaResults(lua_State* L) {
 }
 
 int RunLuaFunction(lua_State* L, const LuaFunction& function) {
-    const LuaArguments arguments = ReadArguments(L, function.signature);
     const int given = lua_gettop(L);
-    if (!lua_checkstack(L, LUA_MINSTACK)) return 0;
+    if (!lua_checkstack(L, LUA_MINSTACK)) {
+        CCounters::Add("lua_stack_refused");
+        return 0;
+    }
+    const LuaArguments arguments = ReadArguments(L, function.signature);
     lua_pushcfunction(L, PushLuaResults);  // while nothing is owned: it may raise an error for lack of memory
     int count = 0;
     int status = 0;

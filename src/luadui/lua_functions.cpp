@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <tuple>
 
 #include "base/counters.h"
 #include "base/text.h"
@@ -10,6 +11,7 @@
 #include "luadui/page_manager_wnd.h"
 #include "luadui/ui_settings.h"
 #include "luadui/version_list.h"
+#include "luadui/window_number.h"
 #include "messaging/host_link.h"
 #include "messaging/page_sign_registry.h"
 #include "messaging/request_types.h"
@@ -17,13 +19,11 @@
 namespace luadui {
 namespace {
 
-HWND ToWindow(int32_t handle) { return reinterpret_cast<HWND>(static_cast<intptr_t>(handle)); }
-
 // Host window
 // ------------------------------------------------------------------------------------------------------
 
 void SendFrame(const LuaArguments& in, LuaResults&) {
-    const HWND window = ToWindow(HostMainWindow());
+    const HWND window = WindowOfNumber(static_cast<uint32_t>(HostMainWindow()));
     if (!window || !IsWindow(window)) return;
     auto message = std::make_unique<FrameMessage>();
     message->code = in.Number(1);
@@ -92,8 +92,7 @@ void OnInit(const LuaArguments& in, LuaResults& out) {
     order.info = in.Text(3);
     order.library = in.Text(2);
     order.flag = in.Flag(8) ? 1 : 0;
-    order.parent1 = manager.ParentWindow(0);
-    order.parent2 = manager.ParentWindow(1);
+    std::tie(order.parent1, order.parent2) = manager.Parents();
     const bool isCreated = manager.CreatePage(order, kMsgCreatePage) != 0;
     out.Clear();
     out.AddFlag(isCreated);

@@ -7,7 +7,8 @@
 // Threads: every function may be called from any host thread. No function throws.
 // Text: code page 936, zero-terminated where it is a C string.
 // After shutdown (the UI thread got a quit message, or the page manager window was destroyed) pages are no
-// longer created (result 0 at once) and responses are dropped; everything else keeps answering.
+// longer created (result 0 at once) and responses are dropped; everything else keeps answering. A host thread that
+// owns parent windows of pages goes on serving messages while it waits for the UI thread to end.
 #pragma once
 
 #include <stdint.h>
@@ -31,7 +32,8 @@ struct lua_State;
 LUADUI_API int luaopen_luadui(struct lua_State* L);
 
 // Starts the UI thread on the first call and returns its id, to which PostThreadMessageW may send WM_QUIT.
-// Reads the skin through the request-sync callback first, so that callback must not wait for this call.
+// Reads the skin through the request-sync callback first, so that callback must not wait for this call. Not to be
+// called from DllMain: it waits for the new thread.
 // 0 when the thread could not be created.
 LUADUI_API unsigned int start_dui_thread(void);
 
@@ -78,8 +80,8 @@ struct tag_login_user;
 extern "C" {
 
 // The host's side. A callback returns what it likes (the result is ignored) and must not throw; an exception
-// that comes all the same is caught and counted. They are called on whatever thread sends, mostly the UI
-// thread, and may call back into the library.
+// that comes all the same is caught and counted. A Lua error must not leave it: it would jump over objects of the
+// library. Callbacks are called on whatever thread sends, mostly the UI thread, and may call back into the library.
 
 // Sends one request to the servers. The record is the caller's: copy what is kept.
 typedef int (*LuaduiPushCallback)(luadui::CQueueReqItem* request);

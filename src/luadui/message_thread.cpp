@@ -1,5 +1,7 @@
 #include "luadui/message_thread.h"
 
+#include "base/guard.h"
+
 namespace luadui {
 namespace {
 
@@ -14,7 +16,7 @@ DWORD WINAPI Run(LPVOID parameter) {
     MSG message;
     PeekMessageW(&message, nullptr, WM_USER, WM_USER, PM_NOREMOVE);  // makes the queue
     SetEvent(start.queueIsThere);
-    start.routine(start.argument);
+    Guarded("thread_routine_threw", [&] { start.routine(start.argument); });
     return 0;
 }
 

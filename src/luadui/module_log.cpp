@@ -1,7 +1,7 @@
 #include "luadui/module_log.h"
 
 #include "base/text_log.h"
-#include "luadui/page_library.h"
+#include "luadui/host_folder.h"
 
 namespace luadui {
 

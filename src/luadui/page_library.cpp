@@ -1,7 +1,5 @@
 #include "luadui/page_library.h"
 
-#include <algorithm>
-
 #include "base/guard.h"
 #include "base/text.h"
 #include "luadui/module_log.h"
@@ -23,31 +21,25 @@ void LogNotLoaded(const std::string& path, const std::string& why) {
 
 }  // namespace
 
-std::wstring HostFolder() {
-    wchar_t path[MAX_PATH * 8] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH * 8);
-    std::wstring folder(path);
-    const size_t separator = folder.find_last_of(L"\\/");
-    if (separator != std::wstring::npos) folder.resize(separator);
-    return folder;
-}
-
 bool StaysBelowFolder(const std::string& name) {
-    if (name.find(':') != std::string::npos || name.find('\0') != std::string::npos) return false;
-    std::string path = name;
-    std::replace(path.begin(), path.end(), '\\', '/');
-    return ("/" + path + "/").find("/../") == std::string::npos;
+    if (name.find('\0') != std::string::npos) return false;
+    for (const std::string_view part : SplitText(name, '\\')) {
+        for (const std::string_view step : SplitText(part, '/')) {
+            if (step == ".." || SplitText(step, ':').size() > 1) return false;
+        }
+    }
+    return true;
 }
 
 std::shared_ptr<CPageLibrary> CPageLibrary::Load(const std::wstring& folder, const std::string& name) {
     const bool isSeparated = name.starts_with('/') || name.starts_with('\\');
-    const std::wstring path = folder + (isSeparated ? L"" : L"/") + GbkToWide(name);
+    const std::wstring path = folder + (isSeparated ? L"" : L"\\") + GbkToWide(name);
     const std::string shownPath = WideToGbk(path);
     if (name.empty() || !StaysBelowFolder(name)) {
         LogNotLoaded(shownPath, "not a file below the host's folder");
         return nullptr;
     }
-    const HMODULE module = LoadLibraryW(path.c_str());
+    const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (!module) {
         LogNotLoaded(shownPath, "error " + std::to_string(GetLastError()));
         return nullptr;

@@ -38,9 +38,6 @@ class CPageLibrary {
     decltype(&handlepage_focus) m_focus;
 };
 
-// The folder of the host's executable, without a separator at its end.
-std::wstring HostFolder();
-
 // True when `name`, appended to a folder, stays below it: no drive, no "..".
 bool StaysBelowFolder(const std::string& name);
 

@@ -4,6 +4,7 @@
 
 #include "base/guard.h"
 #include "luadui/page_messages.h"
+#include "luadui/window_number.h"
 #include "messaging/response_routing.h"
 
 namespace luadui {
@@ -54,13 +55,21 @@ CPageManagerWnd& CPageManagerWnd::WaitUntilReady() {
     return *Existing();
 }
 
+bool CPageManagerWnd::WaitUntilStarted() const {
+    while (g_ready.load() == 0 && !m_failed.load()) Sleep(kReadyPollMs);
+    return g_ready.load() != 0;
+}
+
 void CPageManagerWnd::_setReady() { g_ready.store(1); }
 
 void CPageManagerWnd::PostResponse(std::unique_ptr<CQueueRespData> response, WPARAM wParam) {
     const HWND window = m_window.load();
     const auto posted = window ? m_inbox.Post(std::move(response), wParam) : CRecordInbox::Posted::kClosed;
     if (posted == CRecordInbox::Posted::kClosed) CCounters::Add("response_without_ui_thread");
-    if (posted == CRecordInbox::Posted::kStuck) ::SendNotifyMessageW(window, kMsgRefillQueue, 0, 0);
+    if (posted == CRecordInbox::Posted::kTellConsumer &&
+        !::SendNotifyMessageW(window, kMsgRefillQueue, 0, 0)) {
+        CCounters::Add("refill_notice_failed");
+    }
 }
 
 unsigned int CPageManagerWnd::CreatePage(const PageOrder& order, PageMessage message) {
@@ -93,8 +102,12 @@ void CPageManagerWnd::SetFocusTo(const std::string& part) {
 
 void CPageManagerWnd::KeepParents(HWND parent1, HWND parent2) {
     if (!parent1 && !parent2) return;
-    m_parents[0].store(parent1);
-    m_parents[1].store(parent2);
+    m_parents.store(uint64_t{NumberOfWindow(parent1)} << 32 | NumberOfWindow(parent2));
+}
+
+std::pair<HWND, HWND> CPageManagerWnd::Parents() const {
+    const uint64_t both = m_parents.load();
+    return {WindowOfNumber(static_cast<uint32_t>(both >> 32)), WindowOfNumber(static_cast<uint32_t>(both))};
 }
 
 LRESULT CPageManagerWnd::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -104,10 +117,14 @@ LRESULT CPageManagerWnd::HandleMessage(UINT message, WPARAM wParam, LPARAM lPara
 }
 
 LRESULT CPageManagerWnd::_dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
+    const bool isOurs = message >= kFirstPageMessage && message <= kLastPageMessage;
+    if (isOurs && message != kMsgRefillQueue && lParam == 0) {  // not from here: anybody may post to a window
+        CCounters::Add("page_message_without_payload");
+        return 0;
+    }
     switch (message) {
         case kMsgResponse: {
             auto record = m_inbox.Take(lParam);
-            _retryIfStuck();
             return RouteResponse(
                 std::unique_ptr<CQueueRespData>(static_cast<CQueueRespData*>(record.release())));
         }
@@ -115,7 +132,7 @@ LRESULT CPageManagerWnd::_dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
         case kMsgCreateComponentPage: {
             auto* const order = reinterpret_cast<PageOrder*>(lParam);
             const std::unique_ptr<PageOrder> owned(wParam == 1 ? order : nullptr);
-            return order ? _createPage(*order) : 0;
+            return _createPage(*order);
         }
         case kMsgExport:
             m_exportWorker.Post(std::unique_ptr<CQueueTaskItem>(reinterpret_cast<CQueueTaskItem*>(lParam)));
@@ -134,8 +151,7 @@ LRESULT CPageManagerWnd::_dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
             return 0;
         case kMsgRefillQueue:
         case WM_TIMER:
-            m_inbox.Refill();
-            _retryIfStuck();
+            _refill();
             return 0;
         case WM_DESTROY:
             _onDestroy();
@@ -145,23 +161,21 @@ LRESULT CPageManagerWnd::_dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
-void CPageManagerWnd::_retryIfStuck() {
-    const bool isStuck = m_inbox.IsStuck();
-    if (isStuck == m_refillTimerRuns) return;
-    m_refillTimerRuns = isStuck;
-    // Timers come when nothing else waits, so by then the queue has room.
-    if (isStuck) {
-        SetTimer(GetHWND(), kRefillTimer, kRefillEveryMs, nullptr);
-    } else {
+// Moves up the responses that wait, now and by timer until none is left. Timers come when nothing else waits, so by then
+// the queue has room.
+void CPageManagerWnd::_refill() {
+    m_inbox.Refill();
+    if (!m_inbox.HasWaiting()) {
         KillTimer(GetHWND(), kRefillTimer);
+    } else if (!SetTimer(GetHWND(), kRefillTimer, kRefillEveryMs, nullptr)) {
+        CCounters::Add("refill_timer_failed");
     }
 }
 
 unsigned int CPageManagerWnd::_createPage(const PageOrder& order) {
-    const unsigned int result = m_pages.Create(order);
-    if (result != 0 && order.library == kCompanionLibrary)
-        m_companion.store(m_pages.Find(order.name)->window);
-    return result;
+    const CPageRegistry::Created page = m_pages.Create(order);
+    if (page.isNew && order.library == kCompanionLibrary) m_companion.store(page.window);
+    return NumberOfWindow(page.window);
 }
 
 void CPageManagerWnd::_onDestroy() {
@@ -186,7 +200,8 @@ void CPageManagerWnd::_freePosted(const MSG& message) {
             break;
         case kMsgCreatePage:
         case kMsgCreateComponentPage:
-            delete reinterpret_cast<PageOrder*>(message.lParam);
+            if (message.wParam == 1) delete reinterpret_cast<PageOrder*>(message.lParam);
+            CCounters::Add("page_order_refused");
             break;
         default:
             break;

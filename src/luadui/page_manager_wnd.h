@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "luadui/export_worker.h"
 #include "luadui/page_messages.h"
@@ -33,6 +34,8 @@ class CPageManagerWnd : public CWindowWnd {
     // The page manager once it is ready: polls a flag every 10 ms without a time limit, and starts nothing. The flag
     // stays set after the end.
     static CPageManagerWnd& WaitUntilReady();
+    // Waits until this page manager, which was started, is ready. False when its thread failed instead.
+    bool WaitUntilStarted() const;
 
     // Hands a response to the UI thread, in order; freed and counted when there is no window.
     void PostResponse(std::unique_ptr<CQueueRespData> response, WPARAM wParam);
@@ -46,12 +49,14 @@ class CPageManagerWnd : public CWindowWnd {
     void SetFocusTo(const std::string& part);
 
     // The parent windows for pages that scripts create: those of the last native creation that named any.
-    HWND ParentWindow(int index) const { return m_parents[index].load(); }
+    std::pair<HWND, HWND> Parents() const;
     void KeepParents(HWND parent1, HWND parent2);
     // The window of the page from the companion library; null while there is none.
     HWND CompanionWindow() const { return m_companion.load(); }
 
     LPCWSTR GetWindowClassName() const override;
+
+  protected:
     LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
   private:
@@ -68,14 +73,14 @@ class CPageManagerWnd : public CWindowWnd {
     unsigned int _createPage(const PageOrder& order);
     void _freePosted(const MSG& message);
     void _onDestroy();
-    void _retryIfStuck();
+    void _refill();
 
     std::atomic<DWORD> m_uiThreadId{0};
     std::atomic<HWND> m_window{nullptr};  // null before the window exists and after its end
     std::atomic<HWND> m_companion{nullptr};
-    std::atomic<HWND> m_parents[2] = {};
+    std::atomic<uint64_t> m_parents{0};  // both as numbers, so that they always belong together
+    std::atomic<bool> m_failed{false};   // the UI thread ended before it was ready
     std::mutex m_postGate;  // held while a page order is posted, so that none follows the window's end
-    bool m_refillTimerRuns = false;  // UI thread only
     CRecordInbox m_inbox;
     CExportWorker m_exportWorker;
     CPageRegistry m_pages;  // UI thread only

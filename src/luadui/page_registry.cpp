@@ -2,16 +2,12 @@
 
 #include "base/counters.h"
 #include "base/text.h"
+#include "luadui/host_folder.h"
 #include "luadui/module_log.h"
+#include "luadui/window_number.h"
 
 namespace luadui {
 namespace {
-
-// Window handles have 32 significant bits and are widened with their sign.
-HWND ToWindow(unsigned int handle) {
-    return reinterpret_cast<HWND>(static_cast<intptr_t>(static_cast<int32_t>(handle)));
-}
-unsigned int ToNumber(HWND window) { return static_cast<unsigned int>(reinterpret_cast<uintptr_t>(window)); }
 
 void FitToParent(CPageLibrary& library, const PageOrder& order) {
     RECT area{};
@@ -21,39 +17,44 @@ void FitToParent(CPageLibrary& library, const PageOrder& order) {
 
 }  // namespace
 
+bool CPageRegistry::Page::IsAlive() const {
+    return IsWindow(window) && GetWindowLongPtrW(window, GWLP_USERDATA) == object;
+}
+
 std::optional<CPageRegistry::Page> CPageRegistry::Find(const std::string& name) {
     const auto found = m_pages.find(name);
     if (found == m_pages.end()) return std::nullopt;
-    if (IsWindow(found->second.window)) return found->second;
+    if (found->second.IsAlive()) return found->second;
     m_pages.erase(found);
     return std::nullopt;
 }
 
-unsigned int CPageRegistry::Create(const PageOrder& order) {
+CPageRegistry::Created CPageRegistry::Create(const PageOrder& order) {
+    std::erase_if(m_pages, [](const auto& entry) { return !entry.second.IsAlive(); });
     if (const auto living = Find(order.name)) {
         ModuleLog("page " + order.name + " exists already");
-        return ToNumber(living->window);
+        return {living->window, false};
     }
-    if (m_ended || !m_underCreation.insert(order.name).second) return 0;
+    if (m_ended || !m_underCreation.insert(order.name).second) return {};
+    const auto leave = [this](const std::string* name) { m_underCreation.erase(*name); };
+    const std::unique_ptr<const std::string, decltype(leave)> creation(&order.name, leave);
     const std::shared_ptr<CPageLibrary> library = _library(order.library);
-    const unsigned int result = library ? _createIn(library, order) : 0;
-    m_underCreation.erase(order.name);
-    return result;
+    return {library ? _createIn(library, order) : nullptr, true};
 }
 
-unsigned int CPageRegistry::_createIn(const std::shared_ptr<CPageLibrary>& library, const PageOrder& order) {
+HWND CPageRegistry::_createIn(const std::shared_ptr<CPageLibrary>& library, const PageOrder& order) {
     const PageInit init{
         order.a,    order.b,       order.name.c_str(), order.info.c_str(), order.library.c_str(),
         order.flag, order.parent1, order.parent2};
-    const HWND window = ToWindow(library->Create(init));
+    const HWND window = WindowOfNumber(library->Create(init));
     if (!IsWindow(window)) {
         CCounters::Add("page_not_created");
         ModuleLog("page " + order.name + " was not created by " + order.library);
-        return 0;
+        return nullptr;
     }
-    m_pages[order.name] = {library, order.info, window};
+    m_pages[order.name] = {library, order.info, window, GetWindowLongPtrW(window, GWLP_USERDATA)};
     FitToParent(*library, order);
-    return ToNumber(window);
+    return window;
 }
 
 std::shared_ptr<CPageLibrary> CPageRegistry::_library(const std::string& name) {
@@ -82,7 +83,7 @@ void CPageRegistry::DestroyAll() {
     m_ended = true;
     while (!m_pages.empty()) {
         const auto page = m_pages.extract(m_pages.begin());
-        DestroyWindow(page.mapped().window);
+        if (page.mapped().IsAlive()) DestroyWindow(page.mapped().window);
     }
     m_libraries.clear();
 }

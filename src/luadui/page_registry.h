@@ -30,15 +30,22 @@ struct PageOrder {
 // Threads: the UI thread.
 class CPageRegistry {
   public:
-    // Creates the page and answers its window's handle; a living page of that name is answered as it is. 0,
-    // with a line in the log, when it cannot be created; 0 also from within the creation of a page of that
-    // name and from DestroyAll on.
-    unsigned int Create(const PageOrder& order);
+    struct Created {
+        HWND window = nullptr;
+        bool isNew = false;
+    };
+    // Creates the page and answers its window; a living page of that name is answered as it is. Null, with a line in
+    // the log, when it cannot be created; null also from within the creation of a page of that name and from
+    // DestroyAll on.
+    Created Create(const PageOrder& order);
 
     struct Page {
         std::shared_ptr<CPageLibrary> library;
         std::string info;
         HWND window = nullptr;
+        LONG_PTR object =
+            0;  // what the window belongs to: the system may give a handle to another window later
+        bool IsAlive() const;
     };
     // The living page of that name, or nothing.
     std::optional<Page> Find(const std::string& name);
@@ -52,7 +59,7 @@ class CPageRegistry {
 
   private:
     std::shared_ptr<CPageLibrary> _library(const std::string& name);
-    unsigned int _createIn(const std::shared_ptr<CPageLibrary>& library, const PageOrder& order);
+    HWND _createIn(const std::shared_ptr<CPageLibrary>& library, const PageOrder& order);
 
     bool m_ended = false;
     std::set<std::string> m_underCreation;

@@ -23,29 +23,29 @@ CRecordInbox::Posted CRecordInbox::Post(std::unique_ptr<CQueueTaskItem> record, 
         return Posted::kPosted;
     }
     m_waiting.push_back({wParam, std::move(record)});
-    m_waitingCount.store(m_waiting.size());
-    if (_underWay() != 0 || std::exchange(m_stuckTold, true)) return Posted::kWaiting;
-    return Posted::kStuck;
+    m_waitingCount.store(m_waiting.size(), std::memory_order_release);
+    return std::exchange(m_told, true) ? Posted::kWaiting : Posted::kTellConsumer;
 }
 
 std::unique_ptr<CQueueTaskItem> CRecordInbox::Take(LPARAM lParam) {
     std::unique_ptr<CQueueTaskItem> record(reinterpret_cast<CQueueTaskItem*>(lParam));
     if (record && record->Tag() == kOwnRecord) {
         record->SetTag(0);
-        m_taken.store(m_taken.load(std::memory_order_relaxed) + 1);
-        if (m_waitingCount.load() != 0 && _underWay() < kRefillBelow) Refill();
+        const size_t taken = m_taken.load(std::memory_order_relaxed) + 1;
+        m_taken.store(taken, std::memory_order_relaxed);
+        if (HasWaiting() && m_posted.load(std::memory_order_relaxed) - taken < kRefillBelow) Refill();
     }
     return record;
 }
 
 void CRecordInbox::Refill() {
     const std::lock_guard lock(m_mutex);
-    m_stuckTold = false;
     while (!m_waiting.empty() && _postLocked(m_waiting.front().wParam, m_waiting.front().record.get())) {
         static_cast<void>(m_waiting.front().record.release());
         m_waiting.pop_front();
     }
-    m_waitingCount.store(m_waiting.size());
+    m_waitingCount.store(m_waiting.size(), std::memory_order_release);
+    m_told = !m_waiting.empty();
 }
 
 bool CRecordInbox::_postLocked(WPARAM wParam, CQueueTaskItem* record) {

@@ -26,10 +26,10 @@ class CRecordInbox {
     explicit CRecordInbox(PostFunction post) : m_post(std::move(post)) {}
 
     enum class Posted {
-        kPosted,   // on its way
-        kWaiting,  // behind the queue's end
-        kStuck,   // waiting, and the consumer does not know: tell it to Refill(). Answered once until it does
-        kClosed,  // the consumer has gone; the record was freed
+        kPosted,        // on its way
+        kWaiting,       // behind the queue's end
+        kTellConsumer,  // waiting, and the first to do so: the consumer must hear that it has to Refill()
+        kClosed,        // the consumer has gone; the record was freed
     };
     Posted Post(std::unique_ptr<CQueueTaskItem> record, WPARAM wParam);
 
@@ -38,9 +38,9 @@ class CRecordInbox {
     std::unique_ptr<CQueueTaskItem> Take(LPARAM lParam);
     // Moves up waiting records as far as there is room.
     void Refill();
-    // Records wait and no message is under way whose arrival would move them up: Refill() again after a
-    // while.
-    bool IsStuck() const { return m_waitingCount.load() != 0 && _underWay() == 0; }
+    // While this is true the consumer calls Refill() from time to time: the messages that fill the queue may not
+    // be this inbox's, so that no Take() comes to move up what waits.
+    bool HasWaiting() const { return m_waitingCount.load(std::memory_order_acquire) != 0; }
     // From now on every record is refused; frees those that wait. Records under way are the consumer's to
     // take.
     void Close();
@@ -51,17 +51,15 @@ class CRecordInbox {
         WPARAM wParam;
         std::unique_ptr<CQueueTaskItem> record;
     };
-    size_t _underWay() const { return m_posted.load() - m_taken.load(); }
     bool _postLocked(WPARAM wParam, CQueueTaskItem* record);
 
     const PostFunction m_post;
     std::mutex m_mutex;
     bool m_closed = false;          // guarded by m_mutex
-    bool m_stuckTold = false;       // guarded by m_mutex
+    bool m_told = false;            // guarded by m_mutex; the consumer knows that records wait
     std::deque<Waiting> m_waiting;  // guarded by m_mutex
     // What one side writes for every record lies apart from what the other side does, or each record would cost both
-    // a trip of the cache line. A producer first writes m_waitingCount, then reads m_taken; the consumer the other way
-    // round: so one of them sees that a record waits and nothing is under way.
+    // a trip of the cache line.
     alignas(kCacheLine) std::atomic<size_t> m_posted{0};  // written under m_mutex
     alignas(kCacheLine) std::atomic<size_t> m_taken{0};   // written by the consumer
     alignas(kCacheLine) std::atomic<size_t> m_waitingCount{0};

@@ -8,28 +8,28 @@
 namespace luadui {
 
 void CPageManagerWnd::_start() {
+    PinModule();  // by the caller, before there is a thread whose code could be taken away
     DWORD threadId = 0;
     const HANDLE thread = StartMessageThread(
-        [](void* manager) {
-            Guarded("ui_thread_threw", [&] { static_cast<CPageManagerWnd*>(manager)->_runUiThread(); });
-        },
-        this, threadId);
+        [](void* manager) { static_cast<CPageManagerWnd*>(manager)->_runUiThread(); }, this, threadId);
     m_uiThreadId.store(threadId);
     if (thread) {
         CloseHandle(thread);
     } else {
         CCounters::Add("ui_thread_not_started");
+        m_failed.store(true);
     }
 }
 
 void CPageManagerWnd::_runUiThread() {
-    PinModule();
     CUIStockDataManager::get_mutable_instance();
     CPaintManagerUI::SetInstance(GetModuleHandleW(nullptr));
-    if (FAILED(CoInitialize(nullptr))) return;
+    if (FAILED(CoInitialize(nullptr))) return m_failed.store(true);
     if (_createWindow()) {
         CPaintManagerUI::MessageLoop();
         _endPages();
+    } else {
+        m_failed.store(true);
     }
     CoUninitialize();
 }

@@ -4,12 +4,12 @@
 #include <vector>
 
 #include "base/text.h"
+#include "luadui/host_folder.h"
 #include "platform/win32.h"
 
 namespace luadui {
 namespace {
 
-constexpr DWORD kPathLength = 258;
 constexpr char kSeparator = ';';
 // The values that make an entry.
 constexpr const wchar_t* kKeys[] = {L"OriginalFilename", L"FileDate", L"ProductVersion"};
@@ -48,17 +48,10 @@ std::string Entry(const std::wstring& path) {
     return WideToGbk(values[0]) + "|" + WideToGbk(values[1]) + "|" + WideToGbk(values[2]);
 }
 
-std::wstring HostDirectory() {
-    wchar_t path[kPathLength + 1] = {};
-    GetModuleFileNameW(nullptr, path, kPathLength);
-    PathRemoveFileSpecW(path);
-    return path;
-}
-
 }  // namespace
 
 std::string VersionList(const std::string& names) {
-    const std::wstring directory = HostDirectory();
+    const std::wstring directory = HostFolder();
     std::string list;
     for (const std::string_view name : SplitText(names, kSeparator)) {
         const bool isSeparated = name.starts_with('\\') || name.starts_with('/');

@@ -26,7 +26,7 @@ CHostLink& CHostLink::Instance() {
 }
 
 bool CHostLink::Send(CQueueReqItem& request) {
-    const int type = static_cast<int>(request.GetDataLong("REQTYPE"));
+    const int type = RequestTypeOf(request);
     if (IsPageRegistration(type)) return _handleInside(request, type);
     const PushCallback push = m_push.Get();
     return !push || Guarded(kCallbackThrew, [&] { push(&request); });

@@ -11,13 +11,11 @@ CPageSignRegistry& CPageSignRegistry::Instance() {
 
 void CPageSignRegistry::Register(const std::string& sign, const std::string& sender) {
     const std::lock_guard lock(m_mutex);
-    if (const auto found = m_senders.find(sign); found != m_senders.end()) {
-        found->second = sender;
-    } else if (m_senders.size() < kMaxSigns) {
-        m_senders.emplace(sign, sender);
-    } else {
-        CCounters::Add("page_sign_refused");
-    }
+    const auto found = m_senders.find(sign);
+    if (found == m_senders.end() && m_senders.size() >= kMaxSigns) return CCounters::Add("page_sign_refused");
+    if (found != m_senders.end()) _dropSign(found->second, sign);
+    m_senders[sign] = sender;
+    m_signsOf[sender].insert(sign);
 }
 
 std::string CPageSignRegistry::Find(std::string_view sign) const {
@@ -28,7 +26,16 @@ std::string CPageSignRegistry::Find(std::string_view sign) const {
 
 void CPageSignRegistry::Forget(std::string_view sender) {
     const std::lock_guard lock(m_mutex);
-    std::erase_if(m_senders, [&](const auto& entry) { return entry.second == sender; });
+    const auto signs = m_signsOf.find(sender);
+    if (signs == m_signsOf.end()) return;
+    for (const std::string& sign : signs->second) m_senders.erase(sign);
+    m_signsOf.erase(signs);
+}
+
+void CPageSignRegistry::_dropSign(const std::string& sender, const std::string& sign) {
+    const auto signs = m_signsOf.find(sender);
+    signs->second.erase(sign);
+    if (signs->second.empty()) m_signsOf.erase(signs);
 }
 
 }  // namespace luadui

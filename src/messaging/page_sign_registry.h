@@ -3,6 +3,7 @@
 
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -25,8 +26,11 @@ class CPageSignRegistry {
     static constexpr size_t kMaxSigns = 10000;
 
   private:
-    mutable std::mutex m_mutex;
-    std::map<std::string, std::string, std::less<>> m_senders;  // guarded by m_mutex
+    void _dropSign(const std::string& sender, const std::string& sign);
+
+    mutable std::mutex m_mutex;                                           // guards what follows
+    std::map<std::string, std::string, std::less<>> m_senders;            // by sign
+    std::map<std::string, std::set<std::string>, std::less<>> m_signsOf;  // by sender
 };
 
 }  // namespace luadui

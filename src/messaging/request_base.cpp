@@ -1,11 +1,15 @@
 #include "messaging/request_base.h"
 
+#include "base/counters.h"
 #include "messaging/page_sign_registry.h"
 #include "messaging/request_types.h"
 #include "messaging/subscription_dispatcher.h"
 
 namespace luadui {
 namespace {
+
+// Far more than there are request types; a server that invents some must not fill the memory.
+constexpr size_t kMaxDeferred = 4096;
 
 CUIData ToRecord(const StringMap& params) {
     CUIData record;
@@ -72,12 +76,14 @@ void CRequestBase::Sleep(bool asleep) {
 
 bool CRequestBase::PreHandleResponse(const CQueueRespData* response) {
     if (!response || !CQueueRespData::IsChangeNotice(*response)) return false;
-    const int type = static_cast<int>(response->GetDataLong("REQTYPE"));
+    const int type = RequestTypeOf(*response);
     std::string fundToken = response->GetDataString("FundToken");
-    if (m_asleep) {
+    if (!m_asleep) {
+        _queryAgain(fundToken, type);
+    } else if (m_deferred.size() < kMaxDeferred || m_deferred.contains(type)) {
         m_deferred[type] = std::move(fundToken);
     } else {
-        _queryAgain(fundToken, type);
+        CCounters::Add("deferred_query_refused");
     }
     return true;
 }

@@ -6,8 +6,13 @@
 namespace luadui {
 
 bool CRequestObject::Request(CQueueReqItem& request) {
+    return _complete(request) && CHostLink::Instance().Send(request);
+}
+
+bool CRequestObject::_complete(CQueueReqItem& request) const {
     if (request.GetDataText("UUID").empty()) request.SetData("UUID", NewGuid());
-    CUIData params;
+    CUIData
+        params;  // gone before the record is sent: while it is attached, copies of the record are not cheap
     if (!request.GetDataShared("Params", params)) return false;
     if (request.GetDataText("FundToken").empty())
         request.SetData("FundToken", params.GetDataText("fund_token"));
@@ -16,7 +21,7 @@ bool CRequestObject::Request(CQueueReqItem& request) {
     if (request.GetDataBool("Refresh")) params.SetData("bNeedRefresh", "true");
     params.SetData("routeType", request.GetDataText("RouteType"));
     params.SetData("destServer", request.GetDataText("DestServer"));
-    return CHostLink::Instance().Send(request);
+    return true;
 }
 
 bool CRequestObject::RequestSync(unsigned int type, const std::string& key, std::string& value,

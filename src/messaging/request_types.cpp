@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "base/ui_data.h"
+
 namespace luadui {
 namespace {
 
@@ -11,6 +13,12 @@ bool IsOneOf(int type, std::initializer_list<int> set) {
 }
 
 }  // namespace
+
+int RequestTypeOf(const CUIData& request) {
+    int type = 0;
+    request.GetData("REQTYPE", type);
+    return type;
+}
 
 bool IsCodeKeyedRequest(int type) { return IsOneOf(type, {1051, 1052, 1053, 1702, 1602}); }
 bool IsSubscription(int type) { return IsOneOf(type, {1601, 1602, kReqPageEventSubscribe}); }

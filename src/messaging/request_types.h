@@ -3,6 +3,8 @@
 
 namespace luadui {
 
+class CUIData;
+
 enum RequestType : int {
     kReqPageEventSubscribe = 1604,  // recorded as a subscription, yet goes on to the router
     kReqLuaCall = 1502,             // a call into the host's Lua interface, or a page registration
@@ -17,6 +19,9 @@ enum DataType : int {
     kDataChangeNotice = 2010,
     kDataHostMessage = 2101,
 };
+
+// The "REQTYPE" of a request; 0 when it has none that is a 32-bit number.
+int RequestTypeOf(const CUIData& request);
 
 // Types whose requests concern single securities ("Params" "code").
 bool IsCodeKeyedRequest(int type);

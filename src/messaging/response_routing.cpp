@@ -6,17 +6,20 @@
 
 namespace luadui {
 
-int RouteResponse(std::unique_ptr<const CQueueRespData> response) {
-    const int32_t handle = response ? HandleFromText(response->GetDataText("To")) : CBaseObject::kNoHandle;
+bool DeliverResponse(int32_t handle, const CQueueRespData& response) {
     auto* const receiver = dynamic_cast<CRequestBase*>(CBaseObject::Find(handle, 1));
     if (!receiver) {
         CCounters::Add("response_without_receiver");
-        return 0;
+        return false;
     }
     Guarded("response_handler_threw", [&] {
-        if (!receiver->PreHandleResponse(response.get())) receiver->OnResponse(response.get());
+        if (!receiver->PreHandleResponse(&response)) receiver->OnResponse(&response);
     });
-    return 1;
+    return true;
+}
+
+int RouteResponse(std::unique_ptr<const CQueueRespData> response) {
+    return response && DeliverResponse(HandleFromText(response->GetDataText("To")), *response) ? 1 : 0;
 }
 
 }  // namespace luadui

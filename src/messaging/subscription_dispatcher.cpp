@@ -31,7 +31,7 @@ CSubscriptionDispatcher& CSubscriptionDispatcher::Instance() {
 }
 
 bool CSubscriptionDispatcher::Offer(CQueueReqItem& request) {
-    const int type = static_cast<int>(request.GetDataLong("REQTYPE"));
+    const int type = RequestTypeOf(request);
     if (IsSubscription(type) || IsInstructionSubscription(type)) {
         _subscribe(request, type);
         return type != kReqPageEventSubscribe;
@@ -48,42 +48,48 @@ void CSubscriptionDispatcher::_subscribe(CQueueReqItem& request, int type) {
     const std::string topic = CompleteTopic(key, params.GetDataText("fund_token"));
     if (topic != key) params.SetData("key", topic);
     const int32_t sender = HandleFromText(request.GetDataText("From"));
-    if (topic.empty() || sender == CBaseObject::kNoHandle) return CCounters::Add("subscription_refused");
-    _setSubscribed(sender, topic, params.GetDataText("unsub") != "true");
+    const bool subscribed = params.GetDataText("unsub") != "true";
+    if (topic.empty() || !CBaseObject::Find(sender) || !_setSubscribed(sender, topic, subscribed)) {
+        CCounters::Add("subscription_refused");
+    }
 }
 
-void CSubscriptionDispatcher::_setSubscribed(int32_t sender, const std::string& topic, bool subscribed) {
+bool CSubscriptionDispatcher::_setSubscribed(int32_t sender, const std::string& topic, bool subscribed) {
     if (subscribed) {
+        auto& topics = m_senders[sender].topics;
+        if (topics.size() >= kMaxTopics && !topics.contains(topic)) return false;
+        topics.insert(topic);
         m_topics[topic].insert(sender);
-        m_senders[sender].topics.insert(topic);
-        return;
+        return true;
     }
     const auto senders = m_topics.find(topic);
-    if (senders == m_topics.end() || senders->second.erase(sender) == 0) return;
+    if (senders == m_topics.end() || senders->second.erase(sender) == 0) return true;
     if (senders->second.empty()) m_topics.erase(senders);
     m_senders[sender].topics.erase(topic);
     _dropSenderIfIdle(sender);
+    return true;
 }
 
 void CSubscriptionDispatcher::_remember(CQueueReqItem& request) {
     std::string uuid = request.GetDataString("UUID");
     if (uuid.empty()) request.SetData("UUID", uuid = NewGuid());
     const int32_t sender = HandleFromText(request.GetDataText("From"));
-    if (sender == CBaseObject::kNoHandle) return;
-    if (const auto known = m_byUuid.find(uuid); known != m_byUuid.end()) _dropRoute(known->second);
-    if (m_routes.size() >= kMaxRoutes) {
-        _dropRoute(m_routes.begin());
+    if (IsPageRegistration(RequestTypeOf(request)) || !CBaseObject::Find(sender)) return;
+    _dropRoute(uuid);
+    auto& uuids = m_senders[sender].uuids;
+    if (uuids.size() >= kMaxRoutes) {
+        m_routes.erase(uuids.front());
+        uuids.pop_front();
         CCounters::Add("uuid_route_evicted");
     }
-    const auto route = m_routes.insert(m_routes.end(), {std::move(uuid), sender});
-    m_byUuid.emplace(route->uuid, route);
-    m_senders[sender].uuids.insert(route->uuid);
+    m_routes[uuid] = {sender, uuids.insert(uuids.end(), uuid)};
 }
 
-void CSubscriptionDispatcher::_dropRoute(RouteList::iterator route) {
-    const int32_t sender = route->sender;
-    m_senders[sender].uuids.erase(route->uuid);
-    m_byUuid.erase(route->uuid);
+void CSubscriptionDispatcher::_dropRoute(const std::string& uuid) {
+    const auto route = m_routes.find(uuid);
+    if (route == m_routes.end()) return;
+    const int32_t sender = route->second.sender;
+    m_senders[sender].uuids.erase(route->second.uuid);
     m_routes.erase(route);
     _dropSenderIfIdle(sender);
 }
@@ -95,40 +101,32 @@ void CSubscriptionDispatcher::_dropSenderIfIdle(int32_t sender) {
     }
 }
 
-std::vector<std::string> CSubscriptionDispatcher::Receivers(const CUIData& response) {
-    std::vector<int32_t> senders;
-    if (const auto route = m_byUuid.find(response.GetDataText("UUID")); route != m_byUuid.end()) {
-        senders.push_back(route->second->sender);
+std::vector<int32_t> CSubscriptionDispatcher::Receivers(const CUIData& response) {
+    std::vector<int32_t> receivers;
+    if (const auto route = m_routes.find(response.GetDataText("UUID")); route != m_routes.end()) {
+        receivers.push_back(route->second.sender);
     } else if (const auto topic = m_topics.find(response.GetDataText("Topic")); topic != m_topics.end()) {
-        senders.assign(topic->second.begin(), topic->second.end());
+        receivers.assign(topic->second.begin(), topic->second.end());
     }
-    std::vector<std::string> receivers;
-    for (const int32_t sender : senders) {
-        if (CBaseObject::Find(sender)) {
-            receivers.push_back(std::to_string(sender));
-        } else {
-            Forget(sender);  // an object that is no request object tells nobody when it goes
-        }
-    }
+    // An object that is no request object tells nobody when it goes.
+    std::erase_if(receivers, [this](int32_t sender) {
+        const bool isGone = !CBaseObject::Find(sender);
+        if (isGone) Forget(sender);
+        return isGone;
+    });
     return receivers;
 }
 
 void CSubscriptionDispatcher::Forget(int32_t sender) {
     const auto found = m_senders.find(sender);
     if (found == m_senders.end()) return;
-    const Sender gone = std::move(found->second);
-    m_senders.erase(found);
-    for (const std::string& topic : gone.topics) {
+    for (const std::string& topic : found->second.topics) {
         const auto senders = m_topics.find(topic);
         senders->second.erase(sender);
         if (senders->second.empty()) m_topics.erase(senders);
     }
-    for (const std::string_view uuid : gone.uuids) {
-        const auto entry = m_byUuid.find(uuid);
-        const RouteList::iterator route = entry->second;
-        m_byUuid.erase(entry);
-        m_routes.erase(route);
-    }
+    for (const std::string& uuid : found->second.uuids) m_routes.erase(uuid);
+    m_senders.erase(found);
 }
 
 }  // namespace luadui

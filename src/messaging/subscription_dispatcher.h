@@ -7,7 +7,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "messaging/queue_data.h"
@@ -22,49 +21,49 @@ class CSubscriptionDispatcher {
   public:
     static CSubscriptionDispatcher& Instance();
 
-    // Looks at a request on its way out. Takes subscriptions (1601, 1602, 1701, 1702) and records or, with
-    // "Params" "unsub" = "true", removes them: true, and the request goes no further. A request of type 1604
-    // is recorded too but not taken. Every other request gets a "UUID" if it has none, and its sender
-    // ("From") is remembered under it: false.
+    // Looks at a request on its way out. Takes subscriptions (1601, 1602, 1701, 1702) and records or, with "Params"
+    // "unsub" = "true", removes them: true, and the request goes no further. A request of type 1604 is recorded too
+    // but not taken. Every other request gets a "UUID" if it has none, and its sender ("From") is remembered under
+    // it, unless it is a page registration or Lua call, which are answered at once: false.
     //
-    // The topic is "Params" "key" (a securities subscription without one uses "code"). The eight account
-    // topics such as "Fund|" are completed with "Params" "fund_token", also in the record. A subscription
-    // without topic or sender is taken, dropped and counted.
+    // The topic is "Params" "key" (a securities subscription without one uses "code"). The eight account topics such
+    // as "Fund|" are completed with "Params" "fund_token", also in the record. A subscription is taken, but dropped
+    // and counted as "subscription_refused", when it has no topic, when its sender does not exist, or when that has
+    // kMaxTopics.
     bool Offer(CQueueReqItem& request);
 
-    // The senders that a response is for: the one that asked under its "UUID" if that is known, otherwise all
-    // that subscribed to exactly its "Topic", in ascending order; decimal handles, each once.
-    std::vector<std::string> Receivers(const CUIData& response);
+    // The senders that a response is for: the one that asked under its "UUID" if that is known, otherwise all that
+    // subscribed to exactly its "Topic"; each once.
+    std::vector<int32_t> Receivers(const CUIData& response);
 
     // Forgets a sender that has gone: its topics and its UUIDs.
     void Forget(int32_t sender);
 
-    // How many UUIDs are remembered; the oldest go first and are counted as "uuid_route_evicted".
-    static constexpr size_t kMaxRoutes = 100000;
+    // Of one sender. Its oldest UUIDs go first and are counted as "uuid_route_evicted".
+    static constexpr size_t kMaxRoutes = 20000;
+    static constexpr size_t kMaxTopics = 20000;
 
     size_t RouteCount() const { return m_routes.size(); }
     size_t TopicCount() const { return m_topics.size(); }
 
   private:
-    struct Route {
-        std::string uuid;
-        int32_t sender;
-    };
-    using RouteList = std::list<Route>;
     struct Sender {
         std::set<std::string> topics;
-        std::set<std::string_view> uuids;  // point into m_routes
+        std::list<std::string> uuids;  // oldest first
+    };
+    struct Route {
+        int32_t sender;
+        std::list<std::string>::iterator uuid;
     };
 
     void _subscribe(CQueueReqItem& request, int type);
-    void _setSubscribed(int32_t sender, const std::string& topic, bool subscribed);
+    bool _setSubscribed(int32_t sender, const std::string& topic, bool subscribed);
     void _remember(CQueueReqItem& request);
-    void _dropRoute(RouteList::iterator route);
+    void _dropRoute(const std::string& uuid);
     void _dropSenderIfIdle(int32_t sender);
 
     std::map<std::string, std::set<int32_t>, std::less<>> m_topics;
-    RouteList m_routes;  // oldest first
-    std::unordered_map<std::string_view, RouteList::iterator> m_byUuid;
+    std::map<std::string, Route, std::less<>> m_routes;  // by UUID
     std::map<int32_t, Sender> m_senders;
 };
 

@@ -85,6 +85,28 @@ TEST_F(RequestObjectTest, RequestCompletesTheRecord) {
     EXPECT_EQ(host.pushed.size(), 3U);
 }
 
+TEST_F(RequestObjectTest, TheHostCopiesARequestWithoutCost) {
+    host.onPush = [](CQueueReqItem& request) { EXPECT_TRUE(CUIData(request).SharesWith(request)); };
+    EXPECT_TRUE(object->SendQuery("F", 1, false));
+}
+
+TEST_F(RequestObjectTest, TypesBeyond32BitsAreNobodysButTheHosts) {
+    CQueueReqItem request;
+    request.SetData("REQTYPE", (int64_t{1} << 32) + 1603);
+    EXPECT_TRUE(object->Request(request));
+    EXPECT_EQ(host.pushed.size(), 1U);
+}
+
+TEST_F(RequestObjectTest, ASleeperRemembersALimitedNumberOfTypes) {
+    object->Sleep(true);
+    for (int type = 2000; type < 12000; ++type) {
+        const CQueueRespData notice = Notice(type, "A");
+        EXPECT_TRUE(object->PreHandleResponse(&notice));
+    }
+    object->Sleep(false);
+    EXPECT_EQ(host.pushed.size(), 4096U);
+}
+
 TEST_F(RequestObjectTest, AThrowingHostFailsTheCallOnly) {
     host.onPush = host.onAsk = [](CQueueReqItem&) { throw std::runtime_error("host"); };
     const auto before = CCounters::Get("host_callback_threw");

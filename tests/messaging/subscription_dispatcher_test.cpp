@@ -31,7 +31,7 @@ class DispatcherTest : public testing::Test {
         topic = FakeHost::Params(request).GetDataString("key");
         return isTaken;
     }
-    std::vector<std::string> Receivers(const std::string& uuid, const std::string& topicName) {
+    std::vector<int32_t> Receivers(const std::string& uuid, const std::string& topicName) {
         CUIData response;
         response.SetData("UUID", uuid);
         response.SetData("Topic", topicName);
@@ -73,7 +73,7 @@ TEST_F(DispatcherTest, AccountTopicsAreCompleted) {
                             "EntrustCredit|", "PositionCredit|"}) {
         EXPECT_TRUE(Offer(1601, aHandle, {{"key", key}, {"fund_token", "F01"}}));
         EXPECT_EQ(topic, std::string(key) + "F01");
-        EXPECT_THAT(Receivers("", topic), ElementsAre(aHandle));
+        EXPECT_THAT(Receivers("", topic), ElementsAre(a.GetHandle()));
     }
     for (const char* key : {"Fund|X", "fund|", "Fund", "hq"}) {
         EXPECT_TRUE(Offer(1601, aHandle, {{"key", key}, {"fund_token", "F01"}}));
@@ -86,12 +86,12 @@ TEST_F(DispatcherTest, PushesReachEachSubscriberOnce) {
     for (const int type : {1601, 1602, 1701, 1702}) EXPECT_TRUE(Offer(type, aHandle, {{"key", "k"}})) << type;
     EXPECT_FALSE(Offer(1604, bHandle, {{"key", "k"}})) << "recorded but not taken";
     EXPECT_TRUE(Offer(1602, bHandle, {{"code", "600000"}}));
-    EXPECT_THAT(Receivers("", "k"), ElementsAre(aHandle, bHandle));
-    EXPECT_THAT(Receivers("", "600000"), ElementsAre(bHandle));
+    EXPECT_THAT(Receivers("", "k"), ElementsAre(a.GetHandle(), b.GetHandle()));
+    EXPECT_THAT(Receivers("", "600000"), ElementsAre(b.GetHandle()));
     EXPECT_THAT(Receivers("", "k2"), IsEmpty());
     EXPECT_TRUE(Offer(1601, aHandle, {{"key", "k"}, {"unsub", "true"}}));
     EXPECT_TRUE(Offer(1601, aHandle, {{"key", "never"}, {"unsub", "true"}}));
-    EXPECT_THAT(Receivers("", "k"), ElementsAre(bHandle));
+    EXPECT_THAT(Receivers("", "k"), ElementsAre(b.GetHandle()));
     EXPECT_EQ(dispatcher.RouteCount(), 0U);
 }
 
@@ -103,11 +103,11 @@ TEST_F(DispatcherTest, AnswersGoToWhoAskedAlone) {
     EXPECT_FALSE(Offer(1004, aHandle, {}, &given));
     EXPECT_FALSE(uuid.empty());
     EXPECT_EQ(given, "given");
-    EXPECT_THAT(Receivers(uuid, "k"), ElementsAre(aHandle));
-    EXPECT_THAT(Receivers(uuid, ""), ElementsAre(aHandle)) << "an answer may have several parts";
+    EXPECT_THAT(Receivers(uuid, "k"), ElementsAre(a.GetHandle()));
+    EXPECT_THAT(Receivers(uuid, ""), ElementsAre(a.GetHandle())) << "an answer may have several parts";
     EXPECT_FALSE(Offer(1004, bHandle, {}, &given));
-    EXPECT_THAT(Receivers("given", "k"), ElementsAre(bHandle)) << "the last sender of a UUID has it";
-    EXPECT_THAT(Receivers("unknown", "k"), ElementsAre(bHandle)) << "an unknown UUID leaves the topic";
+    EXPECT_THAT(Receivers("given", "k"), ElementsAre(b.GetHandle())) << "the last sender of a UUID has it";
+    EXPECT_THAT(Receivers("unknown", "k"), ElementsAre(b.GetHandle())) << "an unknown UUID leaves the topic";
 }
 
 TEST_F(DispatcherTest, RefusesWhatNamesNoTopicOrSender) {
@@ -116,7 +116,8 @@ TEST_F(DispatcherTest, RefusesWhatNamesNoTopicOrSender) {
     EXPECT_TRUE(Offer(1601, aHandle, {{"code", "600000"}}));
     EXPECT_TRUE(Offer(1601, "", {{"key", "k"}}));
     EXPECT_TRUE(Offer(1601, "no handle", {{"key", "k"}}));
-    EXPECT_EQ(CCounters::Get("subscription_refused") - before, 4U);
+    EXPECT_TRUE(Offer(1601, "2147483647", {{"key", "k"}})) << "a sender that does not exist";
+    EXPECT_EQ(CCounters::Get("subscription_refused") - before, 5U);
     EXPECT_EQ(dispatcher.TopicCount(), 0U);
     CQueueReqItem withoutParams;
     withoutParams.SetData("REQTYPE", 1601);
@@ -150,14 +151,18 @@ TEST_F(DispatcherTest, SendersThatHaveGoneAreForgotten) {
 
 TEST_F(DispatcherTest, RemembersALimitedNumberOfUuids) {
     const auto before = CCounters::Get("uuid_route_evicted");
+    std::string quiet = "quiet";
+    Offer(1004, bHandle, {}, &quiet);
     for (size_t i = 0; i < CSubscriptionDispatcher::kMaxRoutes + 3; ++i) {
         std::string uuid = std::to_string(i);
-        Offer(1004, i % 2 ? aHandle : bHandle, {}, &uuid);
+        Offer(1004, aHandle, {}, &uuid);
+        Offer(1502, aHandle, {});  // answered at once: takes nobody's place
     }
-    EXPECT_EQ(dispatcher.RouteCount(), CSubscriptionDispatcher::kMaxRoutes);
+    EXPECT_EQ(dispatcher.RouteCount(), CSubscriptionDispatcher::kMaxRoutes + 1);
     EXPECT_EQ(CCounters::Get("uuid_route_evicted") - before, 3U);
     EXPECT_THAT(Receivers("2", ""), IsEmpty());
-    EXPECT_THAT(Receivers("3", ""), ElementsAre(aHandle));
+    EXPECT_THAT(Receivers("3", ""), ElementsAre(a.GetHandle()));
+    EXPECT_THAT(Receivers(quiet, ""), ElementsAre(b.GetHandle())) << "who floods loses his own";
     dispatcher.Forget(a.GetHandle());
     dispatcher.Forget(b.GetHandle());
     EXPECT_EQ(dispatcher.RouteCount(), 0U);
