@@ -83,7 +83,7 @@ struct Accounts {
 // What a page does with each cell: where the text is, how long, how it begins.
 size_t Use(std::string_view text) { return text.size() + static_cast<unsigned char>(*text.data()); }
 
-size_t ReadCells(const CDataTable& table, int from) {
+[[gnu::noinline]] size_t ReadCells(const CDataTable& table, int from) {
     size_t sum = 0;
     for (int row = from; row < from + kWindowRows; ++row) {
         for (int col = 0; col < kColumns; ++col) sum += Use(table.GetItemText(row, col));
@@ -91,7 +91,7 @@ size_t ReadCells(const CDataTable& table, int from) {
     return sum;
 }
 
-size_t ReadRows(const CDataTable& table, int from) {
+[[gnu::noinline]] size_t ReadRows(const CDataTable& table, int from) {
     size_t sum = 0;
     for (int row = from; row < from + kWindowRows; ++row) {
         const TableRow cells = table.GetRow(row);
@@ -100,7 +100,7 @@ size_t ReadRows(const CDataTable& table, int from) {
     return sum;
 }
 
-size_t ReadStrings(const Strings& rows, int from) {
+[[gnu::noinline]] size_t ReadStrings(const Strings& rows, int from) {
     size_t sum = 0;
     for (int row = from; row < from + kWindowRows; ++row) {
         for (int col = 0; col < kColumns; ++col) {
@@ -138,7 +138,8 @@ void MergeAccounts(benchmark::State& state) {
 }
 BENCHMARK(MergeAccounts)->Unit(benchmark::kMicrosecond);
 
-// One cell of a row under a column that only the source's layout has elsewhere: read and written through a column map.
+// One cell of a row under a column that only the source's layout has elsewhere: read and written through a
+// column map.
 void ReadThroughColumnMap(benchmark::State& state) {
     CDataTable view;
     for (int col = kColumns - 1; col >= 0; --col) view.AddColumn("OrderColumn" + std::to_string(col));
@@ -177,8 +178,8 @@ LUADUI_REPORT(Window) {
     };
     report("table_window_scrolled_by_row_vs_strings", "table_window_scrolled_by_cell_vs_strings", UINT32_MAX,
            1.2);
-    // The same few windows over and over, all in the nearest caches: a cell that is looked up by itself cannot keep
-    // up with one that is an index away.
+    // The same few windows over and over, all in the nearest caches: a cell that is looked up by itself
+    // cannot keep up with one that is an index away.
     report("table_window_repeated_by_row_vs_strings", "table_window_repeated_by_cell_vs_strings", 8, 3);
 }
 
@@ -194,8 +195,8 @@ LUADUI_REPORT(Memory) {
     AtMost("table_bytes_vs_allowed", static_cast<double>(mallinfo2().uordblks - before) / allowed, 1);
 }
 
-// Seconds of one write to a table of so many rows while a copy and a merged view of it are held: that of making the
-// table and writing it, less that of making it.
+// Seconds of one write to a table of so many rows while a copy and a merged view of it are held: that of
+// making the table and writing it, less that of making it.
 template <class Write>
 double HeldWriteSeconds(int rows, Write&& write) {
     const CDataTable copy = TableOf(OrderRows(rows, 2));

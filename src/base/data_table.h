@@ -22,20 +22,28 @@ class TESSEL_API TableHead : public SharedBody {
         const RowBlock* hinted = m_lastRow.Get<RowBlock>(row);
         return hinted ? *hinted : _findRow(row);
     }
-    // The same for one who reads the whole row: looks for it at once.
-    const RowBlock& OpenRow(int row) const noexcept;
+    // The same for one who reads the whole row, and probably the next one after it.
+    const RowBlock& OpenRow(int row) const noexcept {
+        const RowBlock* prepared = m_nextRow.Get<RowBlock>(row);
+        if (!prepared) return _openRow(row);
+        _prepareRow(static_cast<uint32_t>(row) + 1);
+        return *prepared;
+    }
     // The cell, wherever it lies; empty when there is none.
     TextView Text(int row, int col) const noexcept;
 
   protected:
     RowHint m_lastRow;
+    RowHint m_nextRow;  // found, and asked for from memory, while the row before it is read
 
   private:
     const RowBlock& _findRow(int row) const noexcept;
+    const RowBlock& _openRow(int row) const noexcept;
+    void _prepareRow(uint32_t row) const noexcept;
 };
 
-// One row for reading: found once for all of its cells, which is what a page that paints a window of a table wants.
-// Valid as long as the texts of the table are.
+// One row for reading: found once for all of its cells, which is what a page that paints a window of a table
+// wants. Valid as long as the texts of the table are.
 class TableRow {
   public:
     // The cell; empty when there is none.
@@ -55,27 +63,29 @@ class TableRow {
     int m_row;
 };
 
-// A table as servers send it and pages show it. A value: copies never see each other's later changes, and cost one
-// count whatever the table holds (see base/shared_value.h for attached tables). Copies, and tables that were joined
-// by InsertTable, share their rows until one is written; writing copies no more than that row and the path to it.
+// A table as servers send it and pages show it. A value: copies never see each other's later changes, and
+// cost one count whatever the table holds (see base/shared_value.h for attached tables). Copies, and tables
+// that were joined by InsertTable, share their rows until one is written; writing copies no more than that
+// row and the path to it.
 //
-// Columns:   numbered from 0. The property "name" is a column's name; several columns may have the same one, lookups
-//            by name then find the first.
+// Columns:   numbered from 0. The property "name" is a column's name; several columns may have the same one,
+//            lookups by name then find the first.
 // Rows:      numbered from 0; a cell never written is empty.
 // Colours:   ARGB text such as "0xFFD2D2D2"; empty means none. Kept as given, not checked.
 // Failure:   nothing throws for a row or column that does not exist: setters return false and change nothing,
-//            getters answer empty text. What does not fit (2^31 - 1 rows, 2^26 columns, 2 GB of text in a row) is
-//            refused and counted as "table_row_limit", "table_column_limit" and "table_text_limit".
-// Texts:     those returned are valid until this table, or one attached to the same entry, is changed, assigned or
-//            destroyed.
-// Threads:   one thread at a time; const operations of one table may run on several threads at once. Copies belong
-//            to their own threads.
+//            getters answer empty text. What does not fit (2^31 - 1 rows, 2^26 columns, 2 GB of text in a
+//            row) is refused and counted as "table_row_limit", "table_column_limit" and "table_text_limit".
+// Texts:     those returned are valid until this table, or one attached to the same entry, is changed,
+//            assigned or destroyed.
+// Threads:   one thread at a time; const operations of one table may run on several threads at once. Copies
+//            belong to their own threads.
 class TESSEL_API CDataTable : public SharedValue<TableBody> {
   public:
     int GetRowNumber() const noexcept;
     int GetColumnNumber() const noexcept;
 
-    // Appends a column and returns its number, -1 when no further column fits. Rows that exist have an empty cell there.
+    // Appends a column and returns its number, -1 when no further column fits. Rows that exist have an empty
+    // cell there.
     int AddColumn(std::string_view name);
     // The number of the first column of that name; -1 when there is none. Takes constant time.
     int FindColumn(std::string_view name) const noexcept;

@@ -8,8 +8,8 @@
 
 namespace luadui {
 
-// Base of what RefPtr points to. Born with one reference, which belongs to its creator. No virtual functions: the
-// derived class T has `static void Destroy(T*) noexcept`.
+// Base of what RefPtr points to. Born with one reference, which belongs to its creator. No virtual functions:
+// the derived class T has `static void Destroy(T*) noexcept`.
 class RefCounted {
   public:
     void AddRef() const noexcept { m_refs.fetch_add(1, std::memory_order_relaxed); }
@@ -18,8 +18,8 @@ class RefCounted {
         return m_refs.load(std::memory_order_acquire) == 1 ||
                m_refs.fetch_sub(1, std::memory_order_acq_rel) == 1;
     }
-    // True when the caller's reference is the only one: the storage may be written. Acquire, so that all that other
-    // owners did with it happened before.
+    // True when the caller's reference is the only one: the storage may be written. Acquire, so that all that
+    // other owners did with it happened before.
     bool IsUnique() const noexcept { return m_refs.load(std::memory_order_acquire) == 1; }
 
   protected:

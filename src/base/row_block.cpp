@@ -16,7 +16,8 @@ namespace {
 constexpr size_t kMaxText = size_t{1} << 31;
 constexpr size_t kMaxBlock = std::numeric_limits<uint32_t>::max() - 64;
 
-// Allocators hand out multiples of 16 and keep a word of each for themselves: what would be lost is room here.
+// Allocators hand out multiples of 16 and keep a word of each for themselves: what would be lost is room
+// here.
 size_t RoundUp(size_t bytes) { return ((bytes + sizeof(void*) + 15) & ~size_t{15}) - sizeof(void*); }
 
 auto FindCell(auto& cells, uint32_t cell) {

@@ -28,15 +28,16 @@ struct RowColors {
     void SetCell(uint32_t cell, std::string_view color);
 };
 
-// What the block is to have room for beyond the present need, so that a row that is filled cell by cell is not moved
-// each time.
+// What the block is to have room for beyond the present need, so that a row that is filled cell by cell is
+// not moved each time.
 struct RowRoom {
     uint32_t cells = 0;
     size_t bytes = 0;
 };
 
-// Layout: this header, the start of every cell (and of the end) as an offset from the block, then the texts, each
-// with a zero byte behind it. Cells past Cells() are empty. A block is written only while it has one owner.
+// Layout: this header, the start of every cell (and of the end) as an offset from the block, then the texts,
+// each with a zero byte behind it. Cells past Cells() are empty. A block is written only while it has one
+// owner.
 class RowBlock : public RefCounted {
   public:
     uint32_t Cells() const noexcept { return m_cells; }

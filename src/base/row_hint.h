@@ -1,4 +1,5 @@
-// Remembers which storage belongs to the row that was read last, so that the next column of it is found at once.
+// Remembers which storage belongs to the row that was read last, so that the next column of it is found at
+// once.
 #pragma once
 
 #include <algorithm>
@@ -7,9 +8,9 @@
 
 namespace luadui {
 
-// One word that holds a row number (21 bits) and an address (47 bits, multiple of 16) together, so that readers on
-// several threads never see the number of one row with the address of another. What does not fit is not remembered.
-// Relaxed order is enough: whoever reads the hint may read the storage as well.
+// One word that holds a row number (21 bits) and an address (47 bits, multiple of 16) together, so that
+// readers on several threads never see the number of one row with the address of another. What does not fit
+// is not remembered. Relaxed order is enough: whoever reads the hint may read the storage as well.
 class RowHint {
   public:
     void Set(uint32_t row, const void* storage) const noexcept {
@@ -19,7 +20,8 @@ class RowHint {
     }
     void Clear() const noexcept { m_word.store(0, std::memory_order_relaxed); }
 
-    // The storage set for exactly this row, else null. The key is what a loop over columns computes only once.
+    // The storage set for exactly this row, else null. The key is what a loop over columns computes only
+    // once.
     template <class T>
     const T* Get(int row) const noexcept {
         const uint64_t rest = m_word.load(std::memory_order_relaxed) ^ _key(static_cast<uint32_t>(row));

@@ -30,8 +30,8 @@ void CloseGap(T* items, uint32_t count, uint32_t at) {
     items[count - 1] = T();
 }
 
-// Copying or freeing a node counts all its children, which lie anywhere in memory: ask for all of them before the
-// first.
+// Copying or freeing a node counts all its children, which lie anywhere in memory: ask for all of them before
+// the first.
 template <class T>
 void PrefetchAll(const RefPtr<T>* items, uint32_t count) noexcept {
     for (uint32_t i = 0; i < count; ++i) __builtin_prefetch(items[i].get(), 1);
@@ -89,8 +89,8 @@ struct Inner final : RowNode {
         maps[at] = std::move(part.map);
         Shift(at, part.size);
     }
-    // `end` is the entry of `ends` that goes: that of the child, or that of its left neighbour if the child's rows
-    // are now the neighbour's.
+    // `end` is the entry of `ends` that goes: that of the child, or that of its left neighbour if the child's
+    // rows are now the neighbour's.
     void Remove(uint32_t child, uint32_t end) noexcept {
         CloseGap(children, count, child);
         CloseGap(maps, count, child);
@@ -160,8 +160,8 @@ void Absorb(RowNode& node, const Part& part, bool front) {
     }
 }
 
-// Hangs `part` below `node` at one edge, at the level where it belongs. What finds no room is the answer: a sibling
-// for `node` on that side. When memory runs out, nothing was added.
+// Hangs `part` below `node` at one edge, at the level where it belongs. What finds no room is the answer: a
+// sibling for `node` on that side. When memory runs out, nothing was added.
 Part Graft(NodePtr& node, MapPtr& map, Part part, bool front) {
     if (node->level == part.node->level) {
         // Inner nodes are hung in whole, which costs one count.
@@ -186,7 +186,8 @@ Part Graft(NodePtr& node, MapPtr& map, Part part, bool front) {
     return {std::move(sibling), nullptr, size};
 }
 
-// Gives the children of a nearly empty child to a neighbour. Only tidies: without memory the child stays as it is.
+// Gives the children of a nearly empty child to a neighbour. Only tidies: without memory the child stays as
+// it is.
 void MergeChild(Inner& inner, uint32_t child) noexcept try {
     const uint32_t neighbour = child ? child - 1 : child + 1;
     if (neighbour >= inner.count || !CanAbsorb(*inner.children[neighbour], *inner.children[child])) return;

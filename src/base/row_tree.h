@@ -36,12 +36,12 @@ struct RowLeaf final : RowNode {
     RowPtr rows[kMaxRows];
 };
 
-// Nodes of up to 16 children; leaves hold the rows. A node is written only while the whole path to it has one owner;
-// otherwise the path is copied first, which leaves every other table as it was.
+// Nodes of up to 16 children; leaves hold the rows. A node is written only while the whole path to it has one
+// owner; otherwise the path is copied first, which leaves every other table as it was.
 //
-// Joining hangs the root of one tree into the other, so nodes may be filled to any degree. A child may carry a column
-// map for everything below it: rows that came from a table of other columns are read through the maps on their path
-// and rewritten, one leaf at a time, when a row of the leaf is written.
+// Joining hangs the root of one tree into the other, so nodes may be filled to any degree. A child may carry
+// a column map for everything below it: rows that came from a table of other columns are read through the
+// maps on their path and rewritten, one leaf at a time, when a row of the leaf is written.
 class RowTree {
   public:
     static constexpr uint32_t kMaxRows = INT32_MAX;

@@ -9,15 +9,6 @@ namespace {
 
 constexpr uint32_t kMaxGuess = 4096;   // bytes that a new row gets on the strength of the last one
 constexpr uint32_t kBytesPerCell = 8;  // and per column when there is no last one
-constexpr size_t kPrefetchBytes = 256;
-constexpr size_t kCacheLine = 64;
-
-// A page reads row after row, and rows lie anywhere in memory.
-void Prefetch(const RowBlock* row) noexcept {
-    if (!row) return;  // a row without text
-    const char* bytes = reinterpret_cast<const char*>(row);
-    for (size_t i = 0; i < kPrefetchBytes; i += kCacheLine) __builtin_prefetch(bytes + i);
-}
 
 // For reading rows written under `source` in columns `target`; columns that are lost are counted.
 MapPtr MapBetween(const HeaderPtr& target, const HeaderPtr& source) {
@@ -55,9 +46,7 @@ const RowBlock& TableBody::Direct(uint32_t row) const noexcept {
         leaf = row < RowCount() ? _readLeaf(row, first) : nullptr;
         if (!leaf) return RowBlock::None();
     }
-    const uint32_t index = row - first;
-    if (index + 1 < leaf->count) Prefetch(leaf->rows[index + 1].get());
-    return leaf->Row(index);
+    return leaf->Row(row - first);
 }
 
 bool TableBody::Holds(uint32_t row, uint32_t cell, std::string_view text) const noexcept {
@@ -141,6 +130,7 @@ RowLeaf* TableBody::_ownLeaf(uint32_t row, uint32_t& first) const noexcept {
 // The row for writing; reads go on from its leaf.
 RowPtr& TableBody::_editRow(uint32_t row) {
     m_lastRow.Clear();
+    m_nextRow.Clear();
     uint32_t first = 0;
     RowLeaf* leaf = _ownLeaf(row, first);
     if (!leaf) {
@@ -154,6 +144,7 @@ RowPtr& TableBody::_editRow(uint32_t row) {
 
 void TableBody::_forget() const noexcept {
     m_lastRow.Clear();
+    m_nextRow.Clear();
     m_lastLeaf.Clear();
     m_ownedLeaf.Clear();
 }

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
+
+#include "base/key_hash.h"
 
 namespace luadui {
 namespace {
@@ -39,7 +40,7 @@ uint32_t TableHeader::Add(std::string_view name) {
 int TableHeader::Find(std::string_view name) const noexcept {
     if (m_slots.empty()) return -1;
     const size_t mask = m_slots.size() - 1;
-    for (size_t slot = std::hash<std::string_view>()(name) & mask;; slot = (slot + 1) & mask) {
+    for (size_t slot = HashKey(name) & mask;; slot = (slot + 1) & mask) {
         const int32_t column = m_slots[slot];
         if (column < 0 || m_columns[column].name == name) return column;
     }
@@ -68,7 +69,7 @@ TextView TableHeader::Property(uint32_t column, std::string_view property) const
 void TableHeader::_index(uint32_t column) noexcept {
     const std::string& name = m_columns[column].name;
     const size_t mask = m_slots.size() - 1;
-    size_t slot = std::hash<std::string_view>()(name) & mask;
+    size_t slot = HashKey(name) & mask;
     while (m_slots[slot] >= 0) {
         if (m_columns[m_slots[slot]].name == name) return;  // the first of equal names is the one to be found
         slot = (slot + 1) & mask;

@@ -29,8 +29,8 @@ class TableHeader : public RefCounted {
     TextView Property(uint32_t column, std::string_view property) const noexcept;
     const std::string& Name(uint32_t column) const noexcept { return m_columns[column].name; }
 
-    // True when the columns of `other` have the names of our first columns, in the same order: cells then need no
-    // map. One comparison of bytes.
+    // True when the columns of `other` have the names of our first columns, in the same order: cells then
+    // need no map. One comparison of bytes.
     bool StartsWith(const TableHeader& other) const noexcept {
         return m_names.compare(0, other.m_names.size(), other.m_names) == 0;
     }
@@ -65,8 +65,9 @@ class ColumnMap : public RefCounted {
     size_t Size() const noexcept { return m_from.size(); }
     uint32_t From(size_t column) const noexcept { return column < m_from.size() ? m_from[column] : kNowhere; }
 
-    // The map for reading rows of `source` under `target`. The second column of a name answers the second one of that
-    // name, and so on. `dropped` receives the number of source columns that `target` lacks. Null when no map is needed.
+    // The map for reading rows of `source` under `target`. The second column of a name answers the second one
+    // of that name, and so on. `dropped` receives the number of source columns that `target` lacks. Null when
+    // no map is needed.
     static RefPtr<const ColumnMap> Between(const TableHeader& target, const TableHeader& source,
                                            size_t& dropped);
     // First through `outer`, then through `inner`; null stands for the map that changes nothing.

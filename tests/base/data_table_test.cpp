@@ -101,7 +101,8 @@ CDataTable WithColumns(std::initializer_list<std::string_view> names) {
     return table;
 }
 
-// Tables beside their models, changed at random in all ways, with every text taken from the table itself now and then.
+// Tables beside their models, changed at random in all ways, with every text taken from the table itself now
+// and then.
 class RandomTables {
   public:
     explicit RandomTables(uint32_t seed) : m_random(seed) {}
@@ -148,7 +149,8 @@ class RandomTables {
         const std::string name = pair.table.GetColumnProperty(col, "name");
         const bool byName = valid && _upTo(4) == 0;
         const int target = byName ? pair.model.Find(name) : col;
-        const TextView own = pair.table.GetItemText(static_cast<int>(_upTo(pair.model.rows.size() + 1)), col);
+        const int ownRow = _upTo(2) ? row : static_cast<int>(_upTo(pair.model.rows.size() + 1));
+        const TextView own = pair.table.GetItemText(ownRow, static_cast<int>(_upTo(8)));
         const bool ofOwn = _upTo(4) == 0;
         const std::string text = ofOwn ? std::string(own) : _text();
         const std::string_view given = ofOwn ? std::string_view(own) : std::string_view(text);
@@ -349,7 +351,8 @@ TEST(DataTableTest, HostileSizes) {
     EXPECT_TRUE(tall.DeleteRow(rows / 3));
 }
 
-// A list that puts new rows in front, and one that takes rows from single-row tables: trees joined over and over.
+// A list that puts new rows in front, and one that takes rows from single-row tables: trees joined over and
+// over.
 TEST(DataTableTest, JoinedRowByRow) {
     CDataTable behind = WithColumns({"n"}), front = behind;
     constexpr int kRows = 20'000;

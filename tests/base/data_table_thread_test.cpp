@@ -64,7 +64,8 @@ TEST(DataTableThreadTest, CopiesAreWrittenWhileOthersRead) {
     EXPECT_TRUE(IsNumbered(original, 1));
 }
 
-// The last writer of a pair owns the storage alone and writes in place what the other read until a moment ago.
+// The last writer of a pair owns the storage alone and writes in place what the other read until a moment
+// ago.
 TEST(DataTableThreadTest, LastOwnerWritesInPlace) {
     for (int round = 0; round < 200; ++round) {
         CDataTable mine = Numbered();
