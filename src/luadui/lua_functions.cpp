@@ -20,7 +20,6 @@ namespace luadui {
 namespace {
 
 // Host window
-// ------------------------------------------------------------------------------------------------------
 
 void SendFrame(const LuaArguments& in, LuaResults&) {
     const HWND window = WindowOfNumber(static_cast<uint32_t>(HostMainWindow()));
@@ -56,7 +55,6 @@ void OnGetHWnd(const LuaArguments&, LuaResults& out) {
 }
 
 // Messages to pages
-// ------------------------------------------------------------------------------------------------
 
 void PostHostMessage(const std::string& pageSign, const std::string& text) {
     const std::string sender = CPageSignRegistry::Instance().Find(pageSign);
@@ -80,7 +78,6 @@ void OnError(const LuaArguments& in, LuaResults& out) {
 }
 
 // Pages
-// ------------------------------------------------------------------------------------------------------------
 
 void OnInit(const LuaArguments& in, LuaResults& out) {
     out.AddFlag(false);
@@ -125,7 +122,6 @@ void GetLoginInfo(const LuaArguments& in, LuaResults& out) {
 }
 
 // Settings and the rest
-// --------------------------------------------------------------------------------------------
 
 void Print(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);

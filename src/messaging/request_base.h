@@ -16,9 +16,8 @@ namespace luadui {
 // not on screen) it does not query again when data changed: it remembers that and asks once when it wakes.
 //
 // Threads:   the UI thread only.
-// Lifetime:  answers for an object that has gone are dropped. A callback of the host may destroy the object
-// in the
-//            middle of any call here.
+// Lifetime:  answers for an object that has gone are dropped. A callback of the host may destroy the object in
+//            the middle of any call here.
 class LUADUI_API CRequestBase : public CBaseObject {
   public:
     CRequestBase() = default;
