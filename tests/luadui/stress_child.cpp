@@ -34,11 +34,13 @@ bool Live(Terminal& terminal, const char* end) {
     }
     if (!std::strcmp(end, "close")) {
         SendMessageW(Terminal::ManagerWindow(), WM_CLOSE, 0, 0);
-        if (!terminal.WaitForEnd()) return false;
+        if (!terminal.HasEnded()) return false;
     } else if (!terminal.Stop()) {
         return false;
     }
     const uint64_t dropped = Count("records_dropped_at_shutdown") + Count("response_without_receiver");
+    std::fprintf(stderr, "received %d, dropped %d, pages left %d\n", received.load(), static_cast<int>(dropped),
+                 static_cast<int>(probe.pages.size()));
     return received + dropped == 2 * kEach && probe.pages.empty() && terminal.CreatePage("late") == 0;
 }
 

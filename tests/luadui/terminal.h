@@ -53,6 +53,7 @@ class Terminal {
     Terminal() { s_terminal = this; }
     ~Terminal() {
         Stop();
+        if (m_thread) CloseHandle(m_thread);
         s_terminal = nullptr;
     }
 
@@ -66,7 +67,8 @@ class Terminal {
         SetCallbacks();
         for (const wchar_t* library : {L"test_page.dll", L"vandrel.dll"}) Probe(library);  // stays loaded
         m_uiThreadId = module.start_dui_thread();
-        return m_uiThreadId != 0 && WaitFor([] { return ManagerWindow() != nullptr; });
+        m_thread = OpenThread(SYNCHRONIZE, FALSE, m_uiThreadId);
+        return m_thread && WaitFor([] { return ManagerWindow() != nullptr; });
     }
     void SetCallbacks() {
         module.set_push_callback(
@@ -74,23 +76,26 @@ class Terminal {
         module.set_req_sync_callback(
             [](CQueueReqItem* request) { return _called(s_terminal->onAsk, *request); });
     }
-    // Sends the quit message, as soon as the queue has room for it, and waits for its end; false when it does not end.
+    // Sends the quit message, as soon as the queue has room for it, and waits for the thread's end; false when it does
+    // not end.
     bool Stop() {
-        return WaitFor([this] {
-                   return m_uiThreadId == 0 || PostThreadMessageW(m_uiThreadId, WM_QUIT, 0, 0) ||
-                          GetLastError() == ERROR_INVALID_THREAD_ID;
-               }) &&
-               WaitForEnd();
+        return WaitFor([this] { return HasEnded(0) || PostThreadMessageW(m_uiThreadId, WM_QUIT, 0, 0); }) &&
+               HasEnded(15000);
     }
-    bool WaitForEnd() {
-        const HANDLE thread = m_uiThreadId ? OpenThread(SYNCHRONIZE, FALSE, m_uiThreadId) : nullptr;
-        if (!thread) return true;
-        const bool hasEnded = WaitForSingleObject(thread, 15000) == WAIT_OBJECT_0;
-        CloseHandle(thread);
-        return hasEnded;
+    bool HasEnded(DWORD waitMs = 15000) {
+        return !m_thread || WaitForSingleObject(m_thread, waitMs) == WAIT_OBJECT_0;
     }
     DWORD UiThreadId() const { return m_uiThreadId; }
-    static HWND ManagerWindow() { return FindWindowW(L"PageManagerWnd", nullptr); }
+    // The page manager window of this process, found by its class as a host would; other terminals may run.
+    static HWND ManagerWindow() {
+        DWORD process = 0;
+        HWND window = nullptr;
+        do {
+            window = FindWindowExW(nullptr, window, L"PageManagerWnd", nullptr);
+            GetWindowThreadProcessId(window, &process);
+        } while (window && process != GetCurrentProcessId());
+        return window;
+    }
 
     static constexpr char kPageLibrary[] = "/test_page.dll";
     PageProbe& Probe(const wchar_t* library = L"test_page.dll") {
@@ -125,6 +130,7 @@ class Terminal {
 
     static inline Terminal* s_terminal = nullptr;
     DWORD m_uiThreadId = 0;
+    HANDLE m_thread = nullptr;
     LuaScripts m_scripts{module.luaopen_luadui};
 };
 
