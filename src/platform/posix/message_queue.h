@@ -41,7 +41,7 @@ class SentMessage {
 
 // Others put messages in under a short lock; the owner takes all that have arrived in one go and then works on them
 // without the lock. The owner is woken only by what arrives while nothing else had.
-class MessageQueue {
+class MessageQueue {  // NOLINT(clang-analyzer-optin.performance.Padding): see kCacheLine
   public:
     static constexpr size_t kQuota = 10000;
 

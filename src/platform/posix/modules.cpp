@@ -48,10 +48,10 @@ std::vector<Candidate> Candidates(LPCWSTR name) {
     const std::string path = ToNativePath(name);
     const size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "" : path.substr(0, slash + 1);
-    const std::string root = path.starts_with('/') ? "" : HostFolder();
+    const std::string start = (path.starts_with('/') ? "" : HostFolder()) + folder;
     std::vector<Candidate> candidates;
     const auto names = FileNames(path.substr(folder.size()));
-    for (const std::string& file : names) candidates.push_back({root + folder + file, false});
+    for (const std::string& file : names) candidates.push_back({start + file, false});
     if (!folder.empty()) return candidates;
     for (const std::string& file : names) candidates.push_back({file, true});
     return candidates;

@@ -75,7 +75,7 @@ bool StartDetached(std::unique_ptr<Start> start, size_t stack) {
     pthread_t thread;
     const bool started = pthread_create(&thread, &attributes, Run, start.get()) == 0;
     pthread_attr_destroy(&attributes);
-    if (started) start.release();  // Run owns it now
+    if (started) static_cast<void>(start.release());  // Run owns it now
     return started;
 }
 

@@ -55,13 +55,13 @@ using PUINT = UINT*;
 
 // A handle of the kernel (thread, event). Its value fits 32 bits, as a window's does; a module's does not.
 using HANDLE = void*;
-using HWND = struct HWND__*;
-using HINSTANCE = struct HINSTANCE__*;
+using HWND = struct HWNDValue*;
+using HINSTANCE = struct HINSTANCEValue*;
 using HMODULE = HINSTANCE;
-using HICON = struct HICON__*;
+using HICON = struct HICONValue*;
 using HCURSOR = HICON;
-using HBRUSH = struct HBRUSH__*;
-using HMENU = struct HMENU__*;
+using HBRUSH = struct HBRUSHValue*;
+using HMENU = struct HMENUValue*;
 using FARPROC = INT_PTR (*)();
 
 struct POINT {
