@@ -7,10 +7,15 @@
 namespace {
 std::atomic<int64_t> g_live{0};
 
-void* Allocate(size_t size) {
+void* TryAllocate(size_t size) noexcept {
     void* const block = std::malloc(size ? size : 1);
+    if (block) g_live.fetch_add(1, std::memory_order_relaxed);
+    return block;
+}
+
+void* Allocate(size_t size) {
+    void* const block = TryAllocate(size);
     if (!block) throw std::bad_alloc();
-    g_live.fetch_add(1, std::memory_order_relaxed);
     return block;
 }
 
@@ -25,6 +30,8 @@ int64_t luadui::LiveAllocations() { return g_live.load(); }
 
 void* operator new(size_t size) { return Allocate(size); }
 void* operator new[](size_t size) { return Allocate(size); }
+void* operator new(size_t size, const std::nothrow_t&) noexcept { return TryAllocate(size); }
+void* operator new[](size_t size, const std::nothrow_t&) noexcept { return TryAllocate(size); }
 void operator delete(void* block) noexcept { Free(block); }
 void operator delete[](void* block) noexcept { Free(block); }
 void operator delete(void* block, size_t) noexcept { Free(block); }

@@ -100,7 +100,7 @@ TEST_P(HostEnd, FreesWhatIsUnderWay) {
     const auto dropped = [] {
         return Count("records_dropped_at_shutdown") + Count("response_without_ui_thread") +
                Count("response_without_receiver") + Count("export_without_writer") +
-               Count("export_dropped_at_shutdown");
+               Count("export_without_worker");
     };
     const uint64_t droppedBefore = dropped();
     const int64_t liveBefore = LiveAllocations();
