@@ -16,7 +16,8 @@ cmake --build --preset windows
 # own services start with the first program and keep its output open, which therefore must be nobody's.
 wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver)
 trap '"$wineserver" -k || true' EXIT
-"$wineserver" -p
 cmake/wine.sh wineboot --init >/dev/null 2>&1
 cmake/wine.sh reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null
+"$wineserver" -k || true  # a new prefix has its desktop already, made without that driver
+"$wineserver" -p
 ctest --preset windows "$@"
