@@ -12,12 +12,14 @@ scripts/windows-deps.sh
 cmake --preset windows
 cmake --build --preset windows
 
-# One server for all test programs: without it each would start and end its own. It stops with this script. Wine's
-# own services start with the first program and keep its output open, which therefore must be nobody's.
+# One server for all test programs: without it each would start and end its own. It stops with this script. A new
+# prefix has its desktop already, made without the null driver, so the server is started anew after the driver is set.
+# Wine's own services start with the first program and keep its output open, which therefore must be nobody's.
 wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver)
 trap '"$wineserver" -k || true' EXIT
 cmake/wine.sh wineboot --init >/dev/null 2>&1
-cmake/wine.sh reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null
-"$wineserver" -k || true  # a new prefix has its desktop already, made without that driver
+cmake/wine.sh reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1
+"$wineserver" -k || true
 "$wineserver" -p
+cmake/wine.sh wineboot >/dev/null 2>&1
 ctest --preset windows "$@"
