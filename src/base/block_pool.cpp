@@ -5,6 +5,8 @@
 #include <mutex>
 #include <new>
 
+#include "platform/module_pin.h"
+
 namespace luadui::block_pool {
 namespace {
 
@@ -72,9 +74,15 @@ struct Magazine {
 };
 constinit thread_local Magazine t_magazine{nullptr, 0, Magazine::kNew};
 
-// Gives the blocks back when the thread ends.
+const char kInThisModule = 0;
+
+// Gives the blocks back when the thread ends: then its destructor must still be there.
 struct Closer {
-    Closer() noexcept { t_magazine.state = Magazine::kOpen; }
+    Closer() noexcept {
+        static const bool pinned = PinModuleOf(&kInThisModule);
+        static_cast<void>(pinned);
+        t_magazine.state = Magazine::kOpen;
+    }
     ~Closer() {
         FreeAll(t_magazine.head);
         t_magazine = {nullptr, 0, Magazine::kClosed};

@@ -6,6 +6,7 @@
 #include <climits>
 #include <unordered_map>
 
+#include "platform/module_pin.h"
 #include "platform/posix/win32_system.h"
 #include "platform/posix/window.h"
 
@@ -35,10 +36,7 @@ const char kInThisModule = 0;
 // outlive those; and should one of them come back to this layer even later, the key is simply cleared once more.
 pthread_key_t EndKey() {
     static const pthread_key_t key = [] {
-        // The key calls back into this module for as long as any thread lives.
-        HMODULE self = nullptr;
-        GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                           reinterpret_cast<LPCWSTR>(&kInThisModule), &self);
+        PinModuleOf(&kInThisModule);  // the key calls back into it for as long as any thread lives
         pthread_key_t made;
         pthread_key_create(&made, [](void* value) {
             const std::unique_ptr<std::shared_ptr<Thread>> self(static_cast<std::shared_ptr<Thread>*>(value));
