@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/counters.h"
 #include "base/json_object.h"
 #include "base/number_text.h"
 #include "base/record_body.h"
@@ -213,6 +214,7 @@ bool CJsonObject::Parse(std::string_view text, std::string* error) {
         reason = exception.what();
     }
     *this = CJsonObject();
+    CCounters::Add("json_text_refused");
     if (error) *error = std::move(reason);
     return false;
 }

@@ -101,7 +101,9 @@ TEST(JsonTest, BadTextLeavesAnEmptyObject) {
         CJsonObject object;
         object.Set("before", 1);
         std::string error;
+        const uint64_t refused = CCounters::Get("json_text_refused");
         EXPECT_FALSE(object.Parse(text, &error));
+        EXPECT_EQ(CCounters::Get("json_text_refused"), refused + 1);
         EXPECT_TRUE(object.IsEmpty());
         EXPECT_NE(error, "");
         EXPECT_EQ(error.find("x999"), std::string::npos);
@@ -205,7 +207,9 @@ TEST(JsonTest, MembersAreSetInPlaceAndKindsAreChecked) {
     const CJsonObject copy = object;
     EXPECT_TRUE(object.Append("list", object));
     EXPECT_TRUE(object.Append("list", sub));
+    const uint64_t refused = CCounters::Get("json_append_refused");
     EXPECT_FALSE(object.Append("b", 1));
+    EXPECT_EQ(CCounters::Get("json_append_refused"), refused + 1);
     EXPECT_FALSE(object.Set("record", CUIData()));
     EXPECT_FALSE(object.Append("list", CDataSet()));
     object.Set("b", "text");
