@@ -60,6 +60,19 @@ struct DataKey {
     DataKey(const std::string& text) : view(text) {}                   // NOLINT
 
     std::string_view view;
+    uint32_t hash = 0;  // 0: not known
+};
+
+// A key that is used again and again: its hash is computed once. For constants of the process: `text` must stay where
+// it is, as a literal does. Accepted wherever a DataKey is.
+struct TESSEL_API HashedKey : DataKey {
+    explicit HashedKey(std::string_view text) noexcept;
+};
+
+// One field of records of a known form.
+struct RecordField {
+    HashedKey key;
+    DataKind kind;  // kDataInteger, kDataBoolean, kDataDouble or kDataString
 };
 
 // A value to be stored, of any kind: the argument of SetData, Append and Set. Owns nothing; valid for the

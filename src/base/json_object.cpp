@@ -14,27 +14,27 @@ bool IsJsonKind(DataKind kind) {
 
 }  // namespace
 
-bool CJsonObject::Set(DataKey name, DataValue value) {
-    return IsJsonKind(value.Kind()) && RecordBody::Set(*this, name.view, value, RecordBody::kSmallBlock);
+bool CJsonObject::Set(const DataKey& name, DataValue value) {
+    return IsJsonKind(value.Kind()) && RecordBody::Set(*this, name, value, RecordBody::kSmallBlock);
 }
 
-bool CJsonObject::Append(DataKey name, DataValue value) {
-    return IsJsonKind(value.Kind()) && RecordBody::AppendIn(*this, name.view, value);
+bool CJsonObject::Append(const DataKey& name, DataValue value) {
+    return IsJsonKind(value.Kind()) && RecordBody::AppendIn(*this, name, value);
 }
 
-bool CJsonObject::Remove(DataKey name) { return RecordBody::Remove(*this, name.view); }
+bool CJsonObject::Remove(const DataKey& name) { return RecordBody::Remove(*this, name); }
 
 void CJsonObject::Clear() { RecordBody::Clear(*this); }
 
-ValueView CJsonObject::Find(DataKey name) const noexcept { return RecordBody::Find(_read(), name.view); }
+ValueView CJsonObject::Find(const DataKey& name) const noexcept { return RecordBody::Find(_read(), name); }
 
-CJsonObject CJsonObject::GetSub(DataKey name) const {
+CJsonObject CJsonObject::GetSub(const DataKey& name) const {
     CJsonObject sub;
     Get(name, sub);
     return sub;
 }
 
-CDataList CJsonObject::GetArray(DataKey name) const {
+CDataList CJsonObject::GetArray(const DataKey& name) const {
     CDataList array;
     Get(name, array);
     return array;

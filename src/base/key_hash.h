@@ -1,7 +1,11 @@
-// The hash of keys: fast on short texts, and seeded per process so that nobody outside can choose keys that collide.
+// The hash of keys: fast on short texts, and secret per process, so that nobody outside can choose keys that collide.
+//
+// Multiplying is one-sided: when one operand is 0, the other one no longer counts. So each operand of every product is
+// mixed with a secret word of its own, and which texts make it 0 cannot be known.
 #pragma once
 
 #include <atomic>
+#include <bit>
 #include <cstdint>
 #include <string_view>
 
@@ -9,19 +13,24 @@
 
 namespace luadui {
 
-// Drawn at first use; the same for the life of the process.
-class KeySeed {
+// What the hash of a text depends on besides the text.
+struct KeySeed {
+    uint64_t left, right;
+};
+
+// The seed of this process, drawn at first use.
+class KeySecret {
   public:
-    static uint64_t Get() noexcept {
-        const uint64_t seed = Known();
-        return seed != 0 ? seed : _draw();
-    }
+    static KeySeed Get() noexcept { return s_left.load(std::memory_order_acquire) != 0 ? Known() : _draw(); }
     // For those who come after a Get(): whoever holds a record does.
-    static uint64_t Known() noexcept { return s_seed.load(std::memory_order_relaxed); }
+    static KeySeed Known() noexcept {
+        return {s_left.load(std::memory_order_relaxed), s_right.load(std::memory_order_relaxed)};
+    }
 
   private:
-    static uint64_t _draw() noexcept;
-    static std::atomic<uint64_t> s_seed;  // 0 until it is drawn
+    static KeySeed _draw() noexcept;
+    static std::atomic<uint64_t> s_left;  // 0 until both are drawn
+    static std::atomic<uint64_t> s_right;
 };
 
 constexpr size_t kShortKey = 16;
@@ -33,8 +42,8 @@ inline uint64_t MixWords(uint64_t left, uint64_t right) noexcept {
     return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
 }
 
-// The hash of up to kShortKey bytes; `seed` may be that of bytes before them.
-inline uint32_t HashShortKey(std::string_view key, uint64_t seed) noexcept {
+// The hash of up to kShortKey bytes; `seed.left` may stand for the bytes before them.
+inline uint32_t HashShortKey(std::string_view key, KeySeed seed) noexcept {
     const char* bytes = key.data();
     const size_t size = key.size();
     uint64_t first = 0, last = 0;
@@ -50,15 +59,16 @@ inline uint32_t HashShortKey(std::string_view key, uint64_t seed) noexcept {
     } else if (size == 1) {
         first = static_cast<unsigned char>(*bytes);
     }
-    constexpr uint64_t kOdd1 = 0x9e3779b97f4a7c15, kOdd2 = 0xd6e8feb86659fd93;
-    return static_cast<uint32_t>(MixWords(first ^ seed, last ^ (size * kOdd2) ^ kOdd1) >> 16);
+    // The size turns the secret instead of being mixed with the text, which could make up for it.
+    const uint64_t right = std::rotl(seed.right, static_cast<int>(size));
+    return static_cast<uint32_t>(MixWords(first ^ seed.left, last ^ right) >> 16);
 }
 
 inline uint32_t HashKey(std::string_view key) noexcept {
-    constexpr uint64_t kOdd = 0xa0761d6478bd642f;
-    uint64_t seed = KeySeed::Get();
+    KeySeed seed = KeySecret::Get();
     for (; key.size() > kShortKey; key.remove_prefix(16)) {
-        seed = MixWords(ReadWord<uint64_t>(key.data()) ^ kOdd, ReadWord<uint64_t>(key.data() + 8) ^ seed);
+        seed.left = MixWords(ReadWord<uint64_t>(key.data()) ^ seed.left,
+                             ReadWord<uint64_t>(key.data() + 8) ^ seed.right);
     }
     return HashShortKey(key, seed);
 }

@@ -20,25 +20,35 @@ void* Allocate(size_t size) {
     return memory;
 }
 
-uint64_t DrawSeed() noexcept {
-    uint64_t seed = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+KeySeed DrawSeed() noexcept {
+    constexpr uint64_t kOdd = 0x9e3779b97f4a7c15;
+    const auto now = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    KeySeed seed{now, MixWords(now, kOdd)};
     try {
         std::random_device random;
-        seed ^= uint64_t{random()} << 32 | random();
+        for (uint64_t* word : {&seed.left, &seed.right}) *word ^= uint64_t{random()} << 32 | random();
     } catch (...) {  // no source of randomness: the clock has to do
     }
-    return seed | 1;  // 0 means not drawn yet
+    seed.left |= 1;  // 0 means not drawn yet
+    return seed;
 }
 
 }  // namespace
 
-constinit std::atomic<uint64_t> KeySeed::s_seed{0};
+constinit std::atomic<uint64_t> KeySecret::s_left{0};
+constinit std::atomic<uint64_t> KeySecret::s_right{0};
 
-uint64_t KeySeed::_draw() noexcept {
-    uint64_t none = 0;
-    const uint64_t drawn = DrawSeed();
-    return s_seed.compare_exchange_strong(none, drawn, std::memory_order_relaxed) ? drawn : none;
+KeySeed KeySecret::_draw() noexcept {
+    static const KeySeed drawn = [] {
+        const KeySeed seed = DrawSeed();
+        s_right.store(seed.right, std::memory_order_relaxed);
+        s_left.store(seed.left, std::memory_order_release);  // last: it says that both are there
+        return seed;
+    }();
+    return drawn;
 }
+
+HashedKey::HashedKey(std::string_view text) noexcept : DataKey(text) { hash = HashKey(text); }
 
 LongText* LongText::Create(std::string_view text) {
     auto* body = new (Allocate(sizeof(LongText) + text.size() + 1)) LongText(text.size());
@@ -63,7 +73,7 @@ struct RecordBody::Index {
 };
 
 RecordBody* RecordBody::_create(size_t capacity, uint32_t flags) {
-    KeySeed::Get();  // before the first key is looked for
+    KeySecret::Get();  // before the first key is looked for
     void* const block = capacity == block_pool::kBlockSize ? block_pool::Take() : Allocate(capacity);
     return new (block) RecordBody(static_cast<uint32_t>(capacity), flags);
 }
@@ -93,15 +103,12 @@ bool RecordBody::_isAt(const RecordEntry& entry, std::string_view key, uint32_t 
            std::memcmp(_at(entry.key), key.data(), key.size()) == 0;
 }
 
-const RecordEntry* RecordBody::_findAny(std::string_view key) const noexcept {
-    return _findHashed(key, HashKey(key));
-}
-
-const RecordEntry* RecordBody::_findHashed(std::string_view key, uint32_t hash) const noexcept {
+const RecordEntry* RecordBody::_findAny(const DataKey& key) const noexcept {
+    const uint32_t hash = HashOf(key);
     const auto probe = [&](const auto* slots, uint32_t mask) -> const RecordEntry* {
         for (uint32_t slot = hash & mask; slots[slot] != 0; slot = (slot + 1) & mask) {
             const RecordEntry& entry = Entries()[slots[slot] - 1];
-            if (_isAt(entry, key, hash)) return &entry;
+            if (_isAt(entry, key.view, hash)) return &entry;
         }
         return nullptr;
     };
@@ -158,7 +165,7 @@ void RecordBody::_growIndex() {
 
 void RecordBody::_overwriteText(BlockText& text, std::string_view bytes) noexcept {
     char* place = _blockEnd() - text.end;
-    std::memmove(place, bytes.data(), bytes.size());
+    CopyBytes(place, bytes.data(), bytes.size());
     place[bytes.size()] = '\0';
     m_garbage += text.size - static_cast<uint32_t>(bytes.size());
     text.size = static_cast<uint32_t>(bytes.size());
@@ -252,7 +259,7 @@ RecordBody* RecordBody::_cloneBlock() const {
 
 SharedBody* RecordBody::Clone() const {
     RecordBody* clone = _cloneBlock();
-    for (uint32_t i = m_first; i < m_count; ++i) {
+    for (uint32_t i = HasFlag(kHoldsBodies) ? m_first : m_count; i < m_count; ++i) {
         const RecordEntry& entry = Entries()[i];
         if (entry.IsLive() && entry.HoldsBody() && entry.body) entry.body->AddRef();
     }

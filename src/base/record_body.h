@@ -16,6 +16,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -25,6 +26,12 @@
 #include "base/shared_value.h"
 
 namespace luadui {
+
+inline uint32_t HashOf(const DataKey& key) noexcept { return key.hash != 0 ? key.hash : HashKey(key.view); }
+// For keys of at most kShortKey bytes, by those who hold a record.
+inline uint32_t ShortHashOf(const DataKey& key) noexcept {
+    return key.hash != 0 ? key.hash : HashShortKey(key.view, KeySecret::Known());
+}
 
 // A text too long for the block; immutable.
 class LongText final : public SharedBody {
@@ -94,23 +101,31 @@ class RecordBody final : public SharedBody {
     // Writing. Each works on the content of `owner`: made when there is none, cloned when others hold it too,
     // moved to a larger block when it is full. `block` is the size of a first block. Keys, texts and handles
     // passed in may lie in the record itself. False when refused (counted).
-    static bool Set(SharedHandle& owner, std::string_view key, const DataValue& value, size_t block);
+    static bool Set(SharedHandle& owner, const DataKey& key, const DataValue& value, size_t block);
+    // See CUIData::CopyFields.
+    static void CopyFields(SharedHandle& owner, const SharedHandle& from,
+                           std::span<const RecordField> fields);
     static bool SetAt(SharedHandle& owner, size_t index, const DataValue& value);
     static bool Append(SharedHandle& owner, const DataValue& value, size_t block);
     // Appends to the list under `key`, which is made when absent; false when something else is there.
-    static bool AppendIn(SharedHandle& owner, std::string_view key, const DataValue& value);
-    static bool SetShared(SharedHandle& owner, std::string_view key, DataKind kind, SharedHandle& value);
-    static bool Remove(SharedHandle& owner, std::string_view key);
+    static bool AppendIn(SharedHandle& owner, const DataKey& key, const DataValue& value);
+    static bool SetShared(SharedHandle& owner, const DataKey& key, DataKind kind, SharedHandle& value);
+    static bool Remove(SharedHandle& owner, const DataKey& key);
     static bool RemoveAt(SharedHandle& owner, size_t index);
     static bool SetType(SharedHandle& owner, std::string_view type);
     // Removes the entries, not the type.
     static void Clear(SharedHandle& owner);
     static void Reserve(SharedHandle& owner, size_t entries, size_t bytes);
-    static bool GetShared(SharedHandle& owner, std::string_view key, DataKind kind, SharedHandle& out);
+    static bool GetShared(SharedHandle& owner, const DataKey& key, DataKind kind, SharedHandle& out);
 
     // Reading; null bodies are empty.
-    static ValueView Find(const RecordBody* body, std::string_view key) noexcept;
-    const RecordEntry* FindEntry(std::string_view key) const noexcept;
+    static ValueView Find(const RecordBody* body, const DataKey& key) noexcept;
+    const RecordEntry* FindEntry(const DataKey& key) const noexcept;
+    // What the view of the entry answers, without a call where it is of the kind asked for.
+    static int64_t GetLong(const RecordBody* body, const DataKey& key) noexcept;
+    static double GetDouble(const RecordBody* body, const DataKey& key) noexcept;
+    static bool GetBool(const RecordBody* body, const DataKey& key) noexcept;
+    static TextView GetText(const RecordBody* body, const DataKey& key) noexcept;
     static ValueView At(const RecordBody* body, size_t index) noexcept;
     static bool GetAttached(const ValueView& value, DataKind kind, SharedHandle& out) noexcept;
     static void CopyTo(const RecordEntry& entry, SharedHandle& out);
@@ -161,16 +176,17 @@ class RecordBody final : public SharedBody {
         return text.size ? TextView(_at(text), text.size) : TextView();
     }
     size_t _usedBytes() const noexcept { return sizeof(RecordBody) + m_count * sizeof(RecordEntry) + m_back; }
+    // Also that of the entry in a clone.
+    uint32_t _positionOf(const RecordEntry& entry) const noexcept {
+        return static_cast<uint32_t>(&entry - Entries());
+    }
     bool _hasGaps() const noexcept { return m_garbage != 0 || m_live != m_count; }
 
     // Finding.
     bool _isAt(const RecordEntry& entry, std::string_view key, uint32_t hash) const noexcept;
-    const RecordEntry* _findAny(std::string_view key) const noexcept;
-    const RecordEntry* _findHashed(std::string_view key, uint32_t hash) const noexcept;
+    const RecordEntry* _findAny(const DataKey& key) const noexcept;
     uint32_t _slotOf(std::string_view key, uint32_t hash) const noexcept;
-    RecordEntry* _find(std::string_view key, uint32_t hash) noexcept {
-        return const_cast<RecordEntry*>(_findHashed(key, hash));
-    }
+    RecordEntry* _find(const DataKey& key) noexcept { return const_cast<RecordEntry*>(FindEntry(key)); }
     void _indexEntry(uint32_t position) noexcept;
     void _slotEntry(uint32_t position) noexcept;
     void _makeIndex(uint32_t entries);
@@ -199,12 +215,15 @@ class RecordBody final : public SharedBody {
     static RecordBody* _cloneOpen(const std::vector<OpenNode>& nodes);
 
     // Editing on behalf of the public operations.
-    bool _setPlain(std::string_view key, const DataValue& value) noexcept;
+    static bool _isPlain(const DataValue& value) noexcept;
+    static DataValue _valueOf(const RecordBody* from, const RecordField& field) noexcept;
+    bool _setPlain(const DataKey& key, const DataValue& value) noexcept;
     static void _storeBits(RecordEntry& entry, const DataValue& value) noexcept;
+    void _storeText(RecordEntry& entry, std::string_view text) noexcept;
     bool _overwritePlain(RecordEntry& entry, const DataValue& value) noexcept;
-    [[gnu::noinline]] static bool _setAny(SharedHandle& owner, std::string_view key, const DataValue& value,
+    [[gnu::noinline]] static bool _setAny(SharedHandle& owner, const DataKey& key, const DataValue& value,
                                           size_t block);
-    static bool _set(SharedHandle& owner, std::string_view key, uint32_t hash, Pending& value, size_t block);
+    static bool _set(Writer& writer, const DataKey& key, Pending& value);
     static bool _append(SharedHandle& owner, Pending& value, size_t block);
 
     uint32_t m_capacity;     // bytes of the block, this header included
@@ -233,11 +252,34 @@ inline uint32_t RecordBody::_slotOf(std::string_view key, uint32_t hash) const n
     return slot;
 }
 
-inline const RecordEntry* RecordBody::FindEntry(std::string_view key) const noexcept {
-    if (m_index || key.size() > kShortKey) [[unlikely]]
+inline const RecordEntry* RecordBody::FindEntry(const DataKey& key) const noexcept {
+    if (m_index || key.view.size() > kShortKey) [[unlikely]]
         return _findAny(key);
-    const uint32_t position = m_slots[_slotOf(key, HashShortKey(key, KeySeed::Known()))];
+    const uint32_t position = m_slots[_slotOf(key.view, ShortHashOf(key))];
     return position != 0 ? Entries() + (position - 1) : nullptr;
+}
+
+inline int64_t RecordBody::GetLong(const RecordBody* body, const DataKey& key) noexcept {
+    const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
+    if (!entry) return 0;
+    return entry->kind == kDataInteger ? entry->integer : View(body, entry).AsLong();
+}
+
+inline double RecordBody::GetDouble(const RecordBody* body, const DataKey& key) noexcept {
+    const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
+    if (!entry) return 0;
+    return entry->kind == kDataDouble ? entry->real : View(body, entry).AsDouble();
+}
+
+inline bool RecordBody::GetBool(const RecordBody* body, const DataKey& key) noexcept {
+    const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
+    if (!entry) return false;
+    return entry->kind == kDataBoolean ? entry->integer != 0 : View(body, entry).AsBool();
+}
+
+inline TextView RecordBody::GetText(const RecordBody* body, const DataKey& key) noexcept {
+    const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
+    return entry && entry->kind == kDataString ? body->Text(*entry) : TextView();
 }
 
 inline BlockText RecordBody::_pushBytes(std::string_view bytes, size_t terminator) noexcept {
@@ -274,7 +316,7 @@ inline void RecordBody::_slotEntry(uint32_t position) noexcept {
     m_slots[slot] = static_cast<uint8_t>(position + 1);
 }
 
-inline ValueView RecordBody::Find(const RecordBody* body, std::string_view key) noexcept {
+inline ValueView RecordBody::Find(const RecordBody* body, const DataKey& key) noexcept {
     const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
     return entry ? ValueView(body, entry) : ValueView();
 }

@@ -153,65 +153,78 @@ void RecordBody::_store(RecordEntry& entry, Pending& value) noexcept {
     SharedBody::Release(old);  // last: the text may have been read from it
 }
 
+// Whether the value is one that holds no body: a number, a short text, an empty object.
+inline bool RecordBody::_isPlain(const DataValue& value) noexcept {
+    if (value.m_kind == kDataString) return value.m_text.size() < kLongTextFrom;
+    return value.m_kind < kDataSet || value.m_kind > kDataJson || !value.m_handle->_body();
+}
+
 inline void RecordBody::_storeBits(RecordEntry& entry, const DataValue& value) noexcept {
+    entry.kind = static_cast<uint8_t>(value.m_kind);
     entry.flags = value.m_unsigned ? RecordEntry::kUnsigned : 0;
     if (value.m_kind == kDataDouble) {
         entry.real = value.m_double;
     } else {
-        entry.integer = value.m_long;
+        entry.integer = value.m_kind >= kDataSet && value.m_kind <= kDataJson ? 0 : value.m_long;
     }
 }
 
-// The ordinary case, without a detour: a short key, a number or short text, no index, and room in the block. False, and
-// nothing changed, when it is not that.
-inline bool RecordBody::_setPlain(std::string_view key, const DataValue& value) noexcept {
-    if (m_count >= kSlotted || key.size() > kShortKey) return false;
-    const bool isText = value.m_kind == kDataString;
-    if (isText ? value.m_text.size() >= kLongTextFrom
-               : value.m_kind >= kDataSet && value.m_kind <= kDataJson) {
-        return false;
-    }
-    const uint32_t hash = HashShortKey(key, KeySeed::Known());
-    const uint32_t slot = _slotOf(key, hash);
-    if (m_slots[slot] != 0) return !isText && _overwritePlain(_entries()[m_slots[slot] - 1], value);
+inline void RecordBody::_storeText(RecordEntry& entry, std::string_view text) noexcept {
+    entry.kind = kDataString;
+    entry.flags = 0;
+    entry.text = _pushBytes(text, 1);
+}
 
-    const size_t bytes = key.size() + (isText ? value.m_text.size() + 1 : 0);
-    if (_usedBytes() + sizeof(RecordEntry) + bytes > m_capacity) return false;
+// The ordinary case, without a detour: a short key, a plain value, no index, and room in the block. False, and nothing
+// changed, when it is not that.
+[[gnu::always_inline]] inline bool RecordBody::_setPlain(const DataKey& key,
+                                                         const DataValue& value) noexcept {
+    if (m_index || key.view.size() > kShortKey || !_isPlain(value)) return false;
+    const uint32_t hash = ShortHashOf(key);
+    const uint32_t slot = _slotOf(key.view, hash);
+    if (m_slots[slot] != 0) return _overwritePlain(_entries()[m_slots[slot] - 1], value);
+
+    const bool isText = value.m_kind == kDataString;
+    const size_t bytes = key.view.size() + (isText ? value.m_text.size() + 1 : 0);
+    if (m_count >= kSlotted || _usedBytes() + sizeof(RecordEntry) + bytes > m_capacity) return false;
     RecordEntry& entry = _entries()[m_count];
     entry.hash = hash;
-    entry.key = _pushBytes(key, 0);
-    entry.kind = static_cast<uint8_t>(value.m_kind);
-    if (isText) {
-        entry.flags = 0;
-        entry.text = _pushBytes(value.m_text, 1);
-    } else {
-        _storeBits(entry, value);
-    }
+    entry.key = _pushBytes(key.view, 0);
+    isText ? _storeText(entry, value.m_text) : _storeBits(entry, value);
     m_slots[slot] = static_cast<uint8_t>(++m_count);
     ++m_live;
     return true;
 }
 
-// False when a body is to be released or bytes of the block to be used again.
+// The same for an entry that is there. False also when a body is to be released.
 inline bool RecordBody::_overwritePlain(RecordEntry& entry, const DataValue& value) noexcept {
-    if (entry.kind == kDataString || entry.HoldsBody()) return false;
-    entry.kind = static_cast<uint8_t>(value.m_kind);
-    _storeBits(entry, value);
+    if (entry.HoldsBody() && entry.body) return false;
+    const BlockText old = entry.IsShortText() ? entry.text : BlockText{0, 0};
+    if (value.m_kind != kDataString) {
+        _storeBits(entry, value);
+    } else if (old.size != 0 && value.m_text.size() <= old.size) {
+        _overwriteText(entry.text, value.m_text);
+        return true;
+    } else if (_usedBytes() + value.m_text.size() + 1 <= m_capacity) {
+        _storeText(entry, value.m_text);
+    } else {
+        return false;
+    }
+    _forgetText(old);
     return true;
 }
 
-bool RecordBody::_set(SharedHandle& owner, std::string_view key, uint32_t hash, Pending& value,
-                      size_t block) {
-    if (value.WouldRing(owner)) return false;
-    Writer writer(owner, block);
-    RecordEntry* entry = writer->_find(key, hash);
+bool RecordBody::_set(Writer& writer, const DataKey& key, Pending& value) {
+    DataKey hashed = key;
+    hashed.hash = HashOf(key);
+    RecordEntry* entry = writer->_find(hashed);
     if (!entry) {
-        if (key.size() > kMaxBlock || !writer.MakeRoom(1, key.size() + value.Bytes())) return false;
+        if (key.view.size() > kMaxBlock || !writer.MakeRoom(1, key.view.size() + value.Bytes())) return false;
         writer->_reserveIndex();
-        entry = &writer->_pushKeyed(key, hash);
+        entry = &writer->_pushKeyed(hashed.view, HashOf(hashed));
     } else if (!value.FitsInto(*entry)) {
         if (!writer.MakeRoom(0, value.Bytes())) return false;
-        entry = writer->_find(key, hash);  // it may have moved
+        entry = writer->_find(hashed);  // it may have moved
     }
     writer->_store(*entry, value);
     return true;
@@ -225,16 +238,41 @@ bool RecordBody::_append(SharedHandle& owner, Pending& value, size_t block) {
     return true;
 }
 
-bool RecordBody::Set(SharedHandle& owner, std::string_view key, const DataValue& value, size_t block) {
+bool RecordBody::Set(SharedHandle& owner, const DataKey& key, const DataValue& value, size_t block) {
     auto* body = static_cast<RecordBody*>(owner._body());
-    if (!body) owner._setBody(body = _create(block));
-    if (body->IsUnique() && body->_setPlain(key, value)) return true;
+    if (body && body->IsUnique() && body->_setPlain(key, value)) return true;
     return _setAny(owner, key, value, block);
 }
 
-bool RecordBody::_setAny(SharedHandle& owner, std::string_view key, const DataValue& value, size_t block) {
+bool RecordBody::_setAny(SharedHandle& owner, const DataKey& key, const DataValue& value, size_t block) {
     Pending pending(value);
-    return _set(owner, key, HashKey(key), pending, block);
+    if (pending.WouldRing(owner)) return false;
+    Writer writer(owner, block);
+    return _set(writer, key, pending);
+}
+
+inline DataValue RecordBody::_valueOf(const RecordBody* from, const RecordField& field) noexcept {
+    switch (field.kind) {
+        case kDataInteger:
+            return GetLong(from, field.key);
+        case kDataBoolean:
+            return GetBool(from, field.key);
+        case kDataDouble:
+            return GetDouble(from, field.key);
+        default:
+            return std::string_view(GetText(from, field.key));
+    }
+}
+
+void RecordBody::CopyFields(SharedHandle& owner, const SharedHandle& from,
+                            std::span<const RecordField> fields) {
+    const Writer writable(owner, kRecordBlock);
+    for (const RecordField& field : fields) {
+        // Asked for anew each time: both may be the same record, and move.
+        const DataValue value = _valueOf(static_cast<const RecordBody*>(from._body()), field);
+        auto* body = static_cast<RecordBody*>(owner._body());
+        if (!body->_setPlain(field.key, value)) _setAny(owner, field.key, value, kRecordBlock);
+    }
 }
 
 bool RecordBody::Append(SharedHandle& owner, const DataValue& value, size_t block) {
@@ -252,16 +290,20 @@ bool RecordBody::SetAt(SharedHandle& owner, size_t index, const DataValue& value
     return true;
 }
 
-bool RecordBody::AppendIn(SharedHandle& owner, std::string_view key, const DataValue& value) {
+bool RecordBody::AppendIn(SharedHandle& owner, const DataKey& key, const DataValue& value) {
     Pending pending(value);
     if (pending.WouldRing(owner)) return false;
-    if (!Find(static_cast<RecordBody*>(owner._body()), key)) {
-        Pending list((DataValue(CDataList())));
-        if (!_set(owner, key, HashKey(key), list, kSmallBlock)) return false;
+    const ValueView found = Find(static_cast<RecordBody*>(owner._body()), key);
+    if (found && (found.Kind() != kDataList || found.m_entry->HasFlag(RecordEntry::kCell))) {
+        CCounters::Add("json_append_refused");
+        return false;
     }
     Writer writer(owner, kSmallBlock);
-    RecordEntry* entry = writer->_find(key, HashKey(key));
-    if (entry->kind != kDataList || entry->HasFlag(RecordEntry::kCell)) return false;
+    if (!found) {
+        Pending list((DataValue(CDataList())));
+        if (!_set(writer, key, list)) return false;
+    }
+    RecordEntry* entry = writer->_find(key);
     // The list leaves its entry while it grows, so that it is not held twice and need not be cloned.
     struct Lent {
         explicit Lent(RecordEntry& entry) : entry(entry) {
@@ -280,28 +322,31 @@ bool RecordBody::AppendIn(SharedHandle& owner, std::string_view key, const DataV
     return appended;
 }
 
-bool RecordBody::SetShared(SharedHandle& owner, std::string_view key, DataKind kind, SharedHandle& value) {
+bool RecordBody::SetShared(SharedHandle& owner, const DataKey& key, DataKind kind, SharedHandle& value) {
     SharedBody* reached = value.IsAttached() ? value._cell() : value._body();
     if (&owner == &value || (owner.IsAttached() && SharedBody::Reaches(reached, owner._cell()))) {
         CCounters::Add("shared_ring_refused");
         return false;
     }
     SharedCell* cell = value._promote();
-    cell->ClearFlag(kOpenCell);  // no longer the affair of one entry
+    // No longer the affair of one entry. Other threads may read a cell that is not open: nothing is written to it.
+    if (cell->HasFlag(kOpenCell)) cell->ClearFlag(kOpenCell);
     cell->AddRef();
     Pending pending(kind, cell);
-    return _set(owner, key, HashKey(key), pending, kRecordBlock);
+    Writer writer(owner, kRecordBlock);
+    return _set(writer, key, pending);
 }
 
-bool RecordBody::GetShared(SharedHandle& owner, std::string_view key, DataKind kind, SharedHandle& out) {
+bool RecordBody::GetShared(SharedHandle& owner, const DataKey& key, DataKind kind, SharedHandle& out) {
     const ValueView found = Find(static_cast<RecordBody*>(owner._body()), key);
     if (found.Kind() != kind) return false;
     if (found.m_entry->HasFlag(RecordEntry::kCell)) {
         out._attach(static_cast<SharedCell*>(found.m_entry->body));
         return true;
     }
+    const uint32_t position = found.m_body->_positionOf(*found.m_entry);
     Writer writer(owner, kRecordBlock);
-    RecordEntry* entry = writer->_find(key, HashKey(key));
+    RecordEntry* entry = writer->_entries() + position;
     auto* cell = new SharedCell(entry->body, kOpenCell);
     entry->body = cell;
     entry->flags |= RecordEntry::kCell;
@@ -312,10 +357,12 @@ bool RecordBody::GetShared(SharedHandle& owner, std::string_view key, DataKind k
     return true;
 }
 
-bool RecordBody::Remove(SharedHandle& owner, std::string_view key) {
-    if (!Find(static_cast<RecordBody*>(owner._body()), key)) return false;
+bool RecordBody::Remove(SharedHandle& owner, const DataKey& key) {
+    const ValueView found = Find(static_cast<RecordBody*>(owner._body()), key);
+    if (!found) return false;
+    const uint32_t position = found.m_body->_positionOf(*found.m_entry);
     Writer writer(owner, kRecordBlock);
-    writer->_removeEntry(*writer->_find(key, HashKey(key)));
+    writer->_removeEntry(writer->_entries()[position]);
     writer.CloseGaps();
     return true;
 }

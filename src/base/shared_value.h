@@ -138,21 +138,21 @@ class TESSEL_API SharedCell final : public SharedBody {
 // CJsonObject.
 class TESSEL_API SharedHandle {
   public:
-    SharedHandle() noexcept = default;
-    SharedHandle(const SharedHandle& other) : m_word(_toWord(SharedBody::Share(other._body()))) {}
-    SharedHandle(SharedHandle&& other) noexcept : m_word(std::exchange(other.m_word, 0)) {}
-    // Replaces the content; seen by everything attached to the same cell. An assignment that would put an
-    // attached object into itself changes nothing and counts as "shared_ring_refused".
-    SharedHandle& operator=(const SharedHandle& other);
-    SharedHandle& operator=(SharedHandle&& other);
-
     // True while changes through this handle are seen through others attached to the same cell (or could be).
     bool IsAttached() const noexcept { return (m_word & kCellTag) != 0; }
     // True when both hold the same storage: nothing was copied, or both are empty.
     bool SharesWith(const SharedHandle& other) const noexcept { return _body() == other._body(); }
 
   protected:
+    // For the value classes, which know what they hold: a handle as such must not take another's content.
+    SharedHandle() noexcept = default;
+    SharedHandle(const SharedHandle& other) : m_word(_toWord(SharedBody::Share(other._body()))) {}
+    SharedHandle(SharedHandle&& other) noexcept : m_word(std::exchange(other.m_word, 0)) {}
     ~SharedHandle() { SharedBody::Release(_owned()); }
+    // Replaces the content; seen by everything attached to the same cell. An assignment that would put an attached
+    // object into itself changes nothing and counts as "shared_ring_refused".
+    SharedHandle& operator=(const SharedHandle& other);
+    SharedHandle& operator=(SharedHandle&& other);
 
     // The content; null when empty.
     SharedBody* _body() const noexcept { return IsAttached() ? _cell()->Content() : _owned(); }
@@ -193,6 +193,13 @@ class TESSEL_API SharedHandle {
 template <class Body>
 class SharedValue : public SharedHandle {
   protected:
+    SharedValue() noexcept = default;
+    SharedValue(const SharedValue&) = default;
+    SharedValue(SharedValue&&) noexcept = default;
+    ~SharedValue() = default;
+    SharedValue& operator=(const SharedValue&) = default;
+    SharedValue& operator=(SharedValue&&) = default;
+
     // The content for reading; null when empty.
     const Body* _read() const noexcept { return static_cast<const Body*>(_body()); }
 

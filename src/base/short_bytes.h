@@ -38,11 +38,11 @@ bool EqualEnds(const char* left, const char* right, size_t size) noexcept {
 
 }  // namespace short_bytes
 
-// `to` and `from` do not overlap.
+// `to` and `from` may overlap: what is copied without a call is read whole before it is written.
 inline void CopyBytes(char* to, const char* from, size_t size) noexcept {
     using namespace short_bytes;
     if (size > 32) {
-        std::memcpy(to, from, size);
+        std::memmove(to, from, size);
     } else if (size >= 16) {
         CopyEnds<Word16>(to, from, size);
     } else if (size >= 8) {

@@ -18,38 +18,23 @@ TextView CUIData::GetTypeText() const noexcept { return RecordBody::Type(_read()
 
 void CUIData::Reserve(size_t entries, size_t bytes) { RecordBody::Reserve(*this, entries, bytes); }
 
-// Entries of the kind that is asked for, the ordinary case, are read without a detour.
+int64_t CUIData::GetDataLong(const DataKey& key) const noexcept { return RecordBody::GetLong(_read(), key); }
 
-int64_t CUIData::GetDataLong(DataKey key) const noexcept {
-    const RecordBody* body = _read();
-    const RecordEntry* entry = body ? body->FindEntry(key.view) : nullptr;
-    if (!entry) return 0;
-    return entry->kind == kDataInteger ? entry->integer : RecordBody::View(body, entry).AsLong();
+bool CUIData::GetDataBool(const DataKey& key) const noexcept { return RecordBody::GetBool(_read(), key); }
+
+double CUIData::GetDataDouble(const DataKey& key) const noexcept {
+    return RecordBody::GetDouble(_read(), key);
 }
 
-bool CUIData::GetDataBool(DataKey key) const noexcept {
-    const RecordBody* body = _read();
-    const RecordEntry* entry = body ? body->FindEntry(key.view) : nullptr;
-    if (!entry) return false;
-    return entry->kind == kDataBoolean ? entry->integer != 0 : RecordBody::View(body, entry).AsBool();
+TextView CUIData::GetDataText(const DataKey& key) const noexcept { return RecordBody::GetText(_read(), key); }
+
+void CUIData::CopyFields(const CUIData& from, std::span<const RecordField> fields) {
+    RecordBody::CopyFields(*this, from, fields);
 }
 
-double CUIData::GetDataDouble(DataKey key) const noexcept {
-    const RecordBody* body = _read();
-    const RecordEntry* entry = body ? body->FindEntry(key.view) : nullptr;
-    if (!entry) return 0;
-    return entry->kind == kDataDouble ? entry->real : RecordBody::View(body, entry).AsDouble();
-}
+bool CUIData::IsShared(const DataKey& key) const noexcept { return _find(key).IsShared(); }
 
-TextView CUIData::GetDataText(DataKey key) const noexcept {
-    const RecordBody* body = _read();
-    const RecordEntry* entry = body ? body->FindEntry(key.view) : nullptr;
-    return entry && entry->kind == kDataString ? body->Text(*entry) : TextView();
-}
-
-bool CUIData::IsShared(DataKey key) const noexcept { return _find(key.view).IsShared(); }
-
-bool CUIData::Remove(DataKey key) { return RecordBody::Remove(*this, key.view); }
+bool CUIData::Remove(const DataKey& key) { return RecordBody::Remove(*this, key); }
 
 void CUIData::Clear() { RecordBody::Clear(*this); }
 
@@ -59,21 +44,21 @@ ValueIterator CUIData::begin() const noexcept { return RecordBody::Begin(_read()
 
 ValueIterator CUIData::end() const noexcept { return RecordBody::End(_read()); }
 
-ValueView CUIData::_find(std::string_view key) const noexcept { return RecordBody::Find(_read(), key); }
+ValueView CUIData::_find(const DataKey& key) const noexcept { return RecordBody::Find(_read(), key); }
 
-void CUIData::_set(std::string_view key, const DataValue& value) {
+void CUIData::_set(const DataKey& key, const DataValue& value) {
     RecordBody::Set(*this, key, value, RecordBody::kRecordBlock);
 }
 
-bool CUIData::_setShared(std::string_view key, DataKind kind, SharedHandle& value) {
+bool CUIData::_setShared(const DataKey& key, DataKind kind, SharedHandle& value) {
     return RecordBody::SetShared(*this, key, kind, value);
 }
 
-bool CUIData::_getShared(std::string_view key, DataKind kind, SharedHandle& out) {
+bool CUIData::_getShared(const DataKey& key, DataKind kind, SharedHandle& out) {
     return RecordBody::GetShared(*this, key, kind, out);
 }
 
-bool CUIData::_getAttached(std::string_view key, DataKind kind, SharedHandle& out) const {
+bool CUIData::_getAttached(const DataKey& key, DataKind kind, SharedHandle& out) const {
     return RecordBody::GetAttached(_find(key), kind, out);
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -45,52 +46,55 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
 
     // Sets the entry to a copy of `value`; an existing key keeps its place. What would put an attached record
     // into itself changes nothing and is counted as "shared_ring_refused".
-    void SetData(DataKey key, DataValue value) { _set(key.view, value); }
+    void SetData(const DataKey& key, DataValue value) { _set(key, value); }
+    // Sets every field to what `from` answers for it (GetDataLong and its like): the empty value of the field's kind
+    // where that is absent or of another kind.
+    void CopyFields(const CUIData& from, std::span<const RecordField> fields);
     // Puts the entry and `value` on the same content. False, counted as "shared_ring_refused" and nothing
     // changed, when the record would come to hold itself.
     template <DataHandle T>
-    bool SetDataShared(DataKey key, T& value) {
-        return _setShared(key.view, DataKindOf(&value), value);
+    bool SetDataShared(const DataKey& key, T& value) {
+        return _setShared(key, DataKindOf(&value), value);
     }
 
     // Reads the entry: the rules are those of ValueView. False, and `out` unchanged, when the key is absent
     // or of another kind.
     template <class T>
-    bool GetData(DataKey key, T& out) const {
-        return _find(key.view).Get(out);
+    bool GetData(const DataKey& key, T& out) const {
+        return _find(key).Get(out);
     }
     // Attaches `out` to the entry's content; `out` leaves what it held before. An entry set by value is
     // opened: this record first parts from its copies, and a copy made while `out` (or another) is attached
     // holds the content of that moment. False, and nothing changed, when the key is absent or of another
     // kind.
     template <DataHandle T>
-    bool GetDataShared(DataKey key, T& out) {
-        return _getShared(key.view, DataKindOf(&out), out);
+    bool GetDataShared(const DataKey& key, T& out) {
+        return _getShared(key, DataKindOf(&out), out);
     }
 
     // The same without the right to change this record: entries set by value are not opened and answer false.
     template <DataHandle T>
-    bool GetDataShared(DataKey key, T& out) const {
-        return _getAttached(key.view, DataKindOf(&out), out);
+    bool GetDataShared(const DataKey& key, T& out) const {
+        return _getAttached(key, DataKindOf(&out), out);
     }
     // True when the entry was set with SetDataShared, or its object was attached elsewhere since.
-    bool IsShared(DataKey key) const noexcept;
+    bool IsShared(const DataKey& key) const noexcept;
 
     // The value of the entry, or the kind's empty value (0, false, "") when it is absent or of another kind.
-    int64_t GetDataLong(DataKey key) const noexcept;
-    double GetDataDouble(DataKey key) const noexcept;
-    bool GetDataBool(DataKey key) const noexcept;
-    std::string GetDataString(DataKey key) const { return std::string(GetDataText(key)); }
+    int64_t GetDataLong(const DataKey& key) const noexcept;
+    double GetDataDouble(const DataKey& key) const noexcept;
+    bool GetDataBool(const DataKey& key) const noexcept;
+    std::string GetDataString(const DataKey& key) const { return std::string(GetDataText(key)); }
     // Without a copy: valid until this record changes or goes.
-    TextView GetDataText(DataKey key) const noexcept;
+    TextView GetDataText(const DataKey& key) const noexcept;
     // The value as it is; absent when there is no such key.
-    ValueView GetDataView(DataKey key) const noexcept { return _find(key.view); }
+    ValueView GetDataView(const DataKey& key) const noexcept { return _find(key); }
 
     // The kind of the entry's value (DataKind); 0 when absent.
-    DataKind GetDataType(DataKey key) const noexcept { return _find(key.view).Kind(); }
-    bool Has(DataKey key) const noexcept { return static_cast<bool>(_find(key.view)); }
+    DataKind GetDataType(const DataKey& key) const noexcept { return _find(key).Kind(); }
+    bool Has(const DataKey& key) const noexcept { return static_cast<bool>(_find(key)); }
     // Removes the entry; false when there was none.
-    bool Remove(DataKey key);
+    bool Remove(const DataKey& key);
     // Removes all entries; the type stays.
     void Clear();
     size_t Size() const noexcept;
@@ -102,11 +106,11 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     ValueIterator end() const noexcept;
 
   private:
-    ValueView _find(std::string_view key) const noexcept;
-    void _set(std::string_view key, const DataValue& value);
-    bool _setShared(std::string_view key, DataKind kind, SharedHandle& value);
-    bool _getShared(std::string_view key, DataKind kind, SharedHandle& out);
-    bool _getAttached(std::string_view key, DataKind kind, SharedHandle& out) const;
+    ValueView _find(const DataKey& key) const noexcept;
+    void _set(const DataKey& key, const DataValue& value);
+    bool _setShared(const DataKey& key, DataKind kind, SharedHandle& value);
+    bool _getShared(const DataKey& key, DataKind kind, SharedHandle& out);
+    bool _getAttached(const DataKey& key, DataKind kind, SharedHandle& out) const;
 };
 
 }  // namespace luadui

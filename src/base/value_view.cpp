@@ -1,3 +1,6 @@
+#include <cmath>
+#include <limits>
+
 #include "base/data_value.h"
 #include "base/number_text.h"
 #include "base/record_body.h"
@@ -45,6 +48,7 @@ bool ValueView::Get(double& out) const noexcept {
 bool ValueView::Get(float& out) const noexcept {
     double value = 0;
     if (!Get(value)) return false;
+    if (std::isfinite(value) && std::abs(value) > std::numeric_limits<float>::max()) return false;
     out = static_cast<float>(value);
     return true;
 }

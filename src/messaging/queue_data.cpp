@@ -8,15 +8,34 @@
 namespace luadui {
 namespace {
 
-constexpr std::string_view kCopiedTexts[] = {"UUID",  "RawData",   "FundToken", "To",
-                                             "Topic", "SrcServer", "TraceID"};
-constexpr std::string_view kCopiedRecords[] = {"Request", "MapData", "TableIndex"};
+const HashedKey kDataTypeKey("DATATYPE"), kReqTypeKey("REQTYPE"), kIsLastKey("IsLast"),
+    kRequestKey("Request"), kMapDataKey("MapData"), kTableIndexKey("TableIndex"), kJsonDataKey("JsonData"),
+    kTableKey("Table"), kFundTokenKey("FundToken"), kToKey("To"), kCreateTimeKey("CreateTime");
+
+const RecordField kResponseFields[] = {
+    {kDataTypeKey, kDataInteger},
+    {kReqTypeKey, kDataInteger},
+    {kIsLastKey, kDataBoolean},
+    {HashedKey("UUID"), kDataString},
+    {HashedKey("RawData"), kDataString},
+    {kFundTokenKey, kDataString},
+    {kToKey, kDataString},
+    {HashedKey("Topic"), kDataString},
+    {HashedKey("SrcServer"), kDataString},
+    {HashedKey("TraceID"), kDataString},
+};
+const RecordField kNoticeFields[] = {
+    {kDataTypeKey, kDataInteger},
+    {kReqTypeKey, kDataInteger},
+    {kFundTokenKey, kDataString},
+    {kToKey, kDataString},
+};
 
 // Filling a record key by key costs more than copying one: fresh records start as copies of these.
 CUIData FreshRequest() {
     CUIData record;
-    record.SetData("REQTYPE", 0);
-    record.SetData("CreateTime", 0);
+    record.SetData(kReqTypeKey, 0);
+    record.SetData(kCreateTimeKey, 0);
     record.SetData("CheckTimeout", true);
     record.SetData("Refresh", false);
     record.SetData("PassThrough", false);
@@ -27,41 +46,39 @@ CUIData FreshRequest() {
 
 CUIData FreshResponse() {
     CUIData record;
-    record.SetData("DATATYPE", 2001);
-    record.SetData("REQTYPE", 1);
-    record.SetData("IsLast", true);
-    record.SetData("MapData", CUIData());
-    record.SetData("TableIndex", CUIData());
+    record.SetData(kDataTypeKey, 2001);
+    record.SetData(kReqTypeKey, 1);
+    record.SetData(kIsLastKey, true);
+    record.SetData(kMapDataKey, CUIData());
+    record.SetData(kTableIndexKey, CUIData());
+    return record;
+}
+
+// With all fields that a copy of a host's record has.
+CUIData CopiedResponse() {
+    CUIData record = FreshResponse();
+    record.CopyFields(CUIData(), kResponseFields);
     return record;
 }
 
 // Never destroyed: records are made until the last thread ends.
-const CUIData& RequestPrototype() {
-    static const CUIData* const prototype = new CUIData(FreshRequest());
+template <CUIData (*kMake)()>
+const CUIData& Prototype() {
+    static const CUIData* const prototype = new CUIData(kMake());
     return *prototype;
-}
-
-const CUIData& ResponsePrototype() {
-    static const CUIData* const prototype = new CUIData(FreshResponse());
-    return *prototype;
-}
-
-void CopyInteger(const CUIData& from, CUIData& to, std::string_view key) {
-    to.SetData(key, from.GetDataLong(key));
-}
-void CopyText(const CUIData& from, CUIData& to, std::string_view key) {
-    to.SetData(key, from.GetDataText(key));
 }
 
 // The receiver's entry is a shared one. An entry that the host holds by value is taken as it is now, so that
 // the host may go on changing its own.
 template <class Value>
-void CopyAttached(const CUIData& from, CUIData& to, std::string_view key) {
+void CopyAttached(const CUIData& from, CUIData& to, const HashedKey& key) {
+    if (!from.Has(key)) return;
     Value value;
     if (from.GetDataShared(key, value) || from.GetData(key, value)) to.SetDataShared(key, value);
 }
 
-void CopyRecord(const CUIData& from, CUIData& to, std::string_view key) {
+void CopyRecord(const CUIData& from, CUIData& to, const HashedKey& key) {
+    if (!from.Has(key)) return;
     CUIData value;
     if (from.GetData(key, value)) to.SetData(key, value);
 }
@@ -70,34 +87,29 @@ void CopyRecord(const CUIData& from, CUIData& to, std::string_view key) {
 
 const char* CQueueTaskItem::ClassName() const { return "CQueueTaskItem"; }
 
-CQueueReqItem::CQueueReqItem() : CQueueTaskItem(RequestPrototype()) { SetData("CreateTime", GetTickCount()); }
+CQueueReqItem::CQueueReqItem() : CQueueTaskItem(Prototype<FreshRequest>()) {
+    SetData(kCreateTimeKey, GetTickCount());
+}
 
 const char* CQueueReqItem::ClassName() const { return "CQueueReqItem"; }
 
-CQueueRespData::CQueueRespData() : CQueueTaskItem(ResponsePrototype()) {}
+CQueueRespData::CQueueRespData() : CQueueTaskItem(Prototype<FreshResponse>()) {}
 
 const char* CQueueRespData::ClassName() const { return "CQueueRespData"; }
 
 void CQueueRespData::CopyFrom(const CUIData& host) {
-    CopyInteger(host, *this, "DATATYPE");
-    CopyInteger(host, *this, "REQTYPE");
-    SetData("IsLast", host.GetDataBool("IsLast"));
-    for (const std::string_view key : kCopiedTexts) CopyText(host, *this, key);
-    CopyAttached<CJsonObject>(host, *this, "JsonData");
-    CopyAttached<CDataTable>(host, *this, "Table");
-    for (const std::string_view key : kCopiedRecords) CopyRecord(host, *this, key);
+    if (SharesWith(Prototype<FreshResponse>())) CUIData::operator=(Prototype<CopiedResponse>());
+    CopyFields(host, kResponseFields);
+    CopyAttached<CJsonObject>(host, *this, kJsonDataKey);
+    CopyAttached<CDataTable>(host, *this, kTableKey);
+    for (const HashedKey* key : {&kRequestKey, &kMapDataKey, &kTableIndexKey}) CopyRecord(host, *this, *key);
 }
 
 bool CQueueRespData::IsChangeNotice(const CUIData& record) {
-    return record.GetDataLong("DATATYPE") == kDataChangeNotice &&
-           record.GetDataType("Request") != kDataRecord;
+    return record.GetDataLong(kDataTypeKey) == kDataChangeNotice &&
+           record.GetDataType(kRequestKey) != kDataRecord;
 }
 
-void CQueueRespData::CopyNoticeFrom(const CUIData& host) {
-    CopyInteger(host, *this, "DATATYPE");
-    CopyInteger(host, *this, "REQTYPE");
-    CopyText(host, *this, "FundToken");
-    CopyText(host, *this, "To");
-}
+void CQueueRespData::CopyNoticeFrom(const CUIData& host) { CopyFields(host, kNoticeFields); }
 
 }  // namespace luadui

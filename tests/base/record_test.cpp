@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <limits>
 #include <string>
+#include <type_traits>
+#include <unordered_set>
 #include <vector>
 
 #include "base/counters.h"
@@ -123,6 +125,20 @@ TEST(RecordTest, NarrowIntegersTakeWhatFitsTheirBits) {
         EXPECT_EQ(record.GetData("k", unsigned32), c.fits32);
         EXPECT_EQ(record.GetData("k", unsigned16), c.fits16);
         EXPECT_EQ(unsigned16, c.fits16 ? static_cast<uint16_t>(c.value) : 5);
+    }
+}
+
+TEST(RecordTest, FloatsTakeWhatTheirRangeHolds) {
+    const double max = std::numeric_limits<float>::max(), infinity = std::numeric_limits<double>::infinity();
+    const std::pair<DataValue, bool> cases[] = {{1.5, true},      {max, true},   {-max, true},
+                                                {infinity, true}, {1e39, false}, {-1e300, false},
+                                                {"1e300", false}, {"1e38", true}};
+    for (const auto& [value, fits] : cases) {
+        CUIData record;
+        record.SetData("k", value);
+        float out = 5;
+        EXPECT_EQ(record.GetData("k", out), fits) << record.GetDataDouble("k");
+        EXPECT_EQ(out, fits ? static_cast<float>(record.GetDataDouble("k")) : 5);
     }
 }
 
@@ -396,6 +412,80 @@ TEST(RecordTest, MovesHandOverTheAttachment) {
     CDataSet out;
     ASSERT_TRUE(record.GetData("set", out));
     EXPECT_THAT(out, ElementsAre("x"));
+}
+
+// Only the value classes copy and assign: a handle does not know what another one holds.
+static_assert(!std::is_assignable_v<SharedHandle&, const CUIData&>);
+static_assert(!std::is_assignable_v<SharedValue<RecordBody>&, const CUIData&>);
+static_assert(!std::is_constructible_v<SharedHandle, const CUIData&>);
+
+std::string BytesOf(uint64_t word) { return {reinterpret_cast<const char*>(&word), sizeof word}; }
+
+// Words that, at one place of a key, would make what stands beside them meaningless if a hash multiplied by them without
+// a secret: the odd constants that such hashes are made of, also with the size of a key in them.
+TEST(RecordTest, ChosenKeysHaveDifferentHashes) {
+    constexpr uint64_t kOdd = 0x9e3779b97f4a7c15, kOdd2 = 0xd6e8feb86659fd93;
+    for (const uint64_t word :
+         {uint64_t{0}, ~uint64_t{0}, uint64_t{0xa0761d6478bd642f}, kOdd, kOdd2, kOdd ^ kOdd2 * 16}) {
+        std::unordered_set<uint32_t> hashes[4];
+        constexpr size_t kKeys = 10000;
+        for (uint64_t i = 0; i < kKeys; ++i) {
+            const std::string free = BytesOf(i * kOdd), fixed = BytesOf(word);
+            const std::string keys[] = {free + fixed, fixed + free, fixed + free + "tail",
+                                        free + fixed + "tail"};
+            for (size_t k = 0; k < 4; ++k) hashes[k].insert(HashedKey(keys[k]).hash);
+        }
+        for (const auto& different : hashes) EXPECT_GT(different.size(), kKeys - 10) << word;
+    }
+}
+
+TEST(RecordTest, HashedKeysAreKeys) {
+    const HashedKey keys[] = {HashedKey("REQTYPE"), HashedKey("a key of more than sixteen bytes"),
+                              HashedKey("")};
+    for (const HashedKey& key : keys) {
+        for (const int others : {0, 100}) {
+            CUIData record;
+            for (int i = 0; i < others; ++i) record.SetData(Name("key", i), i);
+            record.SetData(key, 1);
+            EXPECT_EQ(record.GetDataLong(std::string(key.view)), 1);
+            record.SetData(std::string(key.view), 2);
+            EXPECT_EQ(record.GetDataLong(key), 2);
+            EXPECT_EQ(record.Size(), static_cast<size_t>(others) + 1);
+            EXPECT_TRUE(record.Remove(key));
+            EXPECT_FALSE(record.Has(key));
+        }
+    }
+}
+
+TEST(RecordTest, FieldsAreCopiedAsTheirKind) {
+    const RecordField fields[] = {{HashedKey("long"), kDataInteger},
+                                  {HashedKey("bool"), kDataBoolean},
+                                  {HashedKey("double"), kDataDouble},
+                                  {HashedKey("text"), kDataString}};
+    CUIData full, wrong, to;
+    full.SetData("long", "42");
+    full.SetData("bool", 1);
+    full.SetData("double", 2);
+    full.SetData("text", std::string(1000, 'x'));
+    full.SetData("more", 1);
+    wrong.SetData("text", 5);
+    wrong.SetData("long", CUIData());
+    to.SetData("text", CDataTable());
+    const CUIData before = to;
+    to.CopyFields(full, fields);
+    EXPECT_THAT(Keys(to), ElementsAre("text", "long", "bool", "double"));
+    EXPECT_EQ(to.GetDataLong("long"), 42);
+    EXPECT_EQ(to.GetDataType("bool"), kDataBoolean);
+    EXPECT_EQ(to.GetDataDouble("double"), 2.0);
+    EXPECT_EQ(to.GetDataText("text").size(), 1000u);
+    EXPECT_EQ(before.GetDataType("text"), kDataTable);
+    full.CopyFields(full, fields);
+    EXPECT_EQ(full.GetDataType("long"), kDataInteger);
+    EXPECT_EQ(full.GetDataText("text"), to.GetDataText("text"));
+    to.CopyFields(wrong, fields);
+    EXPECT_EQ(to.GetDataType("text"), kDataString);
+    EXPECT_EQ(to.GetDataText("text"), "");
+    EXPECT_EQ(to.GetDataLong("long"), 0);
 }
 
 }  // namespace

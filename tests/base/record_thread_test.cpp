@@ -8,6 +8,7 @@
 #include "base/base_object.h"
 #include "base/counters.h"
 #include "base/data_set.h"
+#include "base/data_table.h"
 #include "base/json_object.h"
 #include "base/ui_data.h"
 
@@ -75,6 +76,25 @@ TEST(RecordThreadTest, TheLastOwnerMayWriteInPlace) {
         EXPECT_EQ(record.GetDataLong("number"), 3);
         other.join();
     }
+}
+
+// What a host publishes, unchanged, while the library takes it over and publishes it again.
+TEST(RecordThreadTest, OneSharedTableIsPublishedByTwoThreads) {
+    CDataTable table;
+    table.AddColumn("code");
+    table.AppendRow();
+    CUIData host;
+    ASSERT_TRUE(host.SetDataShared("Table", table));
+    InThreads(2, [copy = host](int) {
+        for (int i = 0; i < 2000; ++i) {
+            CDataTable mine;
+            CUIData record;
+            ASSERT_TRUE(copy.GetDataShared("Table", mine));
+            ASSERT_TRUE(record.SetDataShared("Table", mine));
+            ASSERT_TRUE(record.IsShared("Table"));
+            ASSERT_EQ(mine.GetRowNumber(), 1);
+        }
+    });
 }
 
 TEST(CountersThreadTest, NothingIsLost) {
