@@ -39,8 +39,8 @@ bool Live(Terminal& terminal, const char* end) {
         return false;
     }
     const uint64_t dropped = Count("records_dropped_at_shutdown") + Count("response_without_receiver");
-    std::fprintf(stderr, "received %d, dropped %d, pages left %d\n", received.load(), static_cast<int>(dropped),
-                 static_cast<int>(probe.pages.size()));
+    std::fprintf(stderr, "received %d, dropped %d, pages left %d\n", received.load(),
+                 static_cast<int>(dropped), static_cast<int>(probe.pages.size()));
     return received + dropped == 2 * kEach && probe.pages.empty() && terminal.CreatePage("late") == 0;
 }
 
