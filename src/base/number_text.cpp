@@ -1,5 +1,6 @@
 #include "base/number_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <system_error>
@@ -28,13 +29,33 @@ bool IsFraction(std::string_view text) noexcept {
     return text.front() == '.' && text.find_first_not_of("0123456789", 1) == std::string_view::npos;
 }
 
+// Whether a number that no double holds is too small for one, not too large: by the place of its first digit other
+// than zero and its exponent.
+bool IsTooSmall(std::string_view text) noexcept {
+    const size_t mark = std::min(text.find_first_of("eE"), text.size());
+    const std::string_view digits = text.substr(0, mark);
+    const size_t point = std::min(digits.find('.'), digits.size());
+    const size_t first = digits.find_first_of("123456789");
+    long exponent = 0;
+    std::string_view power = text.substr(std::min(mark + 1, text.size()));
+    if (power.starts_with('+')) power.remove_prefix(1);
+    const auto [end, error] = std::from_chars(power.data(), power.data() + power.size(), exponent);
+    if (error == std::errc::result_out_of_range) return power.starts_with('-');
+    return static_cast<double>(point) - static_cast<double>(first) + static_cast<double>(exponent) < 0;
+}
+
 bool ReadStripped(std::string_view text, double& value) noexcept {
     const size_t first = text.starts_with('-') ? 1 : 0;
     // Not the words for what is not finite.
     if (text.size() <= first || !(IsDigit(text[first]) || text[first] == '.')) return false;
     double number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number)) return false;
+    if (end != text.data() + text.size()) return false;
+    if (error == std::errc::result_out_of_range && IsTooSmall(text)) {
+        value = first == 0 ? 0.0 : -0.0;
+        return true;
+    }
+    if (error != std::errc() || !std::isfinite(number)) return false;
     value = number;
     return true;
 }

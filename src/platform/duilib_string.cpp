@@ -22,11 +22,11 @@ int ToIndex(size_t at) { return at == std::wstring::npos ? -1 : static_cast<int>
 // in a way that all understand. I64 becomes ll.
 std::wstring PortableFormat(std::wstring_view format) {
     std::wstring portable;
-    bool inSpecification = false, hasWidth = false;
+    bool inDirective = false, hasWidth = false;
     for (size_t i = 0; i < format.size(); ++i) {
         const wchar_t c = format[i];
-        if (!inSpecification) {
-            inSpecification = c == L'%';
+        if (!inDirective) {
+            inDirective = c == L'%';
             hasWidth = false;
         } else if (format.substr(i, 3) == L"I64") {
             portable += L"ll";
@@ -39,7 +39,7 @@ std::wstring PortableFormat(std::wstring_view format) {
                 continue;
             }
         } else if (c == L'%' || (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z')) {
-            inSpecification = false;
+            inDirective = false;
             if (c == L'S' || c == L'C') {
                 portable += {L'h', Lower(c)};
                 continue;
