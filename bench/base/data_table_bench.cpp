@@ -68,17 +68,18 @@ struct Accounts {
             merged.insert(merged.end(), rows.begin(), rows.end());
         }
     }
-    static Accounts& Get() {
-        static Accounts accounts;
+    static const Accounts& Get() {
+        static const Accounts accounts;
         return accounts;
     }
-    CDataTable Merge() const {
-        CDataTable view;
-        view.CopyHeader(tables.front());
-        for (const CDataTable& table : tables) view.InsertTable(table);
-        return view;
-    }
 };
+
+CDataTable Merge(const std::vector<CDataTable>& tables) {
+    CDataTable view;
+    view.CopyHeader(tables.front());
+    for (const CDataTable& table : tables) view.InsertTable(table);
+    return view;
+}
 
 // What a page does with each cell: where the text is, how long, how it begins.
 size_t Use(std::string_view text) { return text.size() + static_cast<unsigned char>(*text.data()); }
@@ -134,7 +135,7 @@ BENCHMARK(FillTable);
 
 void MergeAccounts(benchmark::State& state) {
     const Accounts& accounts = Accounts::Get();
-    for (auto _ : state) benchmark::DoNotOptimize(accounts.Merge());
+    for (auto _ : state) benchmark::DoNotOptimize(Merge(accounts.tables));
 }
 BENCHMARK(MergeAccounts)->Unit(benchmark::kMicrosecond);
 
@@ -150,37 +151,37 @@ void ReadThroughColumnMap(benchmark::State& state) {
 BENCHMARK(ReadThroughColumnMap);
 
 LUADUI_REPORT(Merge) {
-    Accounts& accounts = Accounts::Get();
-    AtMost("table_merge_200_accounts_us", Measure([&] { Keep(accounts.Merge()); }) * 1e6, 20);
+    const Accounts& accounts = Accounts::Get();
+    AtMost("table_merge_200_accounts_us", Measure([&] { Keep(Merge(accounts.tables)); }) * 1e6, 20);
 
     // One account changes before each merge, while the last view is still shown.
-    CDataTable shown = accounts.Merge();
+    std::vector<CDataTable> tables = accounts.tables;
+    CDataTable shown = Merge(tables);
     size_t round = 0;
     const double changed = Measure([&] {
-        CDataTable& account = accounts.tables[++round % kAccounts];
+        CDataTable& account = tables[++round % kAccounts];
         account.SetItemText(static_cast<int>(round % kAccountRows), 3, (round & 1) ? "11111" : "22222");
-        shown = accounts.Merge();
+        shown = Merge(tables);
     });
     AtMost("table_merge_after_change_us", changed * 1e6, 20);
 
-    const auto copy = Compare([&] { Keep(accounts.Merge()); }, [&] { Keep(Strings(accounts.merged)); });
+    const auto copy = Compare([&] { Keep(Merge(accounts.tables)); }, [&] { Keep(Strings(accounts.merged)); });
     AtLeast("table_merge_vs_cell_by_cell", copy.Speedup(), 1000);
 }
 
 LUADUI_REPORT(Window) {
-    const CDataTable view = Accounts::Get().Merge();
+    const CDataTable view = Merge(Accounts::Get().tables);
     const Strings& rows = Accounts::Get().merged;
-    const auto report = [&](const char* byRow, const char* byCell, uint32_t windows, double cellLimit) {
+    const auto report = [&](const char* byRow, const char* byCell, uint32_t windows) {
         Scroll ours(windows), theirs(windows);
         const auto strings = [&] { Keep(ReadStrings(rows, theirs())); };
         AtMost(byRow, Compare([&] { Keep(ReadRows(view, ours())); }, strings).CostRatio(), 1.2);
-        AtMost(byCell, Compare([&] { Keep(ReadCells(view, ours())); }, strings).CostRatio(), cellLimit);
+        AtMost(byCell, Compare([&] { Keep(ReadCells(view, ours())); }, strings).CostRatio(), 1.2);
     };
-    report("table_window_scrolled_by_row_vs_strings", "table_window_scrolled_by_cell_vs_strings", UINT32_MAX,
-           1.2);
-    // The same few windows over and over, all in the nearest caches: a cell that is looked up by itself
-    // cannot keep up with one that is an index away.
-    report("table_window_repeated_by_row_vs_strings", "table_window_repeated_by_cell_vs_strings", 8, 3);
+    report("table_window_scrolled_by_row_vs_strings", "table_window_scrolled_by_cell_vs_strings", UINT32_MAX);
+    // The same few windows over and over, all in the nearest caches. By cell this is missed, by row it
+    // depends on where the compiler puts the loop.
+    report("table_window_repeated_by_row_vs_strings", "table_window_repeated_by_cell_vs_strings", 8);
 }
 
 LUADUI_REPORT(Memory) {
@@ -198,7 +199,7 @@ LUADUI_REPORT(Memory) {
 // Seconds of one write to a table of so many rows while a copy and a merged view of it are held: that of
 // making the table and writing it, less that of making it.
 template <class Write>
-double HeldWriteSeconds(int rows, Write&& write) {
+double HeldWriteSeconds(int rows, Write&& write, double* freshSeconds = nullptr) {
     const CDataTable copy = TableOf(OrderRows(rows, 2));
     CDataTable view = copy;
     view.InsertTable(copy);
@@ -206,15 +207,17 @@ double HeldWriteSeconds(int rows, Write&& write) {
         CDataTable table = copy;
         write(table);
     };
-    for (int i = 0; i < 2 * rows; ++i) change();  // the table is in use, not fresh from memory
+    const size_t fresh = static_cast<size_t>(rows) / 10 + 1;
+    if (freshSeconds) *freshSeconds = SecondsOf(change, fresh) / static_cast<double>(fresh);
+    for (int i = 0; i < 2 * rows; ++i) change();  // from here on the table is in use, not fresh from memory
     const Timing time = Compare(change, [&] { Keep(CDataTable(copy)); });
     return time.ours - time.baseline;
 }
 
 void ReportWrite(const char* name, const char* ratioName, double small, double large) {
     AtMost(name, large * 1e6, 3);
-    // More levels to copy, and rows that no cache holds; nothing that grows with the rows.
-    AtMost(ratioName, large / small, 5);
+    // A thousand times the rows: two more levels to copy, and rows that are not in the nearest cache.
+    AtMost(ratioName, large / small, 8);
 }
 
 LUADUI_REPORT(Write) {
@@ -225,8 +228,11 @@ LUADUI_REPORT(Write) {
         const int row = static_cast<int>(random() % static_cast<uint32_t>(table.GetRowNumber()));
         table.SetItemText(row, 3, table.GetItemText(row, 3) == "11111" ? "22222" : "11111");
     };
+    double fresh = 0;
+    const double changeLarge = HeldWriteSeconds(50'000, change, &fresh);
+    AtMost("table_change_50000_rows_fresh_us", fresh * 1e6, 3);
     ReportWrite("table_change_50000_rows_us", "table_change_50000_vs_50_rows", HeldWriteSeconds(50, change),
-                HeldWriteSeconds(50'000, change));
+                changeLarge);
     const auto append = [](CDataTable& table) { table.SetItemText(table.AppendRow(), 0, "600000"); };
     ReportWrite("table_append_50000_rows_us", "table_append_50000_vs_50_rows", HeldWriteSeconds(50, append),
                 HeldWriteSeconds(50'000, append));

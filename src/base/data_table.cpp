@@ -10,6 +10,14 @@ namespace {
 
 const TableBody* AsBody(const TableHead* head) noexcept { return static_cast<const TableBody*>(head); }
 
+bool HasRow(const TableHead* head, int row) noexcept {
+    return head && static_cast<uint32_t>(row) < AsBody(head)->RowCount();
+}
+
+bool HasCell(const TableHead* head, int row, int col) noexcept {
+    return HasRow(head, row) && static_cast<uint32_t>(col) < AsBody(head)->ColumnCount();
+}
+
 constexpr size_t kPrefetchBytes = 256;
 constexpr size_t kCacheLine = 64;
 
@@ -47,14 +55,6 @@ TextView TableHead::Text(int row, int col) const noexcept {
     auto cell = static_cast<uint32_t>(col);
     const RowBlock& cells = body.Locate(static_cast<uint32_t>(row), cell);
     return cell < cells.Cells() ? cells.Text(cell) : TextView();
-}
-
-bool CDataTable::_hasRow(int row) const noexcept {
-    return _head() && static_cast<uint32_t>(row) < AsBody(_head())->RowCount();
-}
-
-bool CDataTable::_hasCell(int row, int col) const noexcept {
-    return _hasRow(row) && static_cast<uint32_t>(col) < AsBody(_head())->ColumnCount();
 }
 
 int CDataTable::GetRowNumber() const noexcept {
@@ -107,7 +107,7 @@ int CDataTable::AppendRow() {
 }
 
 bool CDataTable::DeleteRow(int row) {
-    if (!_hasRow(row)) return false;
+    if (!HasRow(_head(), row)) return false;
     _edit().Erase(static_cast<uint32_t>(row));
     return true;
 }
@@ -119,7 +119,7 @@ void CDataTable::DeleteAllRows() {
 void CDataTable::Clear() { *this = CDataTable(); }
 
 bool CDataTable::SetItemText(int row, int col, std::string_view text) {
-    if (!_hasCell(row, col)) return false;
+    if (!HasCell(_head(), row, col)) return false;
     const auto at = static_cast<uint32_t>(row);
     const auto cell = static_cast<uint32_t>(col);
     if (AsBody(_head())->Holds(at, cell, text)) return true;  // copies stay shared
@@ -131,7 +131,7 @@ bool CDataTable::SetItemText(int row, std::string_view name, std::string_view te
 }
 
 bool CDataTable::SetItemTextColor(int row, int col, std::string_view color) {
-    if (!_hasCell(row, col)) return false;
+    if (!HasCell(_head(), row, col)) return false;
     if (GetItemTextColor(row, col) == color) return true;
     const std::string kept(color);
     _edit().EditColors(static_cast<uint32_t>(row)).SetCell(static_cast<uint32_t>(col), kept);
@@ -143,7 +143,7 @@ bool CDataTable::SetItemTextColor(int row, std::string_view name, std::string_vi
 }
 
 TextView CDataTable::GetItemTextColor(int row, int col) const noexcept {
-    if (!_hasCell(row, col)) return {};
+    if (!HasCell(_head(), row, col)) return {};
     auto cell = static_cast<uint32_t>(col);
     const RowBlock& cells = AsBody(_head())->Locate(static_cast<uint32_t>(row), cell);
     const std::string* color = cells.Colors() ? cells.Colors()->Cell(cell) : nullptr;
@@ -155,7 +155,7 @@ TextView CDataTable::GetItemTextColor(int row, std::string_view name) const noex
 }
 
 bool CDataTable::SetRowColor(int row, std::string_view color) {
-    if (!_hasRow(row)) return false;
+    if (!HasRow(_head(), row)) return false;
     if (GetRowColor(row) == color) return true;
     const std::string kept(color);
     _edit().EditColors(static_cast<uint32_t>(row)).row = kept;
@@ -163,7 +163,7 @@ bool CDataTable::SetRowColor(int row, std::string_view color) {
 }
 
 TextView CDataTable::GetRowColor(int row) const noexcept {
-    if (!_hasRow(row)) return {};
+    if (!HasRow(_head(), row)) return {};
     uint32_t noCell = ColumnMap::kNowhere;
     const RowBlock& cells = AsBody(_head())->Locate(static_cast<uint32_t>(row), noCell);
     return cells.Colors() ? View(cells.Colors()->row) : TextView();

@@ -137,8 +137,6 @@ class TESSEL_API CDataTable : public SharedValue<TableBody> {
 
   private:
     const TableHead* _head() const noexcept { return static_cast<const TableHead*>(_body()); }
-    bool _hasRow(int row) const noexcept;
-    bool _hasCell(int row, int col) const noexcept;
 };
 
 inline TableRow CDataTable::GetRow(int row) const noexcept {

@@ -50,13 +50,12 @@ const RowBlock& RowBlock::None() noexcept {
     return *none;
 }
 
-bool RowBlock::Fits(const RowBlock* row, size_t textSize) noexcept {
-    return textSize <= kMaxText && (row ? row->TextBytes() : 0) + textSize <= kMaxText;
-}
-
-void RowBlock::SetText(RowPtr& row, uint32_t cell, std::string_view text, const RowRoom& room) {
-    if (row && row->IsUnique() && !row->_holds(text.data()) && row->_setInPlace(cell, text)) return;
-    row = _rebuilt(row ? *row : None(), cell, text, room);
+bool RowBlock::SetText(RowPtr& row, uint32_t cell, std::string_view text, const RowRoom& room) {
+    if (row && row->IsUnique() && !row->_holds(text.data()) && row->_setInPlace(cell, text)) return true;
+    const RowBlock& old = row ? *row : None();
+    if (text.size() > kMaxText || old.TextBytes() + text.size() > kMaxText) return false;
+    row = _rebuilt(old, cell, text, room);
+    return true;
 }
 
 RowColors& RowBlock::EditColors(RowPtr& row) {

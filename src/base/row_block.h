@@ -52,10 +52,9 @@ class RowBlock : public RefCounted {
 
     // The row without cells, for readers that want no null.
     TESSEL_API static const RowBlock& None() noexcept;
-    // Whether `row` may take one more text of that size: offsets have 32 bits.
-    static bool Fits(const RowBlock* row, size_t textSize) noexcept;
-    // Stores the text, in place if `row` has no other owner and has the room. It must fit.
-    static void SetText(RowPtr& row, uint32_t cell, std::string_view text, const RowRoom& room);
+    // Stores the text, in place if `row` has no other owner and has the room. False, and nothing changed,
+    // when the row would have more text than its offsets reach.
+    static bool SetText(RowPtr& row, uint32_t cell, std::string_view text, const RowRoom& room);
     // The colours for writing.
     static RowColors& EditColors(RowPtr& row);
     // Gives back room of a row that is complete, if it is much.

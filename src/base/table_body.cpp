@@ -61,15 +61,11 @@ bool TableBody::SetText(uint32_t row, uint32_t cell, std::string_view text) {
     uint32_t first = 0;
     // The text may be one of this table's own, and rows under a map are rewritten as a whole leaf.
     if (!_ownLeaf(row, first) && !_readLeaf(row, first)) text = kept.assign(text);
-    RowPtr& block = _editRow(row);
-    if (!RowBlock::Fits(block.get(), text.size())) {
-        CCounters::Add("table_text_limit");
-        return false;
-    }
     const uint32_t columns = ColumnCount();
     const uint32_t guess = std::min(columns, kMaxGuess / kBytesPerCell) * kBytesPerCell;
-    RowBlock::SetText(block, cell, text, {columns, m_rowBytes ? m_rowBytes : guess});
-    return true;
+    if (RowBlock::SetText(_editRow(row), cell, text, {columns, m_rowBytes ? m_rowBytes : guess})) return true;
+    CCounters::Add("table_text_limit");
+    return false;
 }
 
 RowColors& TableBody::EditColors(uint32_t row) { return RowBlock::EditColors(_editRow(row)); }
