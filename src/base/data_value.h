@@ -69,12 +69,6 @@ struct TESSEL_API HashedKey : DataKey {
     explicit HashedKey(std::string_view text) noexcept;
 };
 
-// One field of records of a known form.
-struct RecordField {
-    HashedKey key;
-    DataKind kind;  // kDataInteger, kDataBoolean, kDataDouble or kDataString
-};
-
 // A value to be stored, of any kind: the argument of SetData, Append and Set. Owns nothing; valid for the
 // call only.
 class DataValue {

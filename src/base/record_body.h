@@ -16,7 +16,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string_view>
 #include <vector>
 
@@ -32,6 +31,8 @@ inline uint32_t HashOf(const DataKey& key) noexcept { return key.hash != 0 ? key
 inline uint32_t ShortHashOf(const DataKey& key) noexcept {
     return key.hash != 0 ? key.hash : HashShortKey(key.view, KeySecret::Known());
 }
+
+class RecordForm;
 
 // A text too long for the block; immutable.
 class LongText final : public SharedBody {
@@ -102,9 +103,9 @@ class RecordBody final : public SharedBody {
     // moved to a larger block when it is full. `block` is the size of a first block. Keys, texts and handles
     // passed in may lie in the record itself. False when refused (counted).
     static bool Set(SharedHandle& owner, const DataKey& key, const DataValue& value, size_t block);
-    // See CUIData::CopyFields.
-    static void CopyFields(SharedHandle& owner, const SharedHandle& from,
-                           std::span<const RecordField> fields);
+    // See RecordForm. `out` is empty.
+    static void Read(const RecordForm& form, const SharedHandle& from, SharedHandle& out);
+    static uint32_t PositionOf(const SharedHandle& record, const DataKey& key) noexcept;
     static bool SetAt(SharedHandle& owner, size_t index, const DataValue& value);
     static bool Append(SharedHandle& owner, const DataValue& value, size_t block);
     // Appends to the list under `key`, which is made when absent; false when something else is there.
@@ -183,6 +184,7 @@ class RecordBody final : public SharedBody {
     bool _hasGaps() const noexcept { return m_garbage != 0 || m_live != m_count; }
 
     // Finding.
+    bool _isAtShort(const RecordEntry& entry, std::string_view key, uint32_t hash) const noexcept;
     bool _isAt(const RecordEntry& entry, std::string_view key, uint32_t hash) const noexcept;
     const RecordEntry* _findAny(const DataKey& key) const noexcept;
     uint32_t _slotOf(std::string_view key, uint32_t hash) const noexcept;
@@ -202,6 +204,7 @@ class RecordBody final : public SharedBody {
     RecordEntry& _pushKeyed(std::string_view key, uint32_t hash) noexcept;
     void _overwriteText(BlockText& text, std::string_view bytes) noexcept;
     void _store(RecordEntry& entry, Pending& value) noexcept;
+    void _storeText(RecordEntry& entry, std::string_view text);
     void _forgetText(BlockText text) noexcept { m_garbage += text.size ? text.size + 1 : 0; }
     void _removeEntry(RecordEntry& entry) noexcept;
 
@@ -216,10 +219,9 @@ class RecordBody final : public SharedBody {
 
     // Editing on behalf of the public operations.
     static bool _isPlain(const DataValue& value) noexcept;
-    static DataValue _valueOf(const RecordBody* from, const RecordField& field) noexcept;
     bool _setPlain(const DataKey& key, const DataValue& value) noexcept;
     static void _storeBits(RecordEntry& entry, const DataValue& value) noexcept;
-    void _storeText(RecordEntry& entry, std::string_view text) noexcept;
+    void _storeShortText(RecordEntry& entry, std::string_view text) noexcept;
     bool _overwritePlain(RecordEntry& entry, const DataValue& value) noexcept;
     [[gnu::noinline]] static bool _setAny(SharedHandle& owner, const DataKey& key, const DataValue& value,
                                           size_t block);
@@ -238,25 +240,30 @@ class RecordBody final : public SharedBody {
 };
 static_assert(sizeof(RecordBody) % alignof(RecordEntry) == 0);
 
+inline bool RecordBody::_isAtShort(const RecordEntry& entry, std::string_view key,
+                                   uint32_t hash) const noexcept {
+    return entry.hash == hash && entry.key.size == key.size() &&
+           EqualShort(_at(entry.key), key.data(), key.size());
+}
+
 // For keys of at most kShortKey bytes in records without index: the slot of the key, or the free one for it.
 inline uint32_t RecordBody::_slotOf(std::string_view key, uint32_t hash) const noexcept {
     const RecordEntry* entries = Entries();
     uint32_t slot = hash % kSlots;
-    for (; m_slots[slot] != 0; slot = (slot + 1) % kSlots) {
-        const RecordEntry& entry = entries[m_slots[slot] - 1];
-        if (entry.hash == hash && entry.key.size == key.size() &&
-            EqualShort(_at(entry.key), key.data(), key.size())) {
-            break;
-        }
-    }
+    while (m_slots[slot] != 0 && !_isAtShort(entries[m_slots[slot] - 1], key, hash))
+        slot = (slot + 1) % kSlots;
     return slot;
 }
 
 inline const RecordEntry* RecordBody::FindEntry(const DataKey& key) const noexcept {
     if (m_index || key.view.size() > kShortKey) [[unlikely]]
         return _findAny(key);
-    const uint32_t position = m_slots[_slotOf(key.view, ShortHashOf(key))];
-    return position != 0 ? Entries() + (position - 1) : nullptr;
+    const uint32_t hash = ShortHashOf(key);
+    for (uint32_t slot = hash % kSlots; m_slots[slot] != 0; slot = (slot + 1) % kSlots) {
+        const RecordEntry* entry = Entries() + (m_slots[slot] - 1);
+        if (_isAtShort(*entry, key.view, hash)) return entry;
+    }
+    return nullptr;
 }
 
 inline int64_t RecordBody::GetLong(const RecordBody* body, const DataKey& key) noexcept {

@@ -8,6 +8,7 @@
 #include "base/data_list.h"
 #include "base/key_hash.h"
 #include "base/record_body.h"
+#include "base/record_form.h"
 
 namespace luadui {
 namespace {
@@ -169,7 +170,7 @@ inline void RecordBody::_storeBits(RecordEntry& entry, const DataValue& value) n
     }
 }
 
-inline void RecordBody::_storeText(RecordEntry& entry, std::string_view text) noexcept {
+inline void RecordBody::_storeShortText(RecordEntry& entry, std::string_view text) noexcept {
     entry.kind = kDataString;
     entry.flags = 0;
     entry.text = _pushBytes(text, 1);
@@ -190,7 +191,7 @@ inline void RecordBody::_storeText(RecordEntry& entry, std::string_view text) no
     RecordEntry& entry = _entries()[m_count];
     entry.hash = hash;
     entry.key = _pushBytes(key.view, 0);
-    isText ? _storeText(entry, value.m_text) : _storeBits(entry, value);
+    isText ? _storeShortText(entry, value.m_text) : _storeBits(entry, value);
     m_slots[slot] = static_cast<uint8_t>(++m_count);
     ++m_live;
     return true;
@@ -206,7 +207,7 @@ inline bool RecordBody::_overwritePlain(RecordEntry& entry, const DataValue& val
         _overwriteText(entry.text, value.m_text);
         return true;
     } else if (_usedBytes() + value.m_text.size() + 1 <= m_capacity) {
-        _storeText(entry, value.m_text);
+        _storeShortText(entry, value.m_text);
     } else {
         return false;
     }
@@ -251,27 +252,38 @@ bool RecordBody::_setAny(SharedHandle& owner, const DataKey& key, const DataValu
     return _set(writer, key, pending);
 }
 
-inline DataValue RecordBody::_valueOf(const RecordBody* from, const RecordField& field) noexcept {
-    switch (field.kind) {
-        case kDataInteger:
-            return GetLong(from, field.key);
-        case kDataBoolean:
-            return GetBool(from, field.key);
-        case kDataDouble:
-            return GetDouble(from, field.key);
-        default:
-            return std::string_view(GetText(from, field.key));
-    }
+uint32_t RecordBody::PositionOf(const SharedHandle& record, const DataKey& key) noexcept {
+    const auto* body = static_cast<const RecordBody*>(record._body());
+    return body->_positionOf(*body->FindEntry(key));
 }
 
-void RecordBody::CopyFields(SharedHandle& owner, const SharedHandle& from,
-                            std::span<const RecordField> fields) {
-    const Writer writable(owner, kRecordBlock);
-    for (const RecordField& field : fields) {
-        // Asked for anew each time: both may be the same record, and move.
-        const DataValue value = _valueOf(static_cast<const RecordBody*>(from._body()), field);
-        auto* body = static_cast<RecordBody*>(owner._body());
-        if (!body->_setPlain(field.key, value)) _setAny(owner, field.key, value, kRecordBlock);
+// The entry is an empty text. What finds no room in the block gets a body of its own.
+inline void RecordBody::_storeText(RecordEntry& entry, std::string_view text) {
+    if (text.size() < kLongTextFrom && _usedBytes() + text.size() + 1 <= m_capacity) {
+        entry.text = _pushBytes(text, 1);
+        return;
+    }
+    entry.body = LongText::Create(text);
+    entry.flags = RecordEntry::kLong;
+    SetFlag(kHoldsBodies);
+}
+
+void RecordBody::Read(const RecordForm& form, const SharedHandle& from, SharedHandle& out) {
+    const auto* blank = static_cast<const RecordBody*>(form.m_blank._body());
+    if (!blank) return;
+    const auto* source = static_cast<const RecordBody*>(from._body());
+    auto* body = static_cast<RecordBody*>(blank->Clone());
+    out._setBody(body);
+    for (const auto& [field, position] : form.m_places) {
+        RecordEntry& entry = body->_entries()[position];
+        if (field.kind == kDataString) {
+            body->_storeText(entry, GetText(source, field.key));
+        } else if (field.kind == kDataDouble) {
+            entry.real = GetDouble(source, field.key);
+        } else {
+            entry.integer =
+                field.kind == kDataInteger ? GetLong(source, field.key) : GetBool(source, field.key);
+        }
     }
 }
 

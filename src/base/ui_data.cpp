@@ -28,10 +28,6 @@ double CUIData::GetDataDouble(const DataKey& key) const noexcept {
 
 TextView CUIData::GetDataText(const DataKey& key) const noexcept { return RecordBody::GetText(_read(), key); }
 
-void CUIData::CopyFields(const CUIData& from, std::span<const RecordField> fields) {
-    RecordBody::CopyFields(*this, from, fields);
-}
-
 bool CUIData::IsShared(const DataKey& key) const noexcept { return _find(key).IsShared(); }
 
 bool CUIData::Remove(const DataKey& key) { return RecordBody::Remove(*this, key); }

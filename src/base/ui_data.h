@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -47,9 +46,6 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     // Sets the entry to a copy of `value`; an existing key keeps its place. What would put an attached record
     // into itself changes nothing and is counted as "shared_ring_refused".
     void SetData(const DataKey& key, DataValue value) { _set(key, value); }
-    // Sets every field to what `from` answers for it (GetDataLong and its like): the empty value of the field's kind
-    // where that is absent or of another kind.
-    void CopyFields(const CUIData& from, std::span<const RecordField> fields);
     // Puts the entry and `value` on the same content. False, counted as "shared_ring_refused" and nothing
     // changed, when the record would come to hold itself.
     template <DataHandle T>

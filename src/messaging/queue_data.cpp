@@ -1,7 +1,10 @@
 #include "messaging/queue_data.h"
 
+#include <utility>
+
 #include "base/data_table.h"
 #include "base/json_object.h"
+#include "base/record_form.h"
 #include "messaging/request_types.h"
 #include "platform/win32.h"
 
@@ -11,25 +14,6 @@ namespace {
 const HashedKey kDataTypeKey("DATATYPE"), kReqTypeKey("REQTYPE"), kIsLastKey("IsLast"),
     kRequestKey("Request"), kMapDataKey("MapData"), kTableIndexKey("TableIndex"), kJsonDataKey("JsonData"),
     kTableKey("Table"), kFundTokenKey("FundToken"), kToKey("To"), kCreateTimeKey("CreateTime");
-
-const RecordField kResponseFields[] = {
-    {kDataTypeKey, kDataInteger},
-    {kReqTypeKey, kDataInteger},
-    {kIsLastKey, kDataBoolean},
-    {HashedKey("UUID"), kDataString},
-    {HashedKey("RawData"), kDataString},
-    {kFundTokenKey, kDataString},
-    {kToKey, kDataString},
-    {HashedKey("Topic"), kDataString},
-    {HashedKey("SrcServer"), kDataString},
-    {HashedKey("TraceID"), kDataString},
-};
-const RecordField kNoticeFields[] = {
-    {kDataTypeKey, kDataInteger},
-    {kReqTypeKey, kDataInteger},
-    {kFundTokenKey, kDataString},
-    {kToKey, kDataString},
-};
 
 // Filling a record key by key costs more than copying one: fresh records start as copies of these.
 CUIData FreshRequest() {
@@ -54,18 +38,39 @@ CUIData FreshResponse() {
     return record;
 }
 
-// With all fields that a copy of a host's record has.
-CUIData CopiedResponse() {
-    CUIData record = FreshResponse();
-    record.CopyFields(CUIData(), kResponseFields);
-    return record;
+// These are never destroyed: records are made until the last thread ends.
+
+const CUIData& RequestPrototype() {
+    static const CUIData* const prototype = new CUIData(FreshRequest());
+    return *prototype;
 }
 
-// Never destroyed: records are made until the last thread ends.
-template <CUIData (*kMake)()>
-const CUIData& Prototype() {
-    static const CUIData* const prototype = new CUIData(kMake());
+const CUIData& ResponsePrototype() {
+    static const CUIData* const prototype = new CUIData(FreshResponse());
     return *prototype;
+}
+
+const RecordForm& ResponseForm() {
+    static const auto* const form =
+        new RecordForm(ResponsePrototype(), {{kDataTypeKey, kDataInteger},
+                                             {kReqTypeKey, kDataInteger},
+                                             {kIsLastKey, kDataBoolean},
+                                             {HashedKey("UUID"), kDataString},
+                                             {HashedKey("RawData"), kDataString},
+                                             {kFundTokenKey, kDataString},
+                                             {kToKey, kDataString},
+                                             {HashedKey("Topic"), kDataString},
+                                             {HashedKey("SrcServer"), kDataString},
+                                             {HashedKey("TraceID"), kDataString}});
+    return *form;
+}
+
+const RecordForm& NoticeForm() {
+    static const auto* const form = new RecordForm(ResponsePrototype(), {{kDataTypeKey, kDataInteger},
+                                                                         {kReqTypeKey, kDataInteger},
+                                                                         {kFundTokenKey, kDataString},
+                                                                         {kToKey, kDataString}});
+    return *form;
 }
 
 // The receiver's entry is a shared one. An entry that the host holds by value is taken as it is now, so that
@@ -87,22 +92,22 @@ void CopyRecord(const CUIData& from, CUIData& to, const HashedKey& key) {
 
 const char* CQueueTaskItem::ClassName() const { return "CQueueTaskItem"; }
 
-CQueueReqItem::CQueueReqItem() : CQueueTaskItem(Prototype<FreshRequest>()) {
+CQueueReqItem::CQueueReqItem() : CQueueTaskItem(RequestPrototype()) {
     SetData(kCreateTimeKey, GetTickCount());
 }
 
 const char* CQueueReqItem::ClassName() const { return "CQueueReqItem"; }
 
-CQueueRespData::CQueueRespData() : CQueueTaskItem(Prototype<FreshResponse>()) {}
+CQueueRespData::CQueueRespData() : CQueueTaskItem(ResponsePrototype()) {}
 
 const char* CQueueRespData::ClassName() const { return "CQueueRespData"; }
 
 void CQueueRespData::CopyFrom(const CUIData& host) {
-    if (SharesWith(Prototype<FreshResponse>())) CUIData::operator=(Prototype<CopiedResponse>());
-    CopyFields(host, kResponseFields);
-    CopyAttached<CJsonObject>(host, *this, kJsonDataKey);
-    CopyAttached<CDataTable>(host, *this, kTableKey);
-    for (const HashedKey* key : {&kRequestKey, &kMapDataKey, &kTableIndexKey}) CopyRecord(host, *this, *key);
+    CUIData copy = ResponseForm().Read(host);
+    CopyAttached<CJsonObject>(host, copy, kJsonDataKey);
+    CopyAttached<CDataTable>(host, copy, kTableKey);
+    for (const HashedKey* key : {&kRequestKey, &kMapDataKey, &kTableIndexKey}) CopyRecord(host, copy, *key);
+    CUIData::operator=(std::move(copy));
 }
 
 bool CQueueRespData::IsChangeNotice(const CUIData& record) {
@@ -110,6 +115,6 @@ bool CQueueRespData::IsChangeNotice(const CUIData& record) {
            record.GetDataType(kRequestKey) != kDataRecord;
 }
 
-void CQueueRespData::CopyNoticeFrom(const CUIData& host) { CopyFields(host, kNoticeFields); }
+void CQueueRespData::CopyNoticeFrom(const CUIData& host) { CUIData::operator=(NoticeForm().Read(host)); }
 
 }  // namespace luadui

@@ -12,6 +12,7 @@
 #include "base/data_set.h"
 #include "base/data_table.h"
 #include "base/json_object.h"
+#include "base/record_form.h"
 #include "base/ui_data.h"
 
 namespace luadui {
@@ -63,6 +64,9 @@ const ReadingCase kReadings[] = {
     {"5.", 5, 5.0, kNone},
     {"99999999999999999999", kNone, 99999999999999999999.0, kNone},
     {"1e999", kNone, kNone, kNone},
+    {"-1e-999", 0, -0.0, kNone},
+    {"0.001e-99999999999999999999", 0, 0.0, kNone},
+    {"1000e99999999999999999999", kNone, kNone, kNone},
     {"", kNone, kNone, kNone},
     {" ", kNone, kNone, kNone},
     {".", kNone, kNone, kNone},
@@ -457,35 +461,57 @@ TEST(RecordTest, HashedKeysAreKeys) {
     }
 }
 
-TEST(RecordTest, FieldsAreCopiedAsTheirKind) {
-    const RecordField fields[] = {{HashedKey("long"), kDataInteger},
-                                  {HashedKey("bool"), kDataBoolean},
-                                  {HashedKey("double"), kDataDouble},
-                                  {HashedKey("text"), kDataString}};
-    CUIData full, wrong, to;
+TEST(RecordTest, FormsReadFieldsAsTheirKind) {
+    CUIData defaults, full, wrong;
+    defaults.SetData("before", 1);
+    defaults.SetData("text", std::string(1000, 'd'));
+    const RecordForm form(defaults, {{HashedKey("long"), kDataInteger},
+                                     {HashedKey("bool"), kDataBoolean},
+                                     {HashedKey("double"), kDataDouble},
+                                     {HashedKey("text"), kDataString}});
     full.SetData("long", "42");
     full.SetData("bool", 1);
     full.SetData("double", 2);
-    full.SetData("text", std::string(1000, 'x'));
+    full.SetData("text", "short");
     full.SetData("more", 1);
     wrong.SetData("text", 5);
     wrong.SetData("long", CUIData());
-    to.SetData("text", CDataTable());
-    const CUIData before = to;
-    to.CopyFields(full, fields);
-    EXPECT_THAT(Keys(to), ElementsAre("text", "long", "bool", "double"));
-    EXPECT_EQ(to.GetDataLong("long"), 42);
-    EXPECT_EQ(to.GetDataType("bool"), kDataBoolean);
-    EXPECT_EQ(to.GetDataDouble("double"), 2.0);
-    EXPECT_EQ(to.GetDataText("text").size(), 1000u);
-    EXPECT_EQ(before.GetDataType("text"), kDataTable);
-    full.CopyFields(full, fields);
-    EXPECT_EQ(full.GetDataType("long"), kDataInteger);
-    EXPECT_EQ(full.GetDataText("text"), to.GetDataText("text"));
-    to.CopyFields(wrong, fields);
-    EXPECT_EQ(to.GetDataType("text"), kDataString);
-    EXPECT_EQ(to.GetDataText("text"), "");
-    EXPECT_EQ(to.GetDataLong("long"), 0);
+    const CUIData read = form.Read(full);
+    EXPECT_THAT(Keys(read), ElementsAre("before", "text", "long", "bool", "double"));
+    EXPECT_EQ(read.GetDataLong("before"), 1);
+    EXPECT_EQ(read.GetDataLong("long"), 42);
+    EXPECT_EQ(read.GetDataType("bool"), kDataBoolean);
+    EXPECT_TRUE(read.GetDataBool("bool"));
+    EXPECT_EQ(read.GetDataDouble("double"), 2.0);
+    EXPECT_EQ(read.GetDataText("text"), "short");
+    for (const CUIData& record : {form.Read(wrong), form.Read(CUIData())}) {
+        EXPECT_THAT(Keys(record), ElementsAre("before", "text", "long", "bool", "double"));
+        EXPECT_EQ(record.GetDataType("text"), kDataString);
+        EXPECT_EQ(record.GetDataText("text"), "");
+        EXPECT_EQ(record.GetDataLong("long"), 0);
+        EXPECT_EQ(record.GetDataType("double"), kDataDouble);
+    }
+    EXPECT_EQ(RecordForm(CUIData(), {}).Read(full).Size(), 0u);
+}
+
+// More than fits a block, in texts that each would.
+TEST(RecordTest, FormsReadTextsOfAnyLength) {
+    const char* const keys[] = {"a", "b", "c", "d", "e"};
+    const RecordForm form(CUIData(), {{HashedKey("a"), kDataString},
+                                      {HashedKey("b"), kDataString},
+                                      {HashedKey("c"), kDataString},
+                                      {HashedKey("d"), kDataString},
+                                      {HashedKey("e"), kDataString}});
+    for (const size_t size : {0, 1, 31, 33, 200, 256, 257, 100000}) {
+        CUIData from;
+        for (const char* key : keys) from.SetData(key, key + std::string(size, 'x'));
+        CUIData read = form.Read(from);
+        for (const char* key : keys) EXPECT_EQ(read.GetDataText(key), from.GetDataText(key));
+        const CUIData copy = read;
+        for (const char* key : {"e", "a"}) read.SetData(key, "new");
+        EXPECT_EQ(copy.GetDataText("e"), from.GetDataText("e"));
+        EXPECT_EQ(read.GetDataText("e"), "new");
+    }
 }
 
 }  // namespace
