@@ -201,7 +201,7 @@ TEST(HostLifetime, TheModuleLeavesUnlessItsThreadRuns) {
         ExpectUnchangingAnswers(*terminal);
         terminal->Lua("luadui.on_get_hWnd() luadui.get_login_info('p') luadui.on_setfocus('info')");
         if (isStarted) {
-            ASSERT_TRUE(terminal->Start());
+            ASSERT_TRUE(terminal->Start(false));
         }
         const Module module = terminal->module;
         terminal->CloseLua();

@@ -63,9 +63,10 @@ class Terminal {
     Callback onAsk;
 
     // Sets the callbacks and starts the UI thread; true when its window is there.
-    bool Start() {
+    // With `keepsPages` the page libraries, and what they are linked to, stay loaded.
+    bool Start(bool keepsPages = true) {
         SetCallbacks();
-        for (const wchar_t* library : {L"test_page.dll", L"vandrel.dll"}) Probe(library);  // stays loaded
+        if (keepsPages) Probe(L"test_page.dll"), Probe(L"vandrel.dll");
         m_uiThreadId = module.start_dui_thread();
         m_thread = OpenThread(SYNCHRONIZE, FALSE, m_uiThreadId);
         return m_thread && WaitFor([] { return ManagerWindow() != nullptr; });
