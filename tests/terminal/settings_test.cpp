@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <random>
 #include <thread>
 
 #include "base/counters.h"
@@ -103,15 +104,17 @@ TEST(DataPath, StaysBelowTheFolder) {
 
 class SettingsStoreTest : public testing::Test {
   protected:
-    SettingsStoreTest() { fs::remove_all(m_folder); }
-    ~SettingsStoreTest() override { fs::remove_all(m_folder); }
+    ~SettingsStoreTest() override { fs::remove_all(m_root); }
     std::string Value(const std::string& key) {
         std::string value = "unread";
         EXPECT_TRUE(SettingsStore(m_folder).Read(kFile, key, value));
         return value;
     }
     const std::string kFile = "\\users\\user.cfg";
-    const fs::path m_folder = fs::path(testing::TempDir()) / "terminal_settings";
+    // A folder that nobody else writes beside: what leaves the store's own would be seen.
+    const fs::path m_root =
+        fs::path(testing::TempDir()) / ("terminal_settings_" + std::to_string(std::random_device()()));
+    const fs::path m_folder = m_root / "data";
     const fs::path m_path = m_folder / "users" / "user.cfg";
 };
 
