@@ -28,7 +28,8 @@ TEST(HostStress, ShortLivesEndWell) {
     for (auto& thread : threads) thread.join();
 }
 
-TEST(HostStress, CyclesOfPagesTrafficAndScriptsDoNotGrow) {
+// Pages, traffic and Lua states, again and again.
+TEST(HostStress, CyclesDoNotGrow) {
     const Watchdog watchdog(60);
     Terminal terminal;
     auto& probe = terminal.Probe();
