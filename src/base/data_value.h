@@ -60,13 +60,17 @@ struct DataKey {
     DataKey(const std::string& text) : view(text) {}                   // NOLINT
 
     std::string_view view;
-    uint32_t hash = 0;  // 0: not known
 };
 
 // A key that is used again and again: its hash is computed once. For constants of the process: `text` must stay where
-// it is, as a literal does. Accepted wherever a DataKey is.
-struct TESSEL_API HashedKey : DataKey {
+// it is, as a literal does.
+class TESSEL_API HashedKey {
+  public:
     explicit HashedKey(std::string_view text) noexcept;
+    operator DataKey() const noexcept { return view; }  // NOLINT(google-explicit-constructor)
+
+    const std::string_view view;
+    const uint32_t hash;
 };
 
 // A value to be stored, of any kind: the argument of SetData, Append and Set. Owns nothing; valid for the

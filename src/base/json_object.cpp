@@ -14,27 +14,27 @@ bool IsJsonKind(DataKind kind) {
 
 }  // namespace
 
-bool CJsonObject::Set(const DataKey& name, DataValue value) {
+bool CJsonObject::Set(DataKey name, DataValue value) {
     return IsJsonKind(value.Kind()) && RecordBody::Set(*this, name, value, RecordBody::kSmallBlock);
 }
 
-bool CJsonObject::Append(const DataKey& name, DataValue value) {
+bool CJsonObject::Append(DataKey name, DataValue value) {
     return IsJsonKind(value.Kind()) && RecordBody::AppendIn(*this, name, value);
 }
 
-bool CJsonObject::Remove(const DataKey& name) { return RecordBody::Remove(*this, name); }
+bool CJsonObject::Remove(DataKey name) { return RecordBody::Remove(*this, name); }
 
 void CJsonObject::Clear() { RecordBody::Clear(*this); }
 
-ValueView CJsonObject::Find(const DataKey& name) const noexcept { return RecordBody::Find(_read(), name); }
+ValueView CJsonObject::Find(DataKey name) const noexcept { return RecordBody::Find(_read(), name); }
 
-CJsonObject CJsonObject::GetSub(const DataKey& name) const {
+CJsonObject CJsonObject::GetSub(DataKey name) const {
     CJsonObject sub;
     Get(name, sub);
     return sub;
 }
 
-CDataList CJsonObject::GetArray(const DataKey& name) const {
+CDataList CJsonObject::GetArray(DataKey name) const {
     CDataList array;
     Get(name, array);
     return array;

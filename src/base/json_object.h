@@ -29,34 +29,32 @@ class TESSEL_API CJsonObject : public SharedValue<RecordBody> {
 
     // Sets a member; an existing one keeps its place. False and counted as "json_kind_refused" for records,
     // tables and sets; false and counted as "shared_ring_refused" when the object would come to hold itself.
-    bool Set(const DataKey& name, DataValue value);
-    bool SetNull(const DataKey& name) { return Set(name, DataValue::Null()); }
+    bool Set(DataKey name, DataValue value);
+    bool SetNull(DataKey name) { return Set(name, DataValue::Null()); }
     // Adds to the array `name`, which is made when absent. False when the member is something else, or as in
     // Set.
-    bool Append(const DataKey& name, DataValue value);
-    bool Remove(const DataKey& name);
+    bool Append(DataKey name, DataValue value);
+    bool Remove(DataKey name);
     void Clear();
 
-    bool Has(const DataKey& name) const noexcept { return static_cast<bool>(Find(name)); }
+    bool Has(DataKey name) const noexcept { return static_cast<bool>(Find(name)); }
     // kDataAbsent, kDataNull, kDataBoolean, kDataInteger, kDataDouble, kDataString, kDataJson or kDataList.
-    DataKind Kind(const DataKey& name) const noexcept { return Find(name).Kind(); }
+    DataKind Kind(DataKey name) const noexcept { return Find(name).Kind(); }
     // The member, for reading; absent when there is none. Sub-objects and arrays read as copies that cost one
     // count.
-    ValueView Find(const DataKey& name) const noexcept;
+    ValueView Find(DataKey name) const noexcept;
     template <class T>
-    bool Get(const DataKey& name, T& out) const {
+    bool Get(DataKey name, T& out) const {
         return Find(name).Get(out);
     }
-    int64_t GetLong(const DataKey& name) const noexcept { return Find(name).AsLong(); }
-    double GetDouble(const DataKey& name) const noexcept { return Find(name).AsDouble(); }
-    bool GetBool(const DataKey& name) const noexcept { return Find(name).AsBool(); }
-    TextView GetText(const DataKey& name) const noexcept {
-        return Find(name).AsText();
-    }  // until the object changes
-    std::string GetString(const DataKey& name) const { return std::string(GetText(name)); }
+    int64_t GetLong(DataKey name) const noexcept { return Find(name).AsLong(); }
+    double GetDouble(DataKey name) const noexcept { return Find(name).AsDouble(); }
+    bool GetBool(DataKey name) const noexcept { return Find(name).AsBool(); }
+    TextView GetText(DataKey name) const noexcept { return Find(name).AsText(); }  // until the object changes
+    std::string GetString(DataKey name) const { return std::string(GetText(name)); }
     // The sub-object or array; empty when absent or something else.
-    CJsonObject GetSub(const DataKey& name) const;
-    CDataList GetArray(const DataKey& name) const;
+    CJsonObject GetSub(DataKey name) const;
+    CDataList GetArray(DataKey name) const;
 
     size_t Size() const noexcept;
     bool IsEmpty() const noexcept { return Size() == 0; }

@@ -48,7 +48,7 @@ KeySeed KeySecret::_draw() noexcept {
     return drawn;
 }
 
-HashedKey::HashedKey(std::string_view text) noexcept : DataKey(text) { hash = HashKey(text); }
+HashedKey::HashedKey(std::string_view text) noexcept : view(text), hash(HashKey(text)) {}
 
 LongText* LongText::Create(std::string_view text) {
     auto* body = new (Allocate(sizeof(LongText) + text.size() + 1)) LongText(text.size());
@@ -103,12 +103,11 @@ bool RecordBody::_isAt(const RecordEntry& entry, std::string_view key, uint32_t 
            std::memcmp(_at(entry.key), key.data(), key.size()) == 0;
 }
 
-const RecordEntry* RecordBody::_findAny(const DataKey& key) const noexcept {
-    const uint32_t hash = HashOf(key);
+const RecordEntry* RecordBody::_findAny(std::string_view key, uint32_t hash) const noexcept {
     const auto probe = [&](const auto* slots, uint32_t mask) -> const RecordEntry* {
         for (uint32_t slot = hash & mask; slots[slot] != 0; slot = (slot + 1) & mask) {
             const RecordEntry& entry = Entries()[slots[slot] - 1];
-            if (_isAt(entry, key.view, hash)) return &entry;
+            if (_isAt(entry, key, hash)) return &entry;
         }
         return nullptr;
     };
@@ -165,7 +164,7 @@ void RecordBody::_growIndex() {
 
 void RecordBody::_overwriteText(BlockText& text, std::string_view bytes) noexcept {
     char* place = _blockEnd() - text.end;
-    CopyBytes(place, bytes.data(), bytes.size());
+    CopyShort(place, bytes.data(), bytes.size());
     place[bytes.size()] = '\0';
     m_garbage += text.size - static_cast<uint32_t>(bytes.size());
     text.size = static_cast<uint32_t>(bytes.size());

@@ -16,6 +16,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -26,11 +27,11 @@
 
 namespace luadui {
 
-inline uint32_t HashOf(const DataKey& key) noexcept { return key.hash != 0 ? key.hash : HashKey(key.view); }
+inline uint32_t HashOf(DataKey key) noexcept { return HashKey(key.view); }
+inline uint32_t HashOf(const HashedKey& key) noexcept { return key.hash; }
 // For keys of at most kShortKey bytes, by those who hold a record.
-inline uint32_t ShortHashOf(const DataKey& key) noexcept {
-    return key.hash != 0 ? key.hash : HashShortKey(key.view, KeySecret::Known());
-}
+inline uint32_t ShortHashOf(DataKey key) noexcept { return HashShortKey(key.view, KeySecret::Known()); }
+inline uint32_t ShortHashOf(const HashedKey& key) noexcept { return key.hash; }
 
 class RecordForm;
 
@@ -102,31 +103,37 @@ class RecordBody final : public SharedBody {
     // Writing. Each works on the content of `owner`: made when there is none, cloned when others hold it too,
     // moved to a larger block when it is full. `block` is the size of a first block. Keys, texts and handles
     // passed in may lie in the record itself. False when refused (counted).
-    static bool Set(SharedHandle& owner, const DataKey& key, const DataValue& value, size_t block);
+    static bool Set(SharedHandle& owner, DataKey key, const DataValue& value, size_t block);
     // See RecordForm. `out` is empty.
     static void Read(const RecordForm& form, const SharedHandle& from, SharedHandle& out);
-    static uint32_t PositionOf(const SharedHandle& record, const DataKey& key) noexcept;
+    static uint32_t PositionOf(const SharedHandle& record, DataKey key) noexcept;
     static bool SetAt(SharedHandle& owner, size_t index, const DataValue& value);
     static bool Append(SharedHandle& owner, const DataValue& value, size_t block);
     // Appends to the list under `key`, which is made when absent; false when something else is there.
-    static bool AppendIn(SharedHandle& owner, const DataKey& key, const DataValue& value);
-    static bool SetShared(SharedHandle& owner, const DataKey& key, DataKind kind, SharedHandle& value);
-    static bool Remove(SharedHandle& owner, const DataKey& key);
+    static bool AppendIn(SharedHandle& owner, DataKey key, const DataValue& value);
+    static bool SetShared(SharedHandle& owner, DataKey key, DataKind kind, SharedHandle& value);
+    static bool Remove(SharedHandle& owner, DataKey key);
     static bool RemoveAt(SharedHandle& owner, size_t index);
     static bool SetType(SharedHandle& owner, std::string_view type);
     // Removes the entries, not the type.
     static void Clear(SharedHandle& owner);
     static void Reserve(SharedHandle& owner, size_t entries, size_t bytes);
-    static bool GetShared(SharedHandle& owner, const DataKey& key, DataKind kind, SharedHandle& out);
+    static bool GetShared(SharedHandle& owner, DataKey key, DataKind kind, SharedHandle& out);
 
     // Reading; null bodies are empty.
-    static ValueView Find(const RecordBody* body, const DataKey& key) noexcept;
-    const RecordEntry* FindEntry(const DataKey& key) const noexcept;
+    template <class AnyKey>
+    static ValueView Find(const RecordBody* body, const AnyKey& key) noexcept;
+    template <class AnyKey>  // DataKey or HashedKey
+    const RecordEntry* FindEntry(const AnyKey& key) const noexcept;
     // What the view of the entry answers, without a call where it is of the kind asked for.
-    static int64_t GetLong(const RecordBody* body, const DataKey& key) noexcept;
-    static double GetDouble(const RecordBody* body, const DataKey& key) noexcept;
-    static bool GetBool(const RecordBody* body, const DataKey& key) noexcept;
-    static TextView GetText(const RecordBody* body, const DataKey& key) noexcept;
+    template <class AnyKey>
+    static int64_t GetLong(const RecordBody* body, const AnyKey& key) noexcept;
+    template <class AnyKey>
+    static double GetDouble(const RecordBody* body, const AnyKey& key) noexcept;
+    template <class AnyKey>
+    static bool GetBool(const RecordBody* body, const AnyKey& key) noexcept;
+    template <class AnyKey>
+    static TextView GetText(const RecordBody* body, const AnyKey& key) noexcept;
     static ValueView At(const RecordBody* body, size_t index) noexcept;
     static bool GetAttached(const ValueView& value, DataKind kind, SharedHandle& out) noexcept;
     static void CopyTo(const RecordEntry& entry, SharedHandle& out);
@@ -186,9 +193,9 @@ class RecordBody final : public SharedBody {
     // Finding.
     bool _isAtShort(const RecordEntry& entry, std::string_view key, uint32_t hash) const noexcept;
     bool _isAt(const RecordEntry& entry, std::string_view key, uint32_t hash) const noexcept;
-    const RecordEntry* _findAny(const DataKey& key) const noexcept;
+    const RecordEntry* _findAny(std::string_view key, uint32_t hash) const noexcept;
     uint32_t _slotOf(std::string_view key, uint32_t hash) const noexcept;
-    RecordEntry* _find(const DataKey& key) noexcept { return const_cast<RecordEntry*>(FindEntry(key)); }
+    RecordEntry* _find(DataKey key) noexcept { return const_cast<RecordEntry*>(FindEntry(key)); }
     void _indexEntry(uint32_t position) noexcept;
     void _slotEntry(uint32_t position) noexcept;
     void _makeIndex(uint32_t entries);
@@ -219,13 +226,15 @@ class RecordBody final : public SharedBody {
 
     // Editing on behalf of the public operations.
     static bool _isPlain(const DataValue& value) noexcept;
-    bool _setPlain(const DataKey& key, const DataValue& value) noexcept;
+    bool _setPlain(DataKey key, const DataValue& value) noexcept;
     static void _storeBits(RecordEntry& entry, const DataValue& value) noexcept;
     void _storeShortText(RecordEntry& entry, std::string_view text) noexcept;
     bool _overwritePlain(RecordEntry& entry, const DataValue& value) noexcept;
-    [[gnu::noinline]] static bool _setAny(SharedHandle& owner, const DataKey& key, const DataValue& value,
+    [[gnu::noinline]] static bool _setFirst(SharedHandle& owner, DataKey key, const DataValue& value,
+                                            size_t block);
+    [[gnu::noinline]] static bool _setAny(SharedHandle& owner, DataKey key, const DataValue& value,
                                           size_t block);
-    static bool _set(Writer& writer, const DataKey& key, Pending& value);
+    static bool _set(Writer& writer, DataKey key, Pending& value);
     static bool _append(SharedHandle& owner, Pending& value, size_t block);
 
     uint32_t m_capacity;     // bytes of the block, this header included
@@ -255,9 +264,10 @@ inline uint32_t RecordBody::_slotOf(std::string_view key, uint32_t hash) const n
     return slot;
 }
 
-inline const RecordEntry* RecordBody::FindEntry(const DataKey& key) const noexcept {
+template <class AnyKey>
+inline const RecordEntry* RecordBody::FindEntry(const AnyKey& key) const noexcept {
     if (m_index || key.view.size() > kShortKey) [[unlikely]]
-        return _findAny(key);
+        return _findAny(key.view, HashOf(key));
     const uint32_t hash = ShortHashOf(key);
     for (uint32_t slot = hash % kSlots; m_slots[slot] != 0; slot = (slot + 1) % kSlots) {
         const RecordEntry* entry = Entries() + (m_slots[slot] - 1);
@@ -266,25 +276,29 @@ inline const RecordEntry* RecordBody::FindEntry(const DataKey& key) const noexce
     return nullptr;
 }
 
-inline int64_t RecordBody::GetLong(const RecordBody* body, const DataKey& key) noexcept {
+template <class AnyKey>
+inline int64_t RecordBody::GetLong(const RecordBody* body, const AnyKey& key) noexcept {
     const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
     if (!entry) return 0;
     return entry->kind == kDataInteger ? entry->integer : View(body, entry).AsLong();
 }
 
-inline double RecordBody::GetDouble(const RecordBody* body, const DataKey& key) noexcept {
+template <class AnyKey>
+inline double RecordBody::GetDouble(const RecordBody* body, const AnyKey& key) noexcept {
     const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
     if (!entry) return 0;
     return entry->kind == kDataDouble ? entry->real : View(body, entry).AsDouble();
 }
 
-inline bool RecordBody::GetBool(const RecordBody* body, const DataKey& key) noexcept {
+template <class AnyKey>
+inline bool RecordBody::GetBool(const RecordBody* body, const AnyKey& key) noexcept {
     const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
     if (!entry) return false;
     return entry->kind == kDataBoolean ? entry->integer != 0 : View(body, entry).AsBool();
 }
 
-inline TextView RecordBody::GetText(const RecordBody* body, const DataKey& key) noexcept {
+template <class AnyKey>
+inline TextView RecordBody::GetText(const RecordBody* body, const AnyKey& key) noexcept {
     const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
     return entry && entry->kind == kDataString ? body->Text(*entry) : TextView();
 }
@@ -294,7 +308,11 @@ inline BlockText RecordBody::_pushBytes(std::string_view bytes, size_t terminato
     m_back += static_cast<uint32_t>(bytes.size() + terminator);
     char* place = _blockEnd() - m_back;
     if (terminator) place[bytes.size()] = '\0';
-    CopyBytes(place, bytes.data(), bytes.size());
+    if (bytes.size() < kLongTextFrom) {
+        CopyShort(place, bytes.data(), bytes.size());
+    } else {
+        std::memcpy(place, bytes.data(), bytes.size());
+    }
     return {m_back, static_cast<uint32_t>(bytes.size())};
 }
 
@@ -323,7 +341,8 @@ inline void RecordBody::_slotEntry(uint32_t position) noexcept {
     m_slots[slot] = static_cast<uint8_t>(position + 1);
 }
 
-inline ValueView RecordBody::Find(const RecordBody* body, const DataKey& key) noexcept {
+template <class AnyKey>
+inline ValueView RecordBody::Find(const RecordBody* body, const AnyKey& key) noexcept {
     const RecordEntry* entry = body ? body->FindEntry(key) : nullptr;
     return entry ? ValueView(body, entry) : ValueView();
 }

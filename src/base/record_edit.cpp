@@ -178,8 +178,7 @@ inline void RecordBody::_storeShortText(RecordEntry& entry, std::string_view tex
 
 // The ordinary case, without a detour: a short key, a plain value, no index, and room in the block. False, and nothing
 // changed, when it is not that.
-[[gnu::always_inline]] inline bool RecordBody::_setPlain(const DataKey& key,
-                                                         const DataValue& value) noexcept {
+[[gnu::always_inline]] inline bool RecordBody::_setPlain(DataKey key, const DataValue& value) noexcept {
     if (m_index || key.view.size() > kShortKey || !_isPlain(value)) return false;
     const uint32_t hash = ShortHashOf(key);
     const uint32_t slot = _slotOf(key.view, hash);
@@ -215,17 +214,15 @@ inline bool RecordBody::_overwritePlain(RecordEntry& entry, const DataValue& val
     return true;
 }
 
-bool RecordBody::_set(Writer& writer, const DataKey& key, Pending& value) {
-    DataKey hashed = key;
-    hashed.hash = HashOf(key);
-    RecordEntry* entry = writer->_find(hashed);
+bool RecordBody::_set(Writer& writer, DataKey key, Pending& value) {
+    RecordEntry* entry = writer->_find(key);
     if (!entry) {
         if (key.view.size() > kMaxBlock || !writer.MakeRoom(1, key.view.size() + value.Bytes())) return false;
         writer->_reserveIndex();
-        entry = &writer->_pushKeyed(hashed.view, HashOf(hashed));
+        entry = &writer->_pushKeyed(key.view, HashOf(key));
     } else if (!value.FitsInto(*entry)) {
         if (!writer.MakeRoom(0, value.Bytes())) return false;
-        entry = writer->_find(hashed);  // it may have moved
+        entry = writer->_find(key);  // it may have moved
     }
     writer->_store(*entry, value);
     return true;
@@ -239,20 +236,26 @@ bool RecordBody::_append(SharedHandle& owner, Pending& value, size_t block) {
     return true;
 }
 
-bool RecordBody::Set(SharedHandle& owner, const DataKey& key, const DataValue& value, size_t block) {
+bool RecordBody::Set(SharedHandle& owner, DataKey key, const DataValue& value, size_t block) {
     auto* body = static_cast<RecordBody*>(owner._body());
-    if (body && body->IsUnique() && body->_setPlain(key, value)) return true;
+    if (!body) return _setFirst(owner, key, value, block);
+    if (body->IsUnique() && body->_setPlain(key, value)) return true;
     return _setAny(owner, key, value, block);
 }
 
-bool RecordBody::_setAny(SharedHandle& owner, const DataKey& key, const DataValue& value, size_t block) {
+bool RecordBody::_setFirst(SharedHandle& owner, DataKey key, const DataValue& value, size_t block) {
+    owner._setBody(_create(block));
+    return Set(owner, key, value, block);
+}
+
+bool RecordBody::_setAny(SharedHandle& owner, DataKey key, const DataValue& value, size_t block) {
     Pending pending(value);
     if (pending.WouldRing(owner)) return false;
     Writer writer(owner, block);
     return _set(writer, key, pending);
 }
 
-uint32_t RecordBody::PositionOf(const SharedHandle& record, const DataKey& key) noexcept {
+uint32_t RecordBody::PositionOf(const SharedHandle& record, DataKey key) noexcept {
     const auto* body = static_cast<const RecordBody*>(record._body());
     return body->_positionOf(*body->FindEntry(key));
 }
@@ -302,7 +305,7 @@ bool RecordBody::SetAt(SharedHandle& owner, size_t index, const DataValue& value
     return true;
 }
 
-bool RecordBody::AppendIn(SharedHandle& owner, const DataKey& key, const DataValue& value) {
+bool RecordBody::AppendIn(SharedHandle& owner, DataKey key, const DataValue& value) {
     Pending pending(value);
     if (pending.WouldRing(owner)) return false;
     const ValueView found = Find(static_cast<RecordBody*>(owner._body()), key);
@@ -334,7 +337,7 @@ bool RecordBody::AppendIn(SharedHandle& owner, const DataKey& key, const DataVal
     return appended;
 }
 
-bool RecordBody::SetShared(SharedHandle& owner, const DataKey& key, DataKind kind, SharedHandle& value) {
+bool RecordBody::SetShared(SharedHandle& owner, DataKey key, DataKind kind, SharedHandle& value) {
     SharedBody* reached = value.IsAttached() ? value._cell() : value._body();
     if (&owner == &value || (owner.IsAttached() && SharedBody::Reaches(reached, owner._cell()))) {
         CCounters::Add("shared_ring_refused");
@@ -349,7 +352,7 @@ bool RecordBody::SetShared(SharedHandle& owner, const DataKey& key, DataKind kin
     return _set(writer, key, pending);
 }
 
-bool RecordBody::GetShared(SharedHandle& owner, const DataKey& key, DataKind kind, SharedHandle& out) {
+bool RecordBody::GetShared(SharedHandle& owner, DataKey key, DataKind kind, SharedHandle& out) {
     const ValueView found = Find(static_cast<RecordBody*>(owner._body()), key);
     if (found.Kind() != kind) return false;
     if (found.m_entry->HasFlag(RecordEntry::kCell)) {
@@ -369,7 +372,7 @@ bool RecordBody::GetShared(SharedHandle& owner, const DataKey& key, DataKind kin
     return true;
 }
 
-bool RecordBody::Remove(SharedHandle& owner, const DataKey& key) {
+bool RecordBody::Remove(SharedHandle& owner, DataKey key) {
     const ValueView found = Find(static_cast<RecordBody*>(owner._body()), key);
     if (!found) return false;
     const uint32_t position = found.m_body->_positionOf(*found.m_entry);

@@ -38,11 +38,13 @@ bool EqualEnds(const char* left, const char* right, size_t size) noexcept {
 
 }  // namespace short_bytes
 
-// `to` and `from` may overlap: what is copied without a call is read whole before it is written.
-inline void CopyBytes(char* to, const char* from, size_t size) noexcept {
+// For some hundred bytes at most. They may overlap where `to` comes first.
+inline void CopyShort(char* to, const char* from, size_t size) noexcept {
     using namespace short_bytes;
     if (size > 32) {
-        std::memmove(to, from, size);
+        const Word16 last = ReadWord<Word16>(from + size - 16);
+        for (size_t done = 0; done < size - 16; done += 16) std::memcpy(to + done, from + done, 16);
+        std::memcpy(to + size - 16, &last, 16);
     } else if (size >= 16) {
         CopyEnds<Word16>(to, from, size);
     } else if (size >= 8) {

@@ -18,19 +18,27 @@ TextView CUIData::GetTypeText() const noexcept { return RecordBody::Type(_read()
 
 void CUIData::Reserve(size_t entries, size_t bytes) { RecordBody::Reserve(*this, entries, bytes); }
 
-int64_t CUIData::GetDataLong(const DataKey& key) const noexcept { return RecordBody::GetLong(_read(), key); }
+int64_t CUIData::GetDataLong(DataKey key) const noexcept { return RecordBody::GetLong(_read(), key); }
 
-bool CUIData::GetDataBool(const DataKey& key) const noexcept { return RecordBody::GetBool(_read(), key); }
-
-double CUIData::GetDataDouble(const DataKey& key) const noexcept {
-    return RecordBody::GetDouble(_read(), key);
+int64_t CUIData::GetDataLong(const HashedKey& key) const noexcept {
+    return RecordBody::GetLong(_read(), key);
 }
 
-TextView CUIData::GetDataText(const DataKey& key) const noexcept { return RecordBody::GetText(_read(), key); }
+bool CUIData::GetDataBool(DataKey key) const noexcept { return RecordBody::GetBool(_read(), key); }
 
-bool CUIData::IsShared(const DataKey& key) const noexcept { return _find(key).IsShared(); }
+double CUIData::GetDataDouble(DataKey key) const noexcept { return RecordBody::GetDouble(_read(), key); }
 
-bool CUIData::Remove(const DataKey& key) { return RecordBody::Remove(*this, key); }
+TextView CUIData::GetDataText(DataKey key) const noexcept { return RecordBody::GetText(_read(), key); }
+
+TextView CUIData::GetDataText(const HashedKey& key) const noexcept {
+    return RecordBody::GetText(_read(), key);
+}
+
+ValueView CUIData::GetDataView(const HashedKey& key) const noexcept { return RecordBody::Find(_read(), key); }
+
+bool CUIData::IsShared(DataKey key) const noexcept { return _find(key).IsShared(); }
+
+bool CUIData::Remove(DataKey key) { return RecordBody::Remove(*this, key); }
 
 void CUIData::Clear() { RecordBody::Clear(*this); }
 
@@ -40,21 +48,21 @@ ValueIterator CUIData::begin() const noexcept { return RecordBody::Begin(_read()
 
 ValueIterator CUIData::end() const noexcept { return RecordBody::End(_read()); }
 
-ValueView CUIData::_find(const DataKey& key) const noexcept { return RecordBody::Find(_read(), key); }
+ValueView CUIData::_find(DataKey key) const noexcept { return RecordBody::Find(_read(), key); }
 
-void CUIData::_set(const DataKey& key, const DataValue& value) {
+void CUIData::_set(DataKey key, const DataValue& value) {
     RecordBody::Set(*this, key, value, RecordBody::kRecordBlock);
 }
 
-bool CUIData::_setShared(const DataKey& key, DataKind kind, SharedHandle& value) {
+bool CUIData::_setShared(DataKey key, DataKind kind, SharedHandle& value) {
     return RecordBody::SetShared(*this, key, kind, value);
 }
 
-bool CUIData::_getShared(const DataKey& key, DataKind kind, SharedHandle& out) {
+bool CUIData::_getShared(DataKey key, DataKind kind, SharedHandle& out) {
     return RecordBody::GetShared(*this, key, kind, out);
 }
 
-bool CUIData::_getAttached(const DataKey& key, DataKind kind, SharedHandle& out) const {
+bool CUIData::_getAttached(DataKey key, DataKind kind, SharedHandle& out) const {
     return RecordBody::GetAttached(_find(key), kind, out);
 }
 

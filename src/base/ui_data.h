@@ -45,18 +45,18 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
 
     // Sets the entry to a copy of `value`; an existing key keeps its place. What would put an attached record
     // into itself changes nothing and is counted as "shared_ring_refused".
-    void SetData(const DataKey& key, DataValue value) { _set(key, value); }
+    void SetData(DataKey key, DataValue value) { _set(key, value); }
     // Puts the entry and `value` on the same content. False, counted as "shared_ring_refused" and nothing
     // changed, when the record would come to hold itself.
     template <DataHandle T>
-    bool SetDataShared(const DataKey& key, T& value) {
+    bool SetDataShared(DataKey key, T& value) {
         return _setShared(key, DataKindOf(&value), value);
     }
 
     // Reads the entry: the rules are those of ValueView. False, and `out` unchanged, when the key is absent
     // or of another kind.
     template <class T>
-    bool GetData(const DataKey& key, T& out) const {
+    bool GetData(DataKey key, T& out) const {
         return _find(key).Get(out);
     }
     // Attaches `out` to the entry's content; `out` leaves what it held before. An entry set by value is
@@ -64,33 +64,36 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     // holds the content of that moment. False, and nothing changed, when the key is absent or of another
     // kind.
     template <DataHandle T>
-    bool GetDataShared(const DataKey& key, T& out) {
+    bool GetDataShared(DataKey key, T& out) {
         return _getShared(key, DataKindOf(&out), out);
     }
 
     // The same without the right to change this record: entries set by value are not opened and answer false.
     template <DataHandle T>
-    bool GetDataShared(const DataKey& key, T& out) const {
+    bool GetDataShared(DataKey key, T& out) const {
         return _getAttached(key, DataKindOf(&out), out);
     }
     // True when the entry was set with SetDataShared, or its object was attached elsewhere since.
-    bool IsShared(const DataKey& key) const noexcept;
+    bool IsShared(DataKey key) const noexcept;
 
     // The value of the entry, or the kind's empty value (0, false, "") when it is absent or of another kind.
-    int64_t GetDataLong(const DataKey& key) const noexcept;
-    double GetDataDouble(const DataKey& key) const noexcept;
-    bool GetDataBool(const DataKey& key) const noexcept;
-    std::string GetDataString(const DataKey& key) const { return std::string(GetDataText(key)); }
+    int64_t GetDataLong(DataKey key) const noexcept;
+    int64_t GetDataLong(const HashedKey& key) const noexcept;
+    double GetDataDouble(DataKey key) const noexcept;
+    bool GetDataBool(DataKey key) const noexcept;
+    std::string GetDataString(DataKey key) const { return std::string(GetDataText(key)); }
     // Without a copy: valid until this record changes or goes.
-    TextView GetDataText(const DataKey& key) const noexcept;
+    TextView GetDataText(DataKey key) const noexcept;
+    TextView GetDataText(const HashedKey& key) const noexcept;
     // The value as it is; absent when there is no such key.
-    ValueView GetDataView(const DataKey& key) const noexcept { return _find(key); }
+    ValueView GetDataView(DataKey key) const noexcept { return _find(key); }
+    ValueView GetDataView(const HashedKey& key) const noexcept;
 
     // The kind of the entry's value (DataKind); 0 when absent.
-    DataKind GetDataType(const DataKey& key) const noexcept { return _find(key).Kind(); }
-    bool Has(const DataKey& key) const noexcept { return static_cast<bool>(_find(key)); }
+    DataKind GetDataType(DataKey key) const noexcept { return _find(key).Kind(); }
+    bool Has(DataKey key) const noexcept { return static_cast<bool>(_find(key)); }
     // Removes the entry; false when there was none.
-    bool Remove(const DataKey& key);
+    bool Remove(DataKey key);
     // Removes all entries; the type stays.
     void Clear();
     size_t Size() const noexcept;
@@ -102,11 +105,11 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     ValueIterator end() const noexcept;
 
   private:
-    ValueView _find(const DataKey& key) const noexcept;
-    void _set(const DataKey& key, const DataValue& value);
-    bool _setShared(const DataKey& key, DataKind kind, SharedHandle& value);
-    bool _getShared(const DataKey& key, DataKind kind, SharedHandle& out);
-    bool _getAttached(const DataKey& key, DataKind kind, SharedHandle& out) const;
+    ValueView _find(DataKey key) const noexcept;
+    void _set(DataKey key, const DataValue& value);
+    bool _setShared(DataKey key, DataKind kind, SharedHandle& value);
+    bool _getShared(DataKey key, DataKind kind, SharedHandle& out);
+    bool _getAttached(DataKey key, DataKind kind, SharedHandle& out) const;
 };
 
 }  // namespace luadui

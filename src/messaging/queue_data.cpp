@@ -77,13 +77,13 @@ const RecordForm& NoticeForm() {
 // the host may go on changing its own.
 template <class Value>
 void CopyAttached(const CUIData& from, CUIData& to, const HashedKey& key) {
-    if (!from.Has(key)) return;
+    if (!from.GetDataView(key)) return;
     Value value;
     if (from.GetDataShared(key, value) || from.GetData(key, value)) to.SetDataShared(key, value);
 }
 
 void CopyRecord(const CUIData& from, CUIData& to, const HashedKey& key) {
-    if (!from.Has(key)) return;
+    if (!from.GetDataView(key)) return;
     CUIData value;
     if (from.GetData(key, value)) to.SetData(key, value);
 }
@@ -112,7 +112,7 @@ void CQueueRespData::CopyFrom(const CUIData& host) {
 
 bool CQueueRespData::IsChangeNotice(const CUIData& record) {
     return record.GetDataLong(kDataTypeKey) == kDataChangeNotice &&
-           record.GetDataType(kRequestKey) != kDataRecord;
+           record.GetDataView(kRequestKey).Kind() != kDataRecord;
 }
 
 void CQueueRespData::CopyNoticeFrom(const CUIData& host) { CUIData::operator=(NoticeForm().Read(host)); }
