@@ -80,7 +80,8 @@ class HostEnd : public testing::TestWithParam<End> {};
 std::string NameOf(const testing::TestParamInfo<End>& way) {
     return way.param == End::kQuit ? "ByQuit" : way.param == End::kClose ? "ByClose" : "ByDestroy";
 }
-INSTANTIATE_TEST_SUITE_P(, HostEnd, testing::Values(End::kQuit, End::kClose, End::kDestroyOnUiThread), NameOf);
+INSTANTIATE_TEST_SUITE_P(, HostEnd, testing::Values(End::kQuit, End::kClose, End::kDestroyOnUiThread),
+                         NameOf);
 
 // The page is kept busy while its queue fills; then the thread is told to end.
 TEST_P(HostEnd, FreesWhatIsUnderWay) {
