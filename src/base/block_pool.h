@@ -1,6 +1,6 @@
-// Memory blocks of one size for records. A record is often made on one thread and freed on another: an
-// allocator gives such blocks back to the first thread's arena one by one, under a lock that both threads
-// fight for. Here they change threads in batches.
+// Memory blocks of one size for records. A record is often made on one thread and freed on another: an allocator gives
+// such blocks back to the first thread's arena one by one, under a lock that both threads fight for. Here they change
+// threads in batches.
 #pragma once
 
 #include <cstddef>

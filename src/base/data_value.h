@@ -62,8 +62,8 @@ struct DataKey {
     std::string_view view;
 };
 
-// A key that is used again and again: its hash is computed once. For constants of the process: `text` must
-// stay where it is, as a literal does.
+// A key that is used again and again: its hash is computed once. For constants of the process: `text` must stay where
+// it is, as a literal does.
 class TESSEL_API HashedKey {
   public:
     explicit HashedKey(std::string_view text) noexcept;
@@ -121,12 +121,13 @@ class DataValue {
 // One value of a record, list or JSON object, for reading. Valid until what it was read from changes or goes.
 //
 // Number    An integer, a double, a boolean (as 0 or 1), or text that wholly is a number: an optional sign,
-//           digits with an optional point (at least one digit), an optional exponent; blanks and tabs around
-//           it are allowed, nothing else is. A point is a point in every locale. Text that is not finite is
-//           no number. A float takes what its range holds; otherwise it fails.
+// digits
+//           with an optional point (at least one digit), an optional exponent; blanks and tabs around it are
+//           allowed, nothing else is. A point is a point in every locale. What is not finite is not a number.
 // Integer   A number between -2^63 and 2^64-1; a fraction is truncated toward zero. An out variable of n bits
-//           takes what fits n bits as a signed or as an unsigned number (one is read as the other); otherwise
-//           it fails.
+// takes
+//           what fits n bits as a signed or as an unsigned number (one is read as the other); otherwise it
+//           fails.
 // Boolean   A boolean, or an integer (true when not 0).
 // Text      Text only; numbers never read as text.
 //

@@ -1,5 +1,5 @@
-// CDuiBaseWnd: the window that pages derive from. It can be found by its handle and receives records as a
-// window message.
+// CDuiBaseWnd: the window that pages derive from. It can be found by its handle and receives records as a window
+// message.
 #pragma once
 
 #include "base/base_object.h"
@@ -10,8 +10,8 @@ namespace luadui {
 // Threads: all calls come on the window's thread; SendRecord may be called on any.
 class TESSEL_API CDuiBaseWnd : public CWindowWnd, public CBaseObject {
   public:
-    // The message that brings a record: wParam is a CUIData* that stays the sender's and is valid for the
-    // call, lParam is 0. It is sent, not posted. The answer is 1 when OnNotify ran to its end.
+    // The message that brings a record: wParam is a CUIData* that stays the sender's and is valid for the call, lParam
+    // is 0. It is sent, not posted. The answer is 1 when OnNotify ran to its end.
     static constexpr UINT kRecordMessage = 3024;
 
     // Sends `record` to a window; true when it took it. False for a window that is gone.

@@ -16,27 +16,23 @@ namespace luadui {
 // Copies share their storage until one is written; for threads and attachment see base/shared_value.h.
 class TESSEL_API CJsonObject : public SharedValue<RecordBody> {
   public:
-    // This object is level 1. Reading and writing this deep takes some 160 KB of stack; refusing what is
-    // deeper, and freeing values of any depth, takes no more than for flat ones.
-    static constexpr int kMaxNesting = 256;
+    static constexpr int kMaxNesting = 256;  // this object is level 1
 
-    // Reads `text` (code page 936), replacing the content. False, counted as "json_text_refused" and left
-    // empty when it is not one whole JSON object, nests deeper than kMaxNesting or ends inside a two-byte
-    // character; `error`, if given, then says why and where, without repeating any of the text. Of members of
-    // the same name the last counts, in its place. Comments and a comma before a closing bracket are passed
-    // over. Bad text never throws.
+    // Reads `text` (code page 936), replacing the content. False and left empty when it is not one whole JSON object,
+    // nests deeper than kMaxNesting or ends inside a two-byte character; `error`, if given, then says why and where,
+    // without repeating any of the text. Of members of the same name the last counts, in its place. Comments and a
+    // comma before a closing bracket are passed over. Bad text never throws.
     bool Parse(std::string_view text, std::string* error = nullptr);
-    // JSON text in code page 936 on one line without blanks. A double reads back as the same double; what is
-    // not finite, no JSON kind or nested deeper than kMaxNesting is written as null and counted as
-    // "json_value_dropped".
+    // JSON text in code page 936 on one line without blanks. A double reads back as the same double; what is not
+    // finite, no JSON kind or nested deeper than kMaxNesting is written as null and counted as "json_value_dropped".
     std::string ToText() const;
 
     // Sets a member; an existing one keeps its place. False and counted as "json_kind_refused" for records,
     // tables and sets; false and counted as "shared_ring_refused" when the object would come to hold itself.
     bool Set(DataKey name, DataValue value);
     bool SetNull(DataKey name) { return Set(name, DataValue::Null()); }
-    // Adds to the array `name`, which is made when absent. False and counted as "json_append_refused" when
-    // the member is something else; otherwise false as in Set.
+    // Adds to the array `name`, which is made when absent. False when the member is something else, or as in
+    // Set.
     bool Append(DataKey name, DataValue value);
     bool Remove(DataKey name);
     void Clear();

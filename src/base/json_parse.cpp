@@ -2,8 +2,8 @@
 //   - text is converted from code page 936 to UTF-8 before and every string of the result back after;
 //   - nesting is measured before, since jsoncpp recurses;
 //   - members come sorted by name, so their order is restored from their offsets in the text;
-//   - numbers with a fraction or exponent are read here, since jsoncpp reads them through the global C++
-//     locale. It gets digits of the same length instead.
+//   - numbers with a fraction or exponent are read here, since jsoncpp reads them through the global C++ locale. It
+//     gets digits of the same length instead.
 #include <json/json.h>
 
 #include <algorithm>
@@ -89,8 +89,7 @@ class Scanner {
     int m_depth = 0;
 };
 
-// The first complaint of jsoncpp. It quotes what should have been a number: that may be anything, a password
-// too.
+// The first complaint of jsoncpp. It quotes what should have been a number: that may be anything, a password too.
 std::string Complaint(const std::string& errors) {
     std::string first = errors.substr(0, errors.find("\n*"));
     const size_t quoted = first.find("\n  '");

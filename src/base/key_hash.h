@@ -1,8 +1,7 @@
-// The hash of keys: fast on short texts, and secret per process, so that nobody outside can choose keys that
-// collide.
+// The hash of keys: fast on short texts, and secret per process, so that nobody outside can choose keys that collide.
 //
-// Multiplying is one-sided: when one operand is 0, the other one no longer counts. So each operand of every
-// product is mixed with a secret word of its own, and which texts make it 0 cannot be known.
+// Multiplying is one-sided: when one operand is 0, the other one no longer counts. So each operand of every product is
+// mixed with a secret word of its own, and which texts make it 0 cannot be known.
 #pragma once
 
 #include <atomic>

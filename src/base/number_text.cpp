@@ -29,8 +29,8 @@ bool IsFraction(std::string_view text) noexcept {
     return text.front() == '.' && text.find_first_not_of("0123456789", 1) == std::string_view::npos;
 }
 
-// Whether a number that no double holds is too small for one, not too large: by the place of its first digit
-// other than zero and its exponent.
+// Whether a number that no double holds is too small for one, not too large: by the place of its first digit other
+// than zero and its exponent.
 bool IsTooSmall(std::string_view text) noexcept {
     const size_t mark = std::min(text.find_first_of("eE"), text.size());
     const std::string_view digits = text.substr(0, mark);

@@ -7,9 +7,8 @@
 // Keys live here and nowhere else: those that come from outside cannot make anything grow but the record that
 // holds them.
 //
-// A key is found by its hash, by open addressing: in slots of a byte each in the header while there are few
-// entries, beyond that in an index of its own. The hash is seeded per process: chosen keys cannot be made to
-// collide.
+// A key is found by its hash, by open addressing: in slots of a byte each in the header while there are few entries,
+// beyond that in an index of its own. The hash is seeded per process: chosen keys cannot be made to collide.
 //
 // Removed entries stay as gaps until there are more gaps than entries, and so do bytes no longer used:
 // removing is O(1) on average, also from the front. Lists have no gaps: their entries are found by position.

@@ -176,8 +176,8 @@ inline void RecordBody::_storeShortText(RecordEntry& entry, std::string_view tex
     entry.text = _pushBytes(text, 1);
 }
 
-// The ordinary case, without a detour: a short key, a plain value, no index, and room in the block. False,
-// and nothing changed, when it is not that.
+// The ordinary case, without a detour: a short key, a plain value, no index, and room in the block. False, and nothing
+// changed, when it is not that.
 [[gnu::always_inline]] inline bool RecordBody::_setPlain(DataKey key, const DataValue& value) noexcept {
     if (m_index || key.view.size() > kShortKey || !_isPlain(value)) return false;
     const uint32_t hash = ShortHashOf(key);
@@ -344,8 +344,7 @@ bool RecordBody::SetShared(SharedHandle& owner, DataKey key, DataKind kind, Shar
         return false;
     }
     SharedCell* cell = value._promote();
-    // No longer the affair of one entry. Other threads may read a cell that is not open: nothing is written
-    // to it.
+    // No longer the affair of one entry. Other threads may read a cell that is not open: nothing is written to it.
     if (cell->HasFlag(kOpenCell)) cell->ClearFlag(kOpenCell);
     cell->AddRef();
     Pending pending(kind, cell);

@@ -8,8 +8,8 @@
 
 namespace luadui {
 
-// What is the same for all such records is prepared once, so that each of them costs one look into the other
-// record for every field, and a copy of bytes. Make it a constant of the process.
+// What is the same for all such records is prepared once, so that each of them costs one look into the other record for
+// every field, and a copy of bytes. Make it a constant of the process.
 //
 // Threads: any, once made.
 class TESSEL_API RecordForm {
@@ -22,8 +22,8 @@ class TESSEL_API RecordForm {
     // The records hold what `defaults` holds, and the fields, which have no defaults.
     RecordForm(const CUIData& defaults, std::initializer_list<Field> fields);
 
-    // A record in which each field holds what `from` answers for it (GetDataLong and its like): the empty
-    // value of the field's kind where that is absent or of another kind.
+    // A record in which each field holds what `from` answers for it (GetDataLong and its like): the empty value of the
+    // field's kind where that is absent or of another kind.
     CUIData Read(const CUIData& from) const;
 
   private:

@@ -3,9 +3,11 @@
 //
 // A handle (SharedHandle) is one word: empty, a counted body of its own, or attached to a cell.
 //   body   the content. Immutable while more than one owner holds it; the one road to writing is _edit(),
-//          which clones a body that others hold too.
+//   which
+//          clones a body that others hold too.
 //   cell   one level of indirection: all handles and record entries attached to one cell are the same object
-//          and see each other's changes.
+//   and see
+//          each other's changes.
 //
 // Copying a handle copies the value: one count, whatever the content. A copy is never attached. Assignment
 // replaces the content and keeps the identity: it is seen through the cell. Move construction hands over the
@@ -147,8 +149,8 @@ class TESSEL_API SharedHandle {
     SharedHandle(const SharedHandle& other) : m_word(_toWord(SharedBody::Share(other._body()))) {}
     SharedHandle(SharedHandle&& other) noexcept : m_word(std::exchange(other.m_word, 0)) {}
     ~SharedHandle() { SharedBody::Release(_owned()); }
-    // Replaces the content; seen by everything attached to the same cell. An assignment that would put an
-    // attached object into itself changes nothing and counts as "shared_ring_refused".
+    // Replaces the content; seen by everything attached to the same cell. An assignment that would put an attached
+    // object into itself changes nothing and counts as "shared_ring_refused".
     SharedHandle& operator=(const SharedHandle& other);
     SharedHandle& operator=(SharedHandle&& other);
 

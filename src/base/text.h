@@ -23,7 +23,7 @@ TESSEL_API std::string Utf8ToGbk(std::string_view text);
 TESSEL_API std::wstring GbkToWide(std::string_view text);
 TESSEL_API std::string WideToGbk(std::wstring_view text);
 
-// For literals: Gbk("主窗口") is the text in code page 936. Source files are UTF-8.
+// The helper for literals: Gbk("主窗口") is the text in code page 936. Source files are UTF-8.
 inline std::string Gbk(std::string_view utf8Literal) { return Utf8ToGbk(utf8Literal); }
 
 // The path that `text` (code page 936) names; '/' and '\\' both separate.

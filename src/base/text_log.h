@@ -18,16 +18,16 @@ struct LogTime {
     int year, month, day, hour, minute, second, millisecond;
 };
 
-// Writes lines "2026-11-21 09:03:47.123 text" to a file a day: "trade.log" becomes "trade-20261121.log". Text
-// is code page 936 and is written as it is, but for control characters and broken bytes, which are escaped
-// (\n, \r, \t, \x1b): an event is always one line.
+// Writes lines "2026-11-21 09:03:47.123 text" to a file a day: "trade.log" becomes "trade-20261121.log". Text is code
+// page 936 and is written as it is, but for control characters and broken bytes, which are escaped (\n, \r, \t, \x1b):
+// an event is always one line.
 //
-// The file and its predecessor of the same day ("trade-20261121.old.log", to which it is renamed when it is
-// full) stay below the size limit together: the latest events are always there. What goes with a predecessor
-// that is replaced counts as "log_file_replaced", a line that was too long (it is cut) as "log_line_cut".
+// The file and its predecessor of the same day ("trade-20261121.old.log", to which it is renamed when it is full) stay
+// below the size limit together: the latest events are always there. What goes with a predecessor that is replaced
+// counts as "log_file_replaced", a line that was too long (it is cut) as "log_line_cut".
 //
-// Threads: any. Failure: a line that cannot be written is dropped and counted as "log_write_failed"; the next
-// one tries again. Nothing throws.
+// Threads: any. Failure: a line that cannot be written is dropped and counted as "log_write_failed"; the next one
+// tries again. Nothing throws.
 class TESSEL_API CTextLog {
   public:
     using Clock = std::function<LogTime()>;

@@ -242,8 +242,7 @@ TEST(RecordTest, ArgumentsMayLieInTheRecordItself) {
     EXPECT_EQ(record.GetDataLong("inner"), 1);
 }
 
-// Texts are overwritten by shorter and longer ones, entries removed: the space is used again instead of
-// growing for ever.
+// Texts are overwritten by shorter and longer ones, entries removed: the space is used again instead of growing for ever.
 TEST(RecordTest, OverwritingDoesNotGrow) {
     CUIData record;
     record.SetData("first", "kept");
@@ -426,8 +425,8 @@ static_assert(!std::is_constructible_v<SharedHandle, const CUIData&>);
 
 std::string BytesOf(uint64_t word) { return {reinterpret_cast<const char*>(&word), sizeof word}; }
 
-// Words that, at one place of a key, would make what stands beside them meaningless if a hash multiplied by
-// them without a secret: the odd constants that such hashes are made of, also with the size of a key in them.
+// Words that, at one place of a key, would make what stands beside them meaningless if a hash multiplied by them without
+// a secret: the odd constants that such hashes are made of, also with the size of a key in them.
 TEST(RecordTest, ChosenKeysHaveDifferentHashes) {
     constexpr uint64_t kOdd = 0x9e3779b97f4a7c15, kOdd2 = 0xd6e8feb86659fd93;
     for (const uint64_t word :
