@@ -1,0 +1,133 @@
+// Lookup in constant tables: by text through a hash index, by number in sorted order. Tables and indexes are made by
+// the compiler, lie in read-only memory and allocate nothing; a table with doubled keys does not compile.
+//
+//     constexpr KindType kRows[] = {{"fund", 1201}, {"position", 1202}};
+//     using Index = KindIndex<kRows, &KindType::kind>;
+//     const KindType* row = Index::Find("fund");   // null when absent
+//
+// Threads: any.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iterator>
+#include <string_view>
+#include <type_traits>
+
+namespace luadui {
+
+namespace kind_table {
+
+template <size_t kBytes>
+constexpr uint64_t Word(const char* bytes) noexcept {
+    uint64_t word = 0;
+    for (size_t i = 0; i < kBytes; ++i) word |= uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
+    return word;
+}
+
+constexpr uint64_t Mix(uint64_t hash, uint64_t word) noexcept {
+    hash = (hash ^ word) * 0x9E3779B97F4A7C15u;
+    return hash ^ (hash >> 32);
+}
+
+// Eight bytes at a time, the last eight once more: names are long. Whoever chooses the text to look up cannot make it
+// slow: what counts is how the table's own names lie.
+constexpr uint64_t Hash(std::string_view text) noexcept {
+    const char* const bytes = text.data();
+    const size_t size = text.size();
+    uint64_t hash = size;
+    if (size >= 8) {
+        for (size_t i = 0; i + 8 < size; i += 8) hash = Mix(hash, Word<8>(bytes + i));
+        return Mix(hash, Word<8>(bytes + size - 8));
+    }
+    if (size >= 4) return Mix(hash, Word<4>(bytes) | Word<4>(bytes + size - 4) << 32);
+    for (size_t i = 0; i < size; ++i) hash = Mix(hash, Word<1>(bytes + i));
+    return hash;
+}
+
+}  // namespace kind_table
+
+// True when no two rows have the same key.
+template <class Row, size_t kCount, class Key = std::identity>
+constexpr bool IsDistinct(const Row (&rows)[kCount], Key key = {}) {
+    for (size_t i = 0; i < kCount; ++i) {
+        for (size_t k = i + 1; k < kCount; ++k) {
+            if (std::invoke(key, rows[i]) == std::invoke(key, rows[k])) return false;
+        }
+    }
+    return true;
+}
+
+// True when every row's key is greater than the one before.
+template <class Row, size_t kCount, class Key = std::identity>
+constexpr bool IsSortedUnique(const Row (&rows)[kCount], Key key = {}) {
+    for (size_t i = 1; i < kCount; ++i) {
+        if (!(std::invoke(key, rows[i - 1]) < std::invoke(key, rows[i]))) return false;
+    }
+    return true;
+}
+
+// The rows of `kRows`, a constexpr array in any order, by their text: the member `kKey`, or the row itself when it is
+// a std::string_view.
+template <const auto& kRows, auto kKey = std::identity{}>
+class KindIndex {
+  public:
+    using Row = std::remove_cvref_t<decltype(kRows[0])>;
+
+    static constexpr const Row* Find(std::string_view text) noexcept {
+        for (size_t slot = _home(text);; slot = (slot + 1) % kSlots) {
+            const size_t place = kPlaces[slot];
+            if (place == 0) return nullptr;
+            const Row& row = kRows[place - 1];
+            if (std::invoke(kKey, row) == text) return &row;
+        }
+    }
+    static constexpr bool Contains(std::string_view text) noexcept { return Find(text) != nullptr; }
+
+  private:
+    static_assert(IsDistinct(kRows, kKey), "a name occurs twice");
+
+    static constexpr size_t kSlots = std::bit_ceil(std::size(kRows)) * 4;
+
+    static constexpr size_t _home(std::string_view text) noexcept { return kind_table::Hash(text) % kSlots; }
+    static constexpr auto _placeAll() {
+        std::array<uint16_t, kSlots> places{};
+        for (size_t i = 0; i < std::size(kRows); ++i) {
+            size_t slot = _home(std::invoke(kKey, kRows[i]));
+            while (places[slot] != 0) slot = (slot + 1) % kSlots;
+            places[slot] = static_cast<uint16_t>(i + 1);
+        }
+        return places;
+    }
+
+    // Row number + 1; 0 ends a search. At most half full, so that every search ends.
+    static constexpr std::array<uint16_t, kSlots> kPlaces = _placeAll();
+    static_assert(std::size(kRows) < UINT16_MAX);
+};
+
+// The rows of `kRows`, a constexpr array sorted by a number: the member `kKey`, or the row itself.
+template <const auto& kRows, auto kKey = std::identity{}>
+class NumberIndex {
+  public:
+    using Row = std::remove_cvref_t<decltype(kRows[0])>;
+
+    static constexpr const Row* Find(int number) noexcept {
+        const Row* row = std::begin(kRows);
+        // Halving without a branch that could be guessed wrong.
+        for (size_t left = std::size(kRows); left > 1;) {
+            const size_t half = left / 2;
+            row = std::invoke(kKey, row[half]) <= number ? row + half : row;
+            left -= half;
+        }
+        return std::invoke(kKey, *row) == number ? row : nullptr;
+    }
+    static constexpr bool Contains(int number) noexcept { return Find(number) != nullptr; }
+
+  private:
+    static_assert(IsSortedUnique(kRows, kKey), "the numbers must ascend");
+};
+
+}  // namespace luadui
