@@ -1,0 +1,61 @@
+// The lists that a data manager owns, and the shared data under which pages find them.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "base/ui_data.h"
+#include "datalists/account_data_list.h"
+#include "datalists/list_owner.h"
+#include "datalists/message_center_list.h"
+#include "datalists/token_table_list.h"
+
+namespace luadui {
+
+// The shared data hold every list and settings record by name; the lists live as long as the store. Lists of trading
+// tables are made when their kind is first handled.
+//
+// Threads: the UI thread.
+class ListStore {
+  public:
+    enum Family { kPlain, kCredit, kGGT, kFamilies };
+
+    // The lists that every manager of the shared data has: the three account data lists and the message center.
+    void MakeCommonLists(ListOwner* owner);
+    // The lists of the page with that name; every page has "trade".
+    void MakePageLists(const std::string& pageName, ListOwner* owner);
+
+    // The list of trading tables of that kind; null when there is none (yet).
+    CTokenTableList* Find(std::string_view kind) const;
+    // The same, made now when the kind is one of trading tables; null for other kinds.
+    CTokenTableList* FindOrMake(std::string_view kind);
+    // The list that a merged view ("entrustmulti") is made of; empty for other kinds.
+    static std::string_view ListOfView(std::string_view kind);
+
+    // Null in a page's store.
+    AccountDataList* Accounts(Family family) const { return m_accounts[family].get(); }
+    // The family of an account data list's kind or of its push kind; kFamilies for other kinds.
+    static Family FamilyOf(std::string_view kind);
+    // Null in most pages' stores.
+    CMessageCenterList* MessageCenter() const { return m_messageCenter.get(); }
+
+    // Everything by name.
+    CUIData& Shared() { return m_shared; }
+    const CUIData& Shared() const { return m_shared; }
+
+  private:
+    template <class List, class... Args>
+    void _add(Args&&... args);
+    void _register(std::string_view name, CUIData& object);
+
+    CUIData m_shared;
+    std::map<std::string, std::unique_ptr<CUIData>, std::less<>>
+        m_lists;  // every list that is no account data list, by name
+    std::map<std::string, CTokenTableList*, std::less<>> m_tables;  // those of m_lists with tables by account
+    std::unique_ptr<AccountDataList> m_accounts[kFamilies];
+    std::unique_ptr<CMessageCenterList> m_messageCenter;
+};
+
+}  // namespace luadui

@@ -1,0 +1,99 @@
+#include "datamgr/request_ledger.h"
+
+#include "base/counters.h"
+#include "messaging/handle_text.h"
+#include "messaging/request_types.h"
+#include "platform/win32.h"
+
+namespace luadui {
+
+RequestLedger& RequestLedger::Instance() {
+    static auto* const ledger = new RequestLedger;
+    return *ledger;
+}
+
+void RequestLedger::Describe(const std::string& uuid, Entry entry) {
+    Drop(uuid);
+    _makeRoom();
+    if (m_entries.insert_or_assign(uuid, std::move(entry)).second) m_order.push_back(uuid);
+}
+
+void RequestLedger::Sent(const CQueueReqItem& request) {
+    const std::string uuid = request.GetDataString("UUID");
+    CUIData params;
+    request.GetData("Params", params);
+    Entry* entry = Find(uuid);
+    if (!entry) {
+        Entry plain;
+        plain.handle = params.Has("handle") ? HandleFromText(params.GetDataText("handle")) : -1;
+        plain.fundToken = request.GetDataString("FundToken");
+        if (plain.fundToken.empty()) plain.fundToken = params.GetDataString("fund_token");
+        Describe(uuid, std::move(plain));
+        entry = Find(uuid);
+    }
+    _uncount(*entry);
+    entry->age = NextAge();
+    entry->type = RequestTypeOf(request);
+    entry->isSub = params.Has("isSub");
+    entry->isDone = false;
+    entry->isCounted = true;
+    entry->sentAt = GetTickCount();
+    ++m_underWay[{entry->type, entry->fundToken}];
+    m_waiting.emplace_back(entry->sentAt, uuid);
+    _losePatience();
+}
+
+void RequestLedger::Drop(const std::string& uuid) {
+    // Its place in the order stays and is skipped when its turn comes.
+    const auto found = m_entries.find(uuid);
+    if (found == m_entries.end()) return;
+    _uncount(found->second);
+    m_entries.erase(found);
+}
+
+RequestLedger::Entry* RequestLedger::Find(std::string_view uuid) {
+    if (uuid.empty()) return nullptr;
+    const auto found = m_entries.find(uuid);
+    return found == m_entries.end() ? nullptr : &found->second;
+}
+
+bool RequestLedger::Finish(Entry& entry) {
+    _uncount(entry);
+    const bool isFirst = !std::exchange(entry.isDone, true);
+    return isFirst || entry.isSub;
+}
+
+bool RequestLedger::IsUnderWay(int type, std::string_view fundToken) {
+    _losePatience();
+    return m_underWay.contains(std::pair(type, fundToken));
+}
+
+void RequestLedger::_makeRoom() {
+    while (m_order.size() >= kMaxEntries) {
+        const auto oldest = m_entries.find(m_order.front());
+        m_order.pop_front();
+        if (oldest == m_entries.end()) continue;
+        if (!oldest->second.isDone) CCounters::Add("ledger_entry_evicted");
+        _uncount(oldest->second);
+        m_entries.erase(oldest);
+    }
+}
+
+void RequestLedger::_losePatience() {
+    const uint32_t now = GetTickCount();
+    const auto isOver = [now](uint32_t sentAt) { return now - sentAt >= kPatience; };
+    while (!m_waiting.empty() && (isOver(m_waiting.front().first) || m_waiting.size() > kMaxEntries)) {
+        const auto [sentAt, uuid] = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        Entry* const entry = Find(uuid);
+        if (entry && entry->sentAt == sentAt) _uncount(*entry);
+    }
+}
+
+void RequestLedger::_uncount(Entry& entry) {
+    if (!std::exchange(entry.isCounted, false)) return;
+    const auto query = m_underWay.find(std::pair(entry.type, std::string_view(entry.fundToken)));
+    if (--query->second == 0) m_underWay.erase(query);
+}
+
+}  // namespace luadui

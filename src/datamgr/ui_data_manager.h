@@ -1,0 +1,172 @@
+// CUIDataManager: where pages ask for data by name and hear of news.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "base/data_set.h"
+#include "base/data_table.h"
+#include "base/ui_data.h"
+#include "codedata/elk_item.h"
+#include "datalists/list_owner.h"
+#include "datalists/timer_client.h"
+#include "datamgr/answer.h"
+#include "datamgr/list_store.h"
+#include "datamgr/notify_table.h"
+#include "messaging/host_types.h"
+#include "messaging/request_base.h"
+#include "platform/export.h"
+
+namespace luadui {
+
+class CDataTimerWnd;
+struct AnswerRoute;
+
+// What SetData does with a record.
+enum SET_DATA : int {
+    kSetRequest = 0,         // send a request
+    kSetFactoryRequest = 1,  // let a local factory serve it
+    kSetSubscribe = 2,
+    kSetUnsubscribe = 3,
+    kSetSave = 4,  // save data or settings
+    kSetLua = 5,   // send to the host's Lua side
+};
+
+// A page asks for a data kind with a record of that type: "handle" is the CBaseObject handle of the window (or object)
+// that gets the answer, "fund_token" the account (text) or accounts (a set), further entries are the parameters of the
+// kind. It is answered from the lists and shared data, by a local factory, or by a request to the server. What comes
+// back is merged into its list and delivered: an answer to the window that asked, and to the others of its page that
+// registered for the kind; a push to all that registered.
+//
+// Delivery is a synchronous call: a window gets message 3024 (see CDuiBaseWnd), another object its OnNotify. The record is
+// valid during the call only; what a receiver changes in it, nobody else sees. A receiver may do anything meanwhile: ask, register, close windows and pages.
+//
+// The published record of a kind K: type K, "fund_token" when it is about one account, K -> the table, the fields of the answer each
+// under its own name, "ret_code" (0: success), "ret_message", "handle".
+//
+// Threads:  the UI thread only.
+// Failure:  nothing throws. What is not sent or not delivered is counted under its reason.
+class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public TimerClient {
+  public:
+    static constexpr char kTypeCommonData[] = "TypeCommonData";
+    static constexpr char kTypePageData[] = "TypePageData";
+
+    CUIDataManager();
+    ~CUIDataManager() override;
+
+    // "TypeCommonData" or "TypePageData"; before Init.
+    void InitRunType(std::string runType) { m_runType = std::move(runType); }
+    std::string getRunType() const { return m_runType; }
+    // Makes the lists of the page with that name, restores the record of multi-server instructions and starts the
+    // timer window. Once.
+    void Init(const std::string& pageName);
+
+    // Asking. The record form is the main one: answers from local data at once (through ResponseNotify with `flag`, unless
+    // `cacheOnly`), or else, unless `cacheOnly`, sends what is needed. True when local data answered; they are in `request`.
+    // A record with "refresh" always asks the server.
+    bool GetData(CUIData& request, bool cacheOnly, bool flag) override;
+    // The whole list or shared record of a kind, empty when there is none.
+    virtual CUIData GetData(const std::string& kind);
+    bool GetData(const std::string& kind, CUIData& out) override;
+    // Asks for `kind` of several accounts, or of one, for the window `handle`. True when local data answered: they are in
+    // `out` (nothing is delivered then); otherwise the request is on its way.
+    virtual bool GetData(unsigned int handle, std::string kind, CDataSet& tokens, CUIData& out);
+    virtual bool GetData(unsigned int handle, std::string kind, std::string fundToken, CUIData& out);
+    // The table of one account as it is held; never asks (`handle` is not used).
+    virtual bool GetData(unsigned int handle, std::string kind, std::string fundToken, CDataTable& out);
+    // As GetData(kind, out), but attached: later changes of the list show in `out`.
+    virtual bool GetDataShared(const std::string& kind, CUIData& out);
+
+    // Does with the record what `mode` says. Null and other modes do nothing.
+    virtual void SetData(CUIData* record, SET_DATA mode);
+
+    // Delivers news of a kind to the window or object with that CBaseObject handle from now on, or no longer.
+    void RegisterNotify(unsigned int handle, std::string kind) override;
+    virtual void UnRegisterNotify(unsigned int handle, std::string kind);
+    // Delivers `record` to the window `handle` and, with `notifyOthers`, to all others that registered for its kind.
+    void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
+
+    // Completes and sends a request: "UUID", "From" and, in "Params", "id", "log_source", "bNeedRefresh", "routeType",
+    // "destServer". False when it was not sent.
+    bool Request(CQueueReqItem& request) override;
+    bool RequestSync(unsigned int type, const std::string& key, std::string& value,
+                     const std::string& file) override;
+    void OnResponse(const CQueueRespData* response) override;
+
+    static bool IsCommonData(const std::string& kind);
+    // Adds a trace record to the queue of the log server.
+    void RecordTraceLog(const std::string& traceId, const std::string& source, const std::string& module,
+                        const std::string& user, const std::string& stage, const StringMap& fields);
+    void RecordELK(CQueueLogElkItem& item);
+    // The name of the skin that the user interface uses; set once by the module.
+    static void SetSkin(std::string skin);
+
+    // What handlers and factories work on.
+    ListStore& Lists() { return m_lists; }
+    // Stores a record that pages read by name.
+    void ShareData(const std::string& name, CUIData& record) { m_lists.Shared().SetDataShared(name, record); }
+
+    // Timer ticks: see TimerClient.
+    void RunAccountCommand(const char* command) override;
+
+  protected:
+    // What a page adds to a record of its own before it goes its way.
+    virtual void _adopt(CUIData& /*record*/) {}
+    // What a manager does at each tick of the timer, every 500 ms.
+    virtual void _onTick() {}
+    void _notify(CUIData& record, int32_t askingHandle);
+    bool _handleRequest(CUIData& record);
+
+  private:
+    // Building (ui_data_manager.cpp)
+    void _initUIData(const std::string& pageName);
+    void _initMultiServerInstRecord();
+    void _createTimerWnd();
+
+    // Asking (ui_data_request.cpp)
+    bool _GetData(CUIData& request);
+    bool _findTables(std::string_view kind, CUIData& request) const;
+    static bool _isNeedRequset(std::string_view kind);
+    bool _handleComplexRequest(CUIData& request, bool flag);
+    bool _handleUserTokenReq(CUIData record);
+    bool _handleSingleReq(const CUIData& record, const CDataSet& tokens);
+    void _getDestServer(CQueueReqItem& item) const;
+    void _getReqMsgRouteType(CQueueReqItem& item) const;
+    void _saveMultiServerInstRecord(const CQueueReqItem& item) const;
+
+    // Subscribing (ui_data_subscribe.cpp)
+    void _handleSubRequest(const CUIData& record, bool subscribe);
+    void _handleSingeSubReq(const CUIData& record, bool subscribe);
+
+    // Local data (ui_data_factory.cpp, ui_data_save.cpp, ui_data_lua.cpp)
+    bool _handleFactoryData(CUIData& request);
+    void _handleFactoryRequest(CUIData& record);
+    void _handleSaveData(CUIData& record);
+    void _sendLua(CUIData& record);
+
+    // Answers and pushes (ui_data_response.cpp)
+    bool IngnoreData(const CQueueRespData& response) const;
+    static bool _isSubReq(const CQueueRespData& response);
+    static int _getResHandle(const CQueueRespData& response);
+    void _handleMessageCenter(const CQueueRespData& response);
+    bool _reportServerError(const CQueueRespData& response);
+    void _dealNormalResponse(const CQueueRespData& response);
+    void _dealSubResposnse(const CQueueRespData& response);
+    bool _openAnswer(Answer& answer, const AnswerRoute& route) const;
+    void _learnServer(const Answer& answer);
+    void _endRefresh(const std::string& uuid);
+    void ResponseError(const CQueueRespData& response);
+    void ResponseError(const std::string& kind, int handle, int code, const std::string& message);
+    void HandleRecordReq(const CQueueRespData& response) const;
+
+    CUIData m_typeCodes;  // data kind -> request type
+    CUIData m_pushKeys;   // data kind -> push key
+    std::string m_runType;
+    ListStore m_lists;
+    NotifyTable m_notify;
+    std::string m_userName;  // of the logged-in user, once known
+    std::unique_ptr<CDataTimerWnd> m_timer;
+};
+
+}  // namespace luadui
