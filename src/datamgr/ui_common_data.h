@@ -1,0 +1,21 @@
+// CUICommonData: the one manager of the data that all pages share.
+#pragma once
+
+#include "datamgr/ui_data_manager.h"
+
+namespace luadui {
+
+// The manager of the page name "CommonData". Owned by CUIStockDataManager.
+class LUADUI_API CUICommonData : public CUIDataManager {
+  public:
+    CUICommonData() { InitRunType(kTypeCommonData); }
+
+    // Tells its own listeners, then the pages: the one of the window `handle`, or for news (handle -1) those that subscribed to the
+    // kind. A record that names its asker reaches that page whatever its kind; news only of common kinds.
+    void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
+
+  protected:
+    void _onTick() override;
+};
+
+}  // namespace luadui
