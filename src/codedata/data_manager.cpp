@@ -5,8 +5,8 @@
 namespace luadui {
 
 CDataManager& CDataManager::Instance() {
-    static CDataManager manager;
-    return manager;
+    static auto* const manager = new CDataManager;  // threads may push until the process ends
+    return *manager;
 }
 
 void CDataManager::Update_CodeList(uint16_t, uint32_t, uint32_t, uint32_t) {
@@ -22,5 +22,9 @@ std::wstring CDataManager::GetZqmcFromFairy(const std::wstring&, const std::wstr
 std::wstring CDataManager::GetMarketByCodeAndZQMC(const std::wstring&, const std::wstring&) const {
     return {};
 }
+
+void CDataManager::PushELK(CQueueLogElkItem& item) { m_elkQueue.Push(item); }
+
+size_t CDataManager::ShipELK() { return m_elkSink ? m_elkQueue.Ship(*m_elkSink) : 0; }
 
 }  // namespace luadui
