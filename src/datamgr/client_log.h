@@ -34,6 +34,7 @@ class CClientLog {
 
   private:
     bool _write(std::string_view message, std::string_view name) const;
+    bool _append(const std::filesystem::path& path, std::string_view line) const;
     std::filesystem::path _path(const LogTime& now, std::string_view name) const;
 
     const std::filesystem::path m_folder;

@@ -1,6 +1,8 @@
 // The UI thread of the page manager: its start in the order that pages rely on, its loop and its end.
 #include "base/guard.h"
+#include "datamgr/client_log.h"
 #include "datamgr/ui_stock_data_manager.h"
+#include "luadui/host_folder.h"
 #include "luadui/message_thread.h"
 #include "luadui/module_pin.h"
 #include "luadui/page_manager_wnd.h"
@@ -22,6 +24,7 @@ void CPageManagerWnd::_start() {
 }
 
 void CPageManagerWnd::_runUiThread() {
+    SetClientFolder(HostFolderPath());
     CUIStockDataManager::get_mutable_instance();
     CPaintManagerUI::SetInstance(GetModuleHandleW(nullptr));
     if (FAILED(CoInitialize(nullptr))) return m_failed.store(true);
