@@ -1,0 +1,53 @@
+// CMessageCenterList: what the message center of the terminal shows.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "base/base_object.h"
+#include "base/data_table.h"
+#include "base/ui_data.h"
+#include "datalists/list_owner.h"
+
+namespace luadui {
+
+// Turns pushes and failed answers into messages for the user: one-row tables, published as records of the
+// kind "messagecenter" with the table under that name. The list's own record keeps the last kMaxHistory rows
+// under "messagecenter"; a message with the LocalID of an earlier one takes its place there, as it does in
+// pages.
+//
+// Columns: "LocalID", "MsgTime" (local, "2024/01/31 09:30"), "MsgType", "Text", "OrderMessage",
+//          "MsgTypeContents", "TextColor" (ARGB; empty: the page's own).
+// Threads: the UI thread.
+class CMessageCenterList : public CUIData, public CBaseObject {
+  public:
+    static constexpr int kMaxHistory = 1000;
+    static constexpr size_t kMaxText = 512;  // bytes of a server's words that a message repeats
+
+    // Registers with the owner (which may be null) for risk pushes.
+    explicit CMessageCenterList(ListOwner* owner);
+    ~CMessageCenterList() override;
+    CMessageCenterList(const CMessageCenterList&) = delete;
+    CMessageCenterList& operator=(const CMessageCenterList&) = delete;
+    const char* ClassName() const override;
+
+    // Tells the user that a request failed. `response` is the answer with its "Request"; `accounts` and
+    // `creditAccounts` are the "account" and "account_xy" records, in which the account's name is looked up
+    // (in "PB_MODE" with that of the portfolio); `user` goes into the record as "user". Neither tokens nor
+    // passwords get into the message. The owner's page may close during the call, and this list go with it.
+    void AddErrorMessage(const CUIData& response, const CUIData& accounts, const CUIData& creditAccounts,
+                         const std::string& user);
+
+    // A risk push: `data` is a record of type "str_subkey_risk_push" whose table has a row. Anything else is
+    // passed over.
+    void OnNotify(void* data) override;
+
+  private:
+    void _publish(CDataTable message, std::string_view user);
+    void _remember(const CDataTable& message);
+
+    ListOwner* const m_owner;  // not owned; null: messages are only kept
+    uint64_t m_lastNumber = 0;
+};
+
+}  // namespace luadui

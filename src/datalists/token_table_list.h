@@ -1,0 +1,153 @@
+// CTokenTableList: the tables of one kind, one for every account; base of the lists of orders, deals,
+//                  positions, funds
+// and the like.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "base/data_set.h"
+#include "base/data_table.h"
+#include "base/ui_data.h"
+#include "datalists/row_index.h"
+
+namespace luadui {
+
+// What became of a push.
+enum class PushResult {
+    kTaken,      // the list changed
+    kUnchanged,  // it says what the list holds already
+    kKept,       // it waits for the answer to the account's first query
+    kOlder,      // what the list holds is newer; counted as "older_push_ignored"
+    kUnknown,    // of an account that was never queried; counted as "push_for_unqueried_account"
+    kRefused,    // it cannot be used; counted under the reason
+};
+
+// A record: the table of an account under the account's token, and the set of all tokens held.
+//
+// Content comes as answers and pushes, in any order. Every one of them has an age: the larger is the newer
+// (see TakeAnswer); 0 is older than all others. Older content never replaces newer. A push belongs either to
+// the account's whole table or, in lists with a row key, to single rows, which are updated or appended.
+//
+// Tables are handed out and taken in as copies that share their rows: nothing but what a push names is copied
+// or walked over. The first push after an answer reads the table once to find its rows by key.
+//
+// Bad input: missing and doubled columns, empty tables and hostile tokens are never an error; what cannot be
+// used is
+//            counted. A token that is a control entry's name ("fund_token", "update_user") or empty is
+//            refused, counted as "list_token_refused".
+// Threads:   the UI thread.
+class CTokenTableList : public CUIData {
+  public:
+    // `kind` is the type of the list and of what it publishes, `mergedKind` that of its view of several
+    // accounts (empty: there is none). `rowKey` is the column that identifies a row (empty: a push carries
+    // the whole table). `keySet` is the entry with the tokens held; records that the list publishes name
+    // their token under it, too.
+    explicit CTokenTableList(std::string_view kind, std::string_view mergedKind = {},
+                             std::string_view rowKey = {}, std::string_view keySet = "fund_token");
+    ~CTokenTableList() override;
+    CTokenTableList(const CTokenTableList&) = delete;
+    CTokenTableList& operator=(const CTokenTableList&) = delete;
+    const char* ClassName() const override;
+
+    // Whether the list has a table of the account, be it an empty one.
+    bool Holds(std::string_view token) const noexcept { return GetDataType(token) == kDataTable; }
+    // The same for all of them; false for no token at all.
+    bool Holds(const CDataSet& tokens) const;
+    // The account's table. False, and `out` unchanged, when there is none.
+    bool GetTable(std::string_view token, CDataTable& out) const { return GetData(token, out); }
+
+    // Takes an account's whole table from the answer to a request, whose age is that of the moment when it
+    // left. Pushes that are newer are applied on top. True when the account's content may have changed; in
+    // any case what the asker gets is what the list holds then (MakeRecord). False, counted as
+    // "older_answer_ignored", when what is held is newer.
+    bool TakeAnswer(std::string_view token, const CDataTable& table, uint64_t age);
+
+    // Takes a push, whose age is that of its arrival. `queryUnderWay`: a query for this account has not been
+    // answered yet, so the push is also kept until QueryEnded, to be applied on top of the answer. Kept
+    // pushes are limited to kMaxKeptRows in all: beyond that an account's oldest go, counted as
+    // "kept_push_dropped".
+    //
+    // Without row key: `table` replaces the account's table. With row key: rows are found by their key, and
+    // take over all cells of the push; others are appended; columns that the list's table lacks are added.
+    // Rows without key are counted as "push_row_without_key".
+    PushResult TakePush(std::string_view token, const CDataTable& table, uint64_t age, bool queryUnderWay);
+
+    // No query for the account is under way any longer, whether answered or not; after TakeAnswer. Kept
+    // pushes go; those of an account that still has no table are counted as "push_for_unqueried_account".
+    void QueryEnded(std::string_view token);
+
+    // The view of several accounts: reads the set "fund_token" of `request`, stores the joined tables under
+    // the merged kind and makes that the request's type. Accounts come in the order of the set; the columns
+    // are those of the first table with rows. False, and `request` unchanged, when it has no set or the list
+    // has no merged kind, or lacks one account's table: its token is then in `missing`. A table costs the
+    // same however many rows it has.
+    bool MergeMultiAccount(CUIData& request, std::string* missing = nullptr) const;
+
+    // Makes `out` the record that pages get for one account: the list's kind as type, the token (as
+    // "fund_token", or what the list's key set is called) and the table under the kind. False, and `out`
+    // unchanged, when there is none.
+    bool MakeRecord(std::string_view token, CUIData& out) const;
+
+    // Forgets the account.
+    void Remove(std::string_view token);
+
+    static constexpr size_t kMaxKeptRows =
+        1u << 20;                             // of pushes, in all accounts; each push counts as one row more
+    static constexpr int kMaxColumns = 4096;  // that pushes may widen a table to
+
+  protected:
+    enum class Origin { kAnswer, kPush };
+
+    // Before a whole table is stored: the place for derived columns.
+    virtual void _prepare(std::string_view /*token*/, CDataTable& /*table*/, Origin /*origin*/) {}
+    // Whether row `pushed` of a push may change row `row` of the held table.
+    virtual bool _acceptsRow(const CDataTable& /*held*/, int /*row*/, const CDataTable& /*push*/,
+                             int /*pushed*/) const {
+        return true;
+    }
+    // After a push changed or appended a row. May set cells of it, but not its key.
+    virtual void _prepareRow(std::string_view /*token*/, CDataTable& /*table*/, int /*row*/) {}
+
+  private:
+    struct Kept {
+        uint64_t age;
+        CDataTable table;
+    };
+    struct Account {
+        uint64_t answerAge = 0;  // of the answer that the table is from
+        uint64_t pushAge = 0;    // of the newest push in the table that could not be applied again
+        RowIndex index;
+        std::deque<Kept> kept;  // oldest first
+    };
+    struct TextHash {
+        using is_transparent = void;
+        size_t operator()(std::string_view text) const noexcept {
+            return std::hash<std::string_view>()(text);
+        }
+    };
+    using Accounts = std::unordered_map<std::string, Account, TextHash, std::equal_to<>>;
+
+    bool _isToken(std::string_view token) const;
+    Account& _account(std::string_view token);
+    void _store(std::string_view token, CDataTable table, Origin origin);
+    PushResult _takeTable(std::string_view token, Account& account, const CDataTable& table, uint64_t age);
+    bool _applyRows(std::string_view token, Account& account, const CDataTable& push);
+
+    bool _keep(Account& account, const CDataTable& table, uint64_t age);
+    void _dropKept(Account& account, bool known);
+    static size_t _cost(const Kept& push);
+
+    const std::string m_kind;
+    const std::string m_mergedKind;
+    const std::string m_rowKey;
+    const std::string m_keySet;
+    Accounts m_accounts;
+    size_t m_keptRows = 0;
+};
+
+}  // namespace luadui
