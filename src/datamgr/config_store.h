@@ -13,15 +13,12 @@
 
 namespace luadui {
 
-// The file when a record names none.
-inline constexpr std::string_view kUserConfigFile = "\\qsclient\\users\\user.cfg";
-
 // All settings of a file.
 StringMap ReadAllConfig(const std::string& file);
 // True when the host says that it removed the setting.
 bool EraseConfigKey(const std::string& file, const std::string& key);
 
-// The three below work on the file "config_path".
+// The three below work on the file "config_path", or the user's settings file when there is none.
 
 // Reads "config_key": of one key (text) the value becomes the text "config_value", of several (a set) a shared
 // record "config_value" with a text per key. False, and nothing changed, for an empty set; true otherwise, also when
@@ -32,7 +29,7 @@ bool GetAllConfig(CUIData& data);
 // Erases "config_key", one key or a set of them. False for an empty set, true otherwise.
 bool EraseConfig(const CUIData& data);
 
-// The two below work on the file "setting_path".
+// The two below work on the file "setting_path", or the user's settings file.
 
 // Reads the settings that the entry `key` names (a text or a set of them) into entries of their own names. True.
 bool GetSettingConfig(CUIData& data, std::string_view key);

@@ -16,16 +16,20 @@
 #include <iterator>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace luadui {
 
 namespace kind_table {
 
+// Written out, not a loop: compilers then make one load of it.
+template <size_t... kByte>
+constexpr uint64_t Word(const char* bytes, std::index_sequence<kByte...>) noexcept {
+    return (... | (uint64_t{static_cast<unsigned char>(bytes[kByte])} << (8 * kByte)));
+}
 template <size_t kBytes>
 constexpr uint64_t Word(const char* bytes) noexcept {
-    uint64_t word = 0;
-    for (size_t i = 0; i < kBytes; ++i) word |= uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
-    return word;
+    return Word(bytes, std::make_index_sequence<kBytes>());
 }
 
 constexpr uint64_t Mix(uint64_t hash, uint64_t word) noexcept {

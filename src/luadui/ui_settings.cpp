@@ -43,7 +43,7 @@ std::atomic<int32_t> g_hostMainWindow{0};
 CDuiString SkinName() { return Skin().Get(); }
 
 void LoadSkin() {
-    if (ReadConfig("\\qsclient\\users\\user.cfg", "skin") == "blue") Skin().Set(CDuiString(L"blue"));
+    if (ReadConfig(kUserConfigFile, "skin") == "blue") Skin().Set(CDuiString(L"blue"));
 }
 
 void SetScriptConfigPath(std::string path) { ConfigPath().Set(std::move(path)); }

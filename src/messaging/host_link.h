@@ -70,6 +70,9 @@ class CHostLink {
 
 // Settings and files, all kept by the host.
 
+// The file of the user's settings.
+inline constexpr char kUserConfigFile[] = "\\qsclient\\users\\user.cfg";
+
 // The value of `key` in the settings file `file`; `fallback` when the host has none.
 std::string ReadConfig(const std::string& file, const std::string& key, const std::string& fallback = {});
 void WriteConfig(const std::string& file, const std::string& key, const std::string& value);
