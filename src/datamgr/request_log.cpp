@@ -33,7 +33,7 @@ std::string AccountText(std::string_view account) {
     return KindText(account.substr(0, 2)) + text + KindText(account.substr(account.size() - 2));
 }
 
-// The log of the folder that is the client's now; null while there is none.
+// The log of the folder that is the client's now; null while there is none, and then no file is held open.
 std::shared_ptr<CTextLog> Log() {
     struct State {
         std::mutex mutex;  // guards what follows
@@ -42,10 +42,9 @@ std::shared_ptr<CTextLog> Log() {
     };
     static auto* const state = new State;  // never destroyed: threads may log until the process ends
     std::filesystem::path folder = ClientLogFolder();
-    if (folder.empty()) return nullptr;
     const std::lock_guard lock(state->mutex);
-    if (!state->log || folder != state->folder) {
-        state->log = std::make_shared<CTextLog>(folder, "request_record.log");
+    if (folder != state->folder) {
+        state->log = folder.empty() ? nullptr : std::make_shared<CTextLog>(folder, "request_record.log");
         state->folder.swap(folder);
     }
     return state->log;

@@ -21,6 +21,7 @@ class ClientLogTest : public ::testing::Test {
     }
     ~ClientLogTest() override {
         SetClientFolder({});
+        WriteRequestLog({});  // lets go of its file
         fs::remove_all(m_folder);
     }
 
