@@ -1,5 +1,9 @@
 #include "base/ui_data.h"
 
+#include "base/data_list.h"
+#include "base/data_set.h"
+#include "base/data_table.h"
+#include "base/json_object.h"
 #include "base/record_body.h"
 
 namespace luadui {
@@ -37,6 +41,41 @@ TextView CUIData::GetDataText(const HashedKey& key) const noexcept {
 ValueView CUIData::GetDataView(const HashedKey& key) const noexcept { return RecordBody::Find(_read(), key); }
 
 bool CUIData::IsShared(DataKey key) const noexcept { return _find(key).IsShared(); }
+
+template <class T>
+void CUIData::_setCopy(DataKey key, const ValueView& value) {
+    T copy;
+    if (value.Get(copy)) _set(key, copy);
+}
+
+void CUIData::SetData(DataKey key, const ValueView& value) {
+    switch (value.Kind()) {
+        case kDataInteger: {
+            uint64_t bits = 0;
+            const bool isUnsigned = value.Get(bits) && value.AsDouble() > 0 && bits >> 63;
+            return isUnsigned ? _set(key, bits) : _set(key, value.AsLong());
+        }
+        case kDataBoolean:
+            return _set(key, value.AsBool());
+        case kDataDouble:
+            return _set(key, value.AsDouble());
+        case kDataString:
+            return _set(key, value.AsText());
+        case kDataSet:
+            return _setCopy<CDataSet>(key, value);
+        case kDataRecord:
+            return _setCopy<CUIData>(key, value);
+        case kDataTable:
+            return _setCopy<CDataTable>(key, value);
+        case kDataList:
+            return _setCopy<CDataList>(key, value);
+        case kDataJson:
+            return _setCopy<CJsonObject>(key, value);
+        case kDataAbsent:
+        case kDataNull:
+            return;
+    }
+}
 
 bool CUIData::Remove(DataKey key) { return RecordBody::Remove(*this, key); }
 

@@ -46,6 +46,9 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     // Sets the entry to a copy of `value`; an existing key keeps its place. What would put an attached record
     // into itself changes nothing and is counted as "shared_ring_refused".
     void SetData(DataKey key, DataValue value) { _set(key, value); }
+    // The same for a value of another record, list or JSON object, whatever its kind. An absent value and a JSON null change
+    // nothing.
+    void SetData(DataKey key, const ValueView& value);
     // Puts the entry and `value` on the same content. False, counted as "shared_ring_refused" and nothing
     // changed, when the record would come to hold itself.
     template <DataHandle T>
@@ -107,6 +110,8 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
   private:
     ValueView _find(DataKey key) const noexcept;
     void _set(DataKey key, const DataValue& value);
+    template <class T>
+    void _setCopy(DataKey key, const ValueView& value);
     bool _setShared(DataKey key, DataKind kind, SharedHandle& value);
     bool _getShared(DataKey key, DataKind kind, SharedHandle& out);
     bool _getAttached(DataKey key, DataKind kind, SharedHandle& out) const;

@@ -1,6 +1,7 @@
 #include "messaging/request_base.h"
 
 #include "base/counters.h"
+#include "messaging/guid.h"
 #include "messaging/page_sign_registry.h"
 #include "messaging/request_types.h"
 #include "messaging/subscription_dispatcher.h"
@@ -85,6 +86,21 @@ bool CRequestBase::PreHandleResponse(const CQueueRespData* response) {
     } else {
         CCounters::Add("deferred_query_refused");
     }
+    return true;
+}
+
+bool CRequestBase::_complete(CQueueReqItem& request) const {
+    if (request.GetDataText("UUID").empty()) request.SetData("UUID", NewGuid());
+    CUIData
+        params;  // gone before the record is sent: while it is attached, copies of the record are not cheap
+    if (!request.GetDataShared("Params", params)) return false;
+    if (request.GetDataText("FundToken").empty())
+        request.SetData("FundToken", params.GetDataText("fund_token"));
+    request.SetData("From", std::to_string(GetHandle()));
+    params.SetData("log_source", m_source);
+    if (request.GetDataBool("Refresh")) params.SetData("bNeedRefresh", "true");
+    params.SetData("routeType", request.GetDataText("RouteType"));
+    params.SetData("destServer", request.GetDataText("DestServer"));
     return true;
 }
 

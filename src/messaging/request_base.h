@@ -61,7 +61,9 @@ class LUADUI_API CRequestBase : public CBaseObject {
     bool PreHandleResponse(const CQueueRespData* response);
 
   protected:
-    const std::string& _requestSource() const { return m_source; }
+    // What every request gets before it leaves: "UUID", "FundToken", "From" and the sender's part of "Params". False
+    // without a record "Params".
+    bool _complete(CQueueReqItem& request) const;
 
   private:
     bool _send(const std::string& fundToken, unsigned int type, const StringMap& params, bool refresh,

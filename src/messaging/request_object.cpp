@@ -1,27 +1,11 @@
 #include "messaging/request_object.h"
 
-#include "messaging/guid.h"
 #include "messaging/host_link.h"
 
 namespace luadui {
 
 bool CRequestObject::Request(CQueueReqItem& request) {
     return _complete(request) && CHostLink::Instance().Send(request);
-}
-
-bool CRequestObject::_complete(CQueueReqItem& request) const {
-    if (request.GetDataText("UUID").empty()) request.SetData("UUID", NewGuid());
-    CUIData
-        params;  // gone before the record is sent: while it is attached, copies of the record are not cheap
-    if (!request.GetDataShared("Params", params)) return false;
-    if (request.GetDataText("FundToken").empty())
-        request.SetData("FundToken", params.GetDataText("fund_token"));
-    request.SetData("From", std::to_string(GetHandle()));
-    params.SetData("log_source", _requestSource());
-    if (request.GetDataBool("Refresh")) params.SetData("bNeedRefresh", "true");
-    params.SetData("routeType", request.GetDataText("RouteType"));
-    params.SetData("destServer", request.GetDataText("DestServer"));
-    return true;
 }
 
 bool CRequestObject::RequestSync(unsigned int type, const std::string& key, std::string& value,

@@ -22,9 +22,6 @@ class LUADUI_API CRequestObject : public CRequestBase {
     // Hands a login to the host's login callback, untouched. Always true.
     bool SendLogin(unsigned int kind, const std::string& user, const std::string& secret,
                    const ServerMap& servers, const tag_login_user* detail, unsigned int flags);
-
-  private:
-    bool _complete(CQueueReqItem& request) const;
 };
 
 }  // namespace luadui
