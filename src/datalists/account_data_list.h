@@ -81,8 +81,6 @@ class CFamilyAccountList : public AccountDataList {
     // Null when there is no such group.
     const View* _view(std::string_view group) const;
     View _makeView(const CDataSet& members) const;
-    void _addTokens(int row, CDataSet& tokens) const;
-    void _addPortfolioTokens(std::string_view json, CDataSet& tokens) const;
 
     const std::string m_kind;
     bool m_hasAccounts = false;

@@ -1,6 +1,8 @@
 // CMessageCenterList: what the message center of the terminal shows.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 

@@ -38,8 +38,8 @@ class RowIndex {
     size_t _locate(const CDataTable& table, std::string_view key, uint32_t hash) const;
     void _grow();
 
-    std::vector<Slot>
-        m_slots;  // a power of two, at most three quarters used; a key lies in the first free one from its hash on
+    // A power of two, at most three quarters used; a key lies in the first free one from its hash on.
+    std::vector<Slot> m_slots;
     size_t m_used = 0;
     int m_keyColumn = -1;
     int m_rows = 0;

@@ -5,7 +5,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <functional>
+#include <list>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -96,21 +97,24 @@ class CTokenTableList : public CUIData {
     // Forgets the account.
     void Remove(std::string_view token);
 
-    static constexpr size_t kMaxKeptRows =
-        1u << 20;                             // of pushes, in all accounts; each push counts as one row more
-    static constexpr int kMaxColumns = 4096;  // that pushes may widen a table to
+    // Of kept pushes, in all accounts; each push counts as one row more.
+    static constexpr size_t kMaxKeptRows = 1u << 20;
+    // Pushes widen no table beyond that.
+    static constexpr int kMaxColumns = 4096;
 
   protected:
     enum class Origin { kAnswer, kPush };
 
-    // Before a whole table is stored: the place for derived columns.
+    // Before a whole table is stored: the place for derived columns. A push that is stored in the place of
+    // the older answer to an account's first query comes as kAnswer.
     virtual void _prepare(std::string_view /*token*/, CDataTable& /*table*/, Origin /*origin*/) {}
     // Whether row `pushed` of a push may change row `row` of the held table.
     virtual bool _acceptsRow(const CDataTable& /*held*/, int /*row*/, const CDataTable& /*push*/,
                              int /*pushed*/) const {
         return true;
     }
-    // After a push changed or appended a row. May set cells of it, but not its key.
+    // After a push changed or appended a row. May set cells of it, but not its key. None of these may use the
+    // list.
     virtual void _prepareRow(std::string_view /*token*/, CDataTable& /*table*/, int /*row*/) {}
 
   private:
@@ -122,7 +126,7 @@ class CTokenTableList : public CUIData {
         uint64_t answerAge = 0;  // of the answer that the table is from
         uint64_t pushAge = 0;    // of the newest push in the table that could not be applied again
         RowIndex index;
-        std::deque<Kept> kept;  // oldest first
+        std::list<Kept> kept;  // oldest first
     };
     struct TextHash {
         using is_transparent = void;
@@ -134,12 +138,14 @@ class CTokenTableList : public CUIData {
 
     bool _isToken(std::string_view token) const;
     Account& _account(std::string_view token);
-    void _store(std::string_view token, CDataTable table, Origin origin);
+    bool _isOlder(const Account& account, bool held, uint64_t age) const;
+    void _store(std::string_view token, Account& account, CDataTable table, Origin origin);
+    void _storeNewest(std::string_view token, Account& account, const CDataTable& answer);
     PushResult _takeTable(std::string_view token, Account& account, const CDataTable& table, uint64_t age);
     bool _applyRows(std::string_view token, Account& account, const CDataTable& push);
 
     bool _keep(Account& account, const CDataTable& table, uint64_t age);
-    void _dropKept(Account& account, bool known);
+    void _dropOldest(Account& account);
     static size_t _cost(const Kept& push);
 
     const std::string m_kind;

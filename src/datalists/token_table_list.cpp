@@ -1,0 +1,268 @@
+#include "datalists/token_table_list.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "base/counters.h"
+
+namespace luadui {
+namespace {
+
+constexpr std::string_view kTokens = "fund_token";
+constexpr std::string_view kUpdateUser = "update_user";
+
+// For each column of `push` the column of `held` that takes its cells, made when it is missing; -1 for those
+// that nobody could read by name. Of columns with the same name the first counts.
+std::vector<int> MapColumns(const CDataTable& push, CDataTable& held) {
+    if (held.GetColumnNumber() == 0) held.CopyHeader(push);
+    std::vector<int> columns(static_cast<size_t>(push.GetColumnNumber()), -1);
+    for (int col = 0; col < push.GetColumnNumber(); ++col) {
+        const TextView name = push.GetColumnProperty(col, "name");
+        int target = -1;
+        if (!name.empty() && push.FindColumn(name) == col) {
+            target = held.FindColumn(name);
+            if (target < 0 && held.GetColumnNumber() < CTokenTableList::kMaxColumns)
+                target = held.AddColumn(name);
+        }
+        if (target < 0) CCounters::Add("list_column_dropped");
+        columns[static_cast<size_t>(col)] = target;
+    }
+    return columns;
+}
+
+// Sets the cells that differ; false when none does.
+bool CopyCells(const TableRow& cells, const std::vector<int>& columns, CDataTable& held, int row) {
+    bool changed = false;
+    for (size_t col = 0; col < columns.size(); ++col) {
+        if (columns[col] < 0) continue;
+        const TextView text = cells[static_cast<int>(col)];
+        if (held.GetItemText(row, columns[col]) != text)
+            changed = held.SetItemText(row, columns[col], text) || changed;
+    }
+    return changed;
+}
+
+}  // namespace
+
+CTokenTableList::CTokenTableList(std::string_view kind, std::string_view mergedKind, std::string_view rowKey,
+                                 std::string_view keySet)
+    : CUIData(kind), m_kind(kind), m_mergedKind(mergedKind), m_rowKey(rowKey), m_keySet(keySet) {}
+
+CTokenTableList::~CTokenTableList() = default;
+
+const char* CTokenTableList::ClassName() const { return "CTokenTableList"; }
+
+bool CTokenTableList::Holds(const CDataSet& tokens) const {
+    return !tokens.IsEmpty() && std::all_of(tokens.begin(), tokens.end(),
+                                            [this](const std::string& token) { return Holds(token); });
+}
+
+bool CTokenTableList::TakeAnswer(std::string_view token, const CDataTable& table, uint64_t age) {
+    if (!_isToken(token)) return false;
+    const bool held = Holds(token);
+    Account& account = _account(token);
+    if (held && (age < account.answerAge || (account.pushAge != 0 && age <= account.pushAge))) {
+        CCounters::Add("older_answer_ignored");
+        return false;
+    }
+    account.answerAge = age;
+    account.pushAge = 0;
+    while (!account.kept.empty() && account.kept.front().age < age) _dropOldest(account);
+    if (m_rowKey.empty()) {
+        _storeNewest(token, account, table);
+    } else {
+        _store(token, account, table, Origin::kAnswer);
+        for (const Kept& push : account.kept) _applyRows(token, account, push.table);
+    }
+    return true;
+}
+
+PushResult CTokenTableList::TakePush(std::string_view token, const CDataTable& table, uint64_t age,
+                                     bool queryUnderWay) {
+    if (!_isToken(token)) return PushResult::kRefused;
+    const bool held = Holds(token);
+    if (!held && !queryUnderWay) {
+        CCounters::Add("push_for_unqueried_account");
+        return PushResult::kUnknown;
+    }
+    Account& account = _account(token);
+    if (_isOlder(account, held, age)) {
+        CCounters::Add("older_push_ignored");
+        return PushResult::kOlder;
+    }
+    if (!m_rowKey.empty() && table.FindColumn(m_rowKey) < 0) {
+        CCounters::Add("push_row_without_key", static_cast<uint64_t>(table.GetRowNumber()));
+        return PushResult::kRefused;
+    }
+    if (!held) return _keep(account, table, age) ? PushResult::kKept : PushResult::kRefused;
+    if (m_rowKey.empty()) return _takeTable(token, account, table, age);
+    const bool changed = _applyRows(token, account, table);
+    if (!queryUnderWay || !_keep(account, table, age)) account.pushAge = std::max(account.pushAge, age);
+    return changed ? PushResult::kTaken : PushResult::kUnchanged;
+}
+
+void CTokenTableList::QueryEnded(std::string_view token) {
+    const auto found = m_accounts.find(token);
+    if (found == m_accounts.end()) return;
+    Account& account = found->second;
+    const bool held = Holds(token);
+    if (!held) CCounters::Add("push_for_unqueried_account", account.kept.size());
+    while (!account.kept.empty()) _dropOldest(account);
+    if (!held) m_accounts.erase(found);
+}
+
+bool CTokenTableList::MergeMultiAccount(CUIData& request, std::string* missing) const {
+    CDataSet tokens;
+    if (m_mergedKind.empty() || !request.GetData(kTokens, tokens)) return false;
+    CDataTable joined;
+    for (const std::string& token : tokens) {
+        CDataTable table;
+        if (!GetTable(token, table)) {
+            if (missing) *missing = token;
+            return false;
+        }
+        if (table.GetRowNumber() == 0) continue;
+        if (joined.GetColumnNumber() == 0) joined.CopyHeader(table);
+        if (!joined.InsertTable(table)) return false;
+    }
+    request.SetData(m_mergedKind, joined);
+    request.SetType(m_mergedKind);
+    return true;
+}
+
+bool CTokenTableList::MakeRecord(std::string_view token, CUIData& out) const {
+    CDataTable table;
+    if (!GetTable(token, table)) return false;
+    CUIData record(m_kind);
+    record.SetData(m_keySet, token);
+    record.SetData(m_kind, table);
+    out = std::move(record);
+    return true;
+}
+
+void CTokenTableList::Remove(std::string_view token) {
+    if (const auto found = m_accounts.find(token); found != m_accounts.end()) {
+        while (!found->second.kept.empty()) _dropOldest(found->second);
+        m_accounts.erase(found);
+    }
+    if (!Holds(token)) return;
+    CUIData::Remove(token);
+    CDataSet tokens;
+    if (GetDataShared(m_keySet, tokens)) tokens.Remove(token);
+}
+
+bool CTokenTableList::_isToken(std::string_view token) const {
+    if (!token.empty() && token != kTokens && token != kUpdateUser && token != m_keySet) return true;
+    CCounters::Add("list_token_refused");
+    return false;
+}
+
+CTokenTableList::Account& CTokenTableList::_account(std::string_view token) {
+    const auto found = m_accounts.find(token);
+    return found != m_accounts.end() ? found->second : m_accounts[std::string(token)];
+}
+
+bool CTokenTableList::_isOlder(const Account& account, bool held, uint64_t age) const {
+    if (held && age < account.answerAge) return true;
+    if (!m_rowKey.empty()) return false;  // pushes of rows count in the order in which they come
+    return age < (held || account.kept.empty() ? account.pushAge : account.kept.back().age);
+}
+
+void CTokenTableList::_store(std::string_view token, Account& account, CDataTable table, Origin origin) {
+    _prepare(token, table, origin);
+    account.index.Clear();
+    const bool isNew = !Holds(token);
+    SetData(token, table);
+    if (!isNew) return;
+    // In place: a set that the record and we both held would be copied for each new account.
+    CDataSet tokens;
+    if (!GetDataShared(m_keySet, tokens)) {
+        SetData(m_keySet, tokens);
+        GetDataShared(m_keySet, tokens);
+    }
+    tokens.Insert(token);
+}
+
+// A push that came while the query was under way is newer than its answer.
+void CTokenTableList::_storeNewest(std::string_view token, Account& account, const CDataTable& answer) {
+    const bool isOutrun = !account.kept.empty();
+    if (isOutrun) {
+        CCounters::Add("older_answer_ignored");
+        account.pushAge = account.kept.back().age;
+    }
+    _store(token, account, isOutrun ? account.kept.back().table : answer, Origin::kAnswer);
+    while (!account.kept.empty()) _dropOldest(account);
+}
+
+PushResult CTokenTableList::_takeTable(std::string_view token, Account& account, const CDataTable& table,
+                                       uint64_t age) {
+    account.pushAge = age;
+    CDataTable held;
+    GetTable(token, held);
+    if (held.SharesWith(table)) return PushResult::kUnchanged;
+    _store(token, account, table, Origin::kPush);
+    return PushResult::kTaken;
+}
+
+bool CTokenTableList::_applyRows(std::string_view token, Account& account, const CDataTable& push) {
+    const int pushKey = push.FindColumn(m_rowKey);
+    CDataTable held;
+    if (!GetDataShared(token, held) || held.SharesWith(push)) return false;
+    const std::vector<int> columns = MapColumns(push, held);
+    const int keyColumn = columns[static_cast<size_t>(pushKey)];
+    if (keyColumn < 0) return false;
+    if (!account.index.Fits(held, keyColumn)) account.index.Build(held, keyColumn);
+
+    bool changed = false;
+    for (int pushed = 0; pushed < push.GetRowNumber(); ++pushed) {
+        const TableRow cells = push.GetRow(pushed);
+        const TextView key = cells[pushKey];
+        if (key.empty()) {
+            CCounters::Add("push_row_without_key");
+            continue;
+        }
+        int row = account.index.Find(held, key);
+        const bool isNew = row < 0;
+        if (isNew) {
+            row = held.AppendRow();
+            if (row < 0) break;
+        } else if (!_acceptsRow(held, row, push, pushed)) {
+            CCounters::Add("push_row_refused");
+            continue;
+        }
+        if (!CopyCells(cells, columns, held, row)) continue;
+        if (isNew) account.index.Add(held, row);
+        _prepareRow(token, held, row);
+        changed = true;
+    }
+    return changed;
+}
+
+bool CTokenTableList::_keep(Account& account, const CDataTable& table, uint64_t age) {
+    // Of whole tables only the newest counts.
+    while (m_rowKey.empty() && !account.kept.empty()) _dropOldest(account);
+    Kept push{age, table};
+    while (m_keptRows + _cost(push) > kMaxKeptRows && !account.kept.empty()) {
+        CCounters::Add("kept_push_dropped");
+        _dropOldest(account);
+    }
+    if (m_keptRows + _cost(push) > kMaxKeptRows) {
+        CCounters::Add("kept_push_dropped");
+        return false;
+    }
+    m_keptRows += _cost(push);
+    account.kept.push_back(std::move(push));
+    return true;
+}
+
+void CTokenTableList::_dropOldest(Account& account) {
+    Kept& oldest = account.kept.front();
+    m_keptRows -= _cost(oldest);
+    account.pushAge = std::max(account.pushAge, oldest.age);
+    account.kept.pop_front();
+}
+
+size_t CTokenTableList::_cost(const Kept& push) { return static_cast<size_t>(push.table.GetRowNumber()) + 1; }
+
+}  // namespace luadui
