@@ -1,0 +1,189 @@
+#include "datalists/message_center_list.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "base/counters.h"
+#include "base/json_object.h"
+#include "base/text.h"
+
+namespace luadui {
+namespace {
+
+class FakeOwner : public ListOwner {
+  public:
+    void RegisterNotify(unsigned int handle, std::string kind) override {
+        registered.push_back(kind + ":" + std::to_string(handle));
+    }
+    bool GetData(const std::string&, CUIData&) override { return false; }
+    void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override {
+        EXPECT_EQ(handle, -1);
+        EXPECT_TRUE(notifyOthers);
+        published.push_back(*record);
+        if (onPublish) onPublish();
+    }
+
+    std::vector<std::string> registered;
+    std::vector<CUIData> published;
+    std::function<void()> onPublish;
+};
+
+CDataTable OneRow(const std::vector<std::pair<std::string, std::string>>& cells) {
+    CDataTable table;
+    const int row = table.AppendRow();
+    for (const auto& [name, text] : cells) table.SetItemText(row, table.AddColumn(name), text);
+    return table;
+}
+
+CUIData RiskPush(const CDataTable& table) {
+    CUIData push("str_subkey_risk_push");
+    push.SetData("Table", table);
+    return push;
+}
+
+class MessageCenterTest : public testing::Test {
+  protected:
+    CDataTable History() const {
+        CDataTable history;
+        list->GetData("messagecenter", history);
+        return history;
+    }
+    CDataTable Last() const {
+        CDataTable table;
+        if (!owner.published.empty()) owner.published.back().GetData("messagecenter", table);
+        return table;
+    }
+    void Fail(const char* json, const CUIData& params = CUIData(), const char* uuid = "u1") {
+        CJsonObject body;
+        body.Parse(Gbk(json));
+        CUIData response, request;
+        request.SetData("Params", params);
+        response.SetData("JsonData", body);
+        response.SetData("Request", request);
+        response.SetData("REQTYPE", 1101);
+        response.SetData("FundToken", "tok-1");
+        response.SetData("UUID", uuid);
+        CUIData accounts("account"), credit("account_xy");
+        accounts.SetData("account",
+                         OneRow({{"fund_token", "tok-1"},
+                                 {"accountname", Gbk("张三")},
+                                 {"portfolios", R"([{"fund_token":"tok-1","portfolioname":"P"}])"}}));
+        list->AddErrorMessage(response, accounts, credit, "demo");
+    }
+
+    FakeOwner owner;
+    std::unique_ptr<CMessageCenterList> list = std::make_unique<CMessageCenterList>(&owner);
+};
+
+TEST_F(MessageCenterTest, RiskPushBecomesAMessage) {
+    EXPECT_EQ(owner.registered,
+              std::vector<std::string>{"str_subkey_risk_push:" + std::to_string(list->GetHandle())});
+    CUIData push = RiskPush(OneRow({{"LocalID", "7"},
+                                    {"SecurityID", "600000"},
+                                    {"MarketID", "17"},
+                                    {"Side", "0"},
+                                    {"OrderQty", "300"},
+                                    {"account", Gbk("张三")},
+                                    {"OrderPrice", "10.5"}}));
+    list->OnNotify(&push);
+    ASSERT_EQ(owner.published.size(), 1u);
+    EXPECT_EQ(owner.published[0].GetType(), "messagecenter");
+    const CDataTable message = Last();
+    EXPECT_EQ(message.GetRowNumber(), 1);
+    EXPECT_EQ(message.GetItemText(0, "LocalID"), "7_risk");
+    EXPECT_EQ(message.GetItemText(0, "MsgType"), Gbk("风控提示"));
+    EXPECT_EQ(message.GetItemText(0, "MsgTypeContents"), Gbk("风控提示"));
+    EXPECT_EQ(message.GetItemText(0, "Text"), Gbk("触发风控，请在触警查询中查看"));
+    EXPECT_EQ(message.GetItemText(0, "OrderMessage"), Gbk("（600000），10.5元，张三买入300股"));
+    EXPECT_EQ(message.GetItemText(0, "TextColor"), "#FFFF0000");
+    EXPECT_TRUE(std::regex_match(std::string(message.GetItemText(0, "MsgTime")),
+                                 std::regex("\\d{4}/\\d\\d/\\d\\d \\d\\d:\\d\\d")));
+
+    CUIData sell = RiskPush(
+        OneRow({{"Side", "1"}, {"account", Gbk("x" + std::string(90, 'y') + "户户户户户户户户户户户户")}}));
+    list->OnNotify(&sell);
+    const std::string text = Last().GetItemText(0, "OrderMessage");
+    EXPECT_LE(text.size(), 127u);
+    EXPECT_FALSE(EndsInsideCharacter(text));
+}
+
+TEST_F(MessageCenterTest, OtherNotificationsArePassedOver) {
+    CUIData empty = RiskPush(CDataTable()), other("fund"), noTable("str_subkey_risk_push");
+    other.SetData("Table", OneRow({{"LocalID", "1"}}));
+    for (CUIData* record : {&empty, &other, &noTable, static_cast<CUIData*>(nullptr)}) list->OnNotify(record);
+    EXPECT_TRUE(owner.published.empty());
+    EXPECT_EQ(History().GetRowNumber(), 0);
+}
+
+TEST_F(MessageCenterTest, FailedAnswerTellsWhoWhatAndWhy) {
+    CUIData portfolioMode;
+    portfolioMode.SetData("PB_MODE", "true");
+    struct Case {
+        const char* json;
+        const CUIData params;
+        const char *text, *orderMessage;
+    };
+    for (const Case& c :
+         {Case{R"({"error_code":17,"message":"资金不足"})",
+               {},
+               "资金不足",
+               "账户张三，请求类型1101，错误码17：资金不足"},
+          Case{R"({"code":"E1","msg":"no"})", portfolioMode, "no", "账户张三-P，请求类型1101，错误码E1：no"},
+          Case{R"({"retcode":-3})", {}, "请求失败", "账户张三，请求类型1101，错误码-3：请求失败"},
+          Case{"not JSON", {}, "请求失败", "账户张三，请求类型1101：请求失败"}}) {
+        SCOPED_TRACE(c.json);
+        Fail(c.json, c.params);
+        EXPECT_EQ(Last().GetItemText(0, "Text"), Gbk(c.text));
+        EXPECT_EQ(Last().GetItemText(0, "OrderMessage"), Gbk(c.orderMessage));
+        EXPECT_EQ(Last().GetItemText(0, "LocalID"), "u1_error");
+        EXPECT_EQ(owner.published.back().GetDataString("user"), "demo");
+    }
+    EXPECT_EQ(History().GetRowNumber(), 1);  // the same request each time
+    Fail("{}", {}, "");
+    Fail("{}", {}, "");
+    EXPECT_EQ(History().GetRowNumber(), 3);
+}
+
+TEST_F(MessageCenterTest, SecretsThatTheServerRepeatsAreMasked) {
+    CUIData params;
+    params.SetData("password", "hunter2");
+    params.SetData("Table", OneRow({{"TxPassword", "swordfish"}, {"volume", "100"}}));
+    Fail(R"({"message":"tok-1/hunter2/swordfish/100 refused"})", params);
+    EXPECT_EQ(Last().GetItemText(0, "Text"), "***/***/***/100 refused");
+    for (const char* secret : {"tok-1", "hunter2", "swordfish"}) {
+        for (int col = 0; col < Last().GetColumnNumber(); ++col)
+            EXPECT_EQ(Last().GetItemText(0, col).find(secret), std::string::npos) << secret;
+    }
+    Fail((R"({"message":")" + std::string(100'000, 'x') + R"("})").c_str());
+    EXPECT_EQ(Last().GetItemText(0, "Text").size(), CMessageCenterList::kMaxText);
+}
+
+TEST_F(MessageCenterTest, HistoryIsBoundedAndReplacesRepeatedMessages) {
+    CMessageCenterList alone(nullptr);
+    for (int id = 0; id < CMessageCenterList::kMaxHistory + 5; ++id) {
+        for (const char* side : {"0", "1"}) {
+            CUIData push = RiskPush(OneRow({{"LocalID", std::to_string(id)}, {"Side", side}}));
+            alone.OnNotify(&push);
+        }
+    }
+    CDataTable history;
+    ASSERT_TRUE(alone.GetData("messagecenter", history));
+    EXPECT_EQ(history.GetRowNumber(), CMessageCenterList::kMaxHistory);
+    EXPECT_EQ(history.GetItemText(0, "LocalID"), "5_risk");
+    EXPECT_EQ(history.GetItemText(0, "OrderMessage"), Gbk("（），元，卖出股"));
+}
+
+TEST_F(MessageCenterTest, MayGoWhilePublishing) {
+    owner.onPublish = [this] { list.reset(); };
+    CUIData push = RiskPush(OneRow({{"LocalID", "1"}}));
+    list->OnNotify(&push);
+    EXPECT_EQ(list, nullptr);
+}
+
+}  // namespace
+}  // namespace luadui
