@@ -15,6 +15,8 @@ namespace luadui {
 
 // The answer to a request.
 struct Answer {
+    explicit Answer(const CQueueRespData& from) : response(from) {}
+
     const CQueueRespData& response;
     CUIData params;         // of the request as it was sent
     int type = 0;           // request type

@@ -48,7 +48,6 @@ class ListStore {
   private:
     template <class List, class... Args>
     void _add(Args&&... args);
-    void _register(std::string_view name, CUIData& object);
 
     CUIData m_shared;
     std::map<std::string, std::unique_ptr<CUIData>, std::less<>>

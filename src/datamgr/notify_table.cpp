@@ -16,10 +16,20 @@ bool NotifyTable::Remove(uint32_t handle, std::string_view kind, Reason reason) 
     const auto entry = handles->second.find(handle);
     if (entry == handles->second.end()) return false;
     entry->second = static_cast<uint8_t>(entry->second & ~reason);
-    if (entry->second == 0) handles->second.erase(entry);
+    return entry->second == 0 && RemoveAll(handle, kind);
+}
+
+bool NotifyTable::RemoveAll(uint32_t handle, std::string_view kind) {
+    const auto handles = m_handles.find(kind);
+    if (handles == m_handles.end() || handles->second.erase(handle) == 0) return false;
     if (!handles->second.empty()) return false;
     m_handles.erase(handles);
     return true;
+}
+
+bool NotifyTable::Has(uint32_t handle, std::string_view kind) const {
+    const auto handles = m_handles.find(kind);
+    return handles != m_handles.end() && handles->second.contains(handle);
 }
 
 std::vector<uint32_t> NotifyTable::Handles(std::string_view kind) const {

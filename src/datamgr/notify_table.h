@@ -21,7 +21,9 @@ class NotifyTable {
     bool Add(uint32_t handle, std::string_view kind, Reason reason);
     // True when the kind has nobody any more.
     bool Remove(uint32_t handle, std::string_view kind, Reason reason);
-    bool Has(std::string_view kind) const { return m_handles.contains(kind); }
+    // Forgets a handle whose object has gone, whatever it was there for.
+    bool RemoveAll(uint32_t handle, std::string_view kind);
+    bool Has(uint32_t handle, std::string_view kind) const;
 
     // The handles of a kind in ascending order; a copy, since those who are told may change the table.
     std::vector<uint32_t> Handles(std::string_view kind) const;

@@ -21,6 +21,7 @@
 namespace luadui {
 
 class CDataTimerWnd;
+class InstructionServers;
 struct AnswerRoute;
 
 // What SetData does with a record.
@@ -102,6 +103,11 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // The name of the skin that the user interface uses; set once by the module.
     static void SetSkin(std::string skin);
 
+    // Puts a failed answer into the message center, where the manager has one.
+    void NoteFailure(const CQueueRespData& response);
+    // Which server holds which instruction; the same for all managers.
+    static InstructionServers& Servers();
+
     // What handlers and factories work on.
     ListStore& Lists() { return m_lists; }
     // Stores a record that pages read by name.
@@ -111,12 +117,18 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     void RunAccountCommand(const char* command) override;
 
   protected:
-    // What a page adds to a record of its own before it goes its way.
-    virtual void _adopt(CUIData& /*record*/) {}
-    // What a manager does at each tick of the timer, every 500 ms.
+    // The first listener of a kind came, the last one went.
+    virtual void _kindWanted(const std::string& /*kind*/) {}
+    virtual void _kindUnwanted(const std::string& /*kind*/) {}
+    // At each tick of the timer, every 500 ms.
     virtual void _onTick() {}
-    void _notify(CUIData& record, int32_t askingHandle);
+
+    // Delivers to one window or object. False when it has gone.
+    bool _deliver(const CUIData& record, int64_t handle);
+    // Delivers to all that want the record's kind, but for the one that asked. How many took it.
+    size_t _notify(const CUIData& record, int64_t askingHandle);
     bool _handleRequest(CUIData& record);
+    NotifyTable m_notify;
 
   private:
     // Building (ui_data_manager.cpp)
@@ -126,14 +138,16 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
 
     // Asking (ui_data_request.cpp)
     bool _GetData(CUIData& request);
-    bool _findTables(std::string_view kind, CUIData& request) const;
+    static bool _findTables(const CTokenTableList& list, CUIData& request);
     static bool _isNeedRequset(std::string_view kind);
     bool _handleComplexRequest(CUIData& request, bool flag);
     bool _handleUserTokenReq(CUIData record);
     bool _handleSingleReq(const CUIData& record, const CDataSet& tokens);
-    void _getDestServer(CQueueReqItem& item) const;
-    void _getReqMsgRouteType(CQueueReqItem& item) const;
-    void _saveMultiServerInstRecord(const CQueueReqItem& item) const;
+    void _passHostAnswer(const CQueueReqItem& item, const CUIData& record);
+    static void _fillItem(CQueueReqItem& item, const CUIData& record, int type);
+    static void _getDestServer(CQueueReqItem& item);
+    static void _getReqMsgRouteType(CQueueReqItem& item);
+    static void _saveMultiServerInstRecord(const CQueueReqItem& item);
 
     // Subscribing (ui_data_subscribe.cpp)
     void _handleSubRequest(const CUIData& record, bool subscribe);
@@ -149,22 +163,22 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     bool IngnoreData(const CQueueRespData& response) const;
     static bool _isSubReq(const CQueueRespData& response);
     static int _getResHandle(const CQueueRespData& response);
-    void _handleMessageCenter(const CQueueRespData& response);
-    bool _reportServerError(const CQueueRespData& response);
+    // Tells the asker that the server failed. False when it did not.
+    bool ResponseError(const CQueueRespData& response);
+    void ResponseError(const std::string& kind, int handle, int code, const std::string& message);
+    // Ends a request whose failed answer no handler sees.
+    void _endFailed(const CQueueRespData& response);
     void _dealNormalResponse(const CQueueRespData& response);
     void _dealSubResposnse(const CQueueRespData& response);
-    bool _openAnswer(Answer& answer, const AnswerRoute& route) const;
-    void _learnServer(const Answer& answer);
-    void _endRefresh(const std::string& uuid);
-    void ResponseError(const CQueueRespData& response);
-    void ResponseError(const std::string& kind, int handle, int code, const std::string& message);
-    void HandleRecordReq(const CQueueRespData& response) const;
+    void _runHandlers(Answer& answer, const AnswerRoute& route);
+    void _endTrace(const CQueueRespData& response);
+    void _endRefresh(const std::string& uuid, int32_t handle);
+    static void HandleRecordReq(const CQueueRespData& response);
 
     CUIData m_typeCodes;  // data kind -> request type
     CUIData m_pushKeys;   // data kind -> push key
     std::string m_runType;
     ListStore m_lists;
-    NotifyTable m_notify;
     std::string m_userName;  // of the logged-in user, once known
     std::unique_ptr<CDataTimerWnd> m_timer;
 };

@@ -53,17 +53,20 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     bool PreHandleNotify(const CUIData* record, int handle, bool flag);
 
   protected:
-    void _adopt(CUIData& record) override;
+    void _kindWanted(const std::string& kind) override;
+    void _kindUnwanted(const std::string& kind) override;
     void _onTick() override;
 
   private:
+    bool _adopt(CUIData& record);
     bool TransPushData2Query(const CUIData* record);
     bool HandleNotifyAccountData(const CUIData* record, int handle, bool flag);
     bool FilterMultiAccountPush(CUIData& record, const std::string& kind) const;
     void SaveCurAccountGroup(const CUIData& record, ListStore::Family family);
-    bool GetGroupAccount(ListStore::Family family, CDataSet& tokens) const;
+    void _groupTokens(ListStore::Family family, CDataSet& tokens) const;
     bool IsCurrentGroup(ListStore::Family family, std::string_view fundToken) const;
-    bool _askAccountData(ListStore::Family family);
+    void _askAccountData(ListStore::Family family);
+    void _ask(CUIData request);
     void _sendNoted();
 
     struct Group {
@@ -75,6 +78,7 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     const std::string m_name;
     bool m_isRegistered = false;
     bool m_pushToQuery = false;
+    bool m_isNoted = false;  // whether the last TransPushData2Query noted something
     Group m_groups[ListStore::kFamilies];
     RequeryStore m_requeries;
 };

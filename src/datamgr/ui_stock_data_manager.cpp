@@ -1,16 +1,198 @@
 #include "datamgr/ui_stock_data_manager.h"
 
+#include <algorithm>
+#include <vector>
+
+#include "base/guard.h"
+#include "base/json_object.h"
+#include "codedata/data_manager.h"
+#include "datamgr/account_requests.h"
+#include "datamgr/request_ledger.h"
+#include "datamgr/ui_page_data.h"
+#include "datamgr/ui_registry.h"
+#include "messaging/guid.h"
+#include "messaging/handle_text.h"
 #include "messaging/host_link.h"
 #include "messaging/request_types.h"
 #include "messaging/response_routing.h"
 #include "messaging/subscription_dispatcher.h"
 
 namespace luadui {
+namespace {
+
+constexpr char kCommonData[] = "CommonData";
+constexpr int kDataFailed = -1;
+constexpr int kDataOnline = 2011;
+constexpr int kReqOnlineAccounts = 1903;
+constexpr int kReqUIEvent = 1605;
+constexpr char kSystemSettings[] = "\\qsclient\\system\\systemset.cfg";
+
+bool IsAccountRequest(int type) { return type == 1130 || (type >= 1801 && type <= 1803); }
+
+}  // namespace
 
 CUIStockDataManager& CUIStockDataManager::get_mutable_instance() {
     static auto* const manager = new CUIStockDataManager;
     return *manager;
 }
+
+void CUIStockDataManager::StartCommonData() {
+    if (m_isStarted) return;
+    m_isStarted = true;
+    m_commonData.Init(kCommonData);
+    CDataManager::Instance().SetElkSink(this);
+}
+
+int CUIStockDataManager::Init(const std::string& loginInfo, HWND const& hostWnd) {
+    CJsonObject login;
+    if (!login.Parse(loginInfo)) return kBadArgument;
+    m_loginInfo = loginInfo;
+    m_hostWnd = hostWnd;
+    const CJsonObject user = login.GetSub("g_user");
+    UserInfo info;
+    info.username = user.GetString("username");
+    info.userid = user.GetString("userid");
+    info.token = user.GetString("token");
+    info.institutionid = user.GetString("institutionid");
+    info.roleid = user.GetString("roleid");
+    info.version = user.GetString("version");
+    info.userfolder = login.Has("userfolder") ? login.GetString("userfolder") : user.GetString("userfolder");
+    const std::string userSettings = info.userfolder + "/user.cfg";
+    info.runMode = ReadConfig(kSystemSettings, "RunMode");
+    info.isbroker = ReadConfig(userSettings, "isbroker");
+    info.qsid = ReadConfig(userSettings, "qsid");
+    m_userInfo = std::move(info);
+    return kDone;
+}
+
+// Pages.
+
+int CUIStockDataManager::RegisterPage(const std::string& pageName, CUIPageData* page) {
+    if (pageName.empty() || !page) return kBadArgument;
+    return m_pages.emplace(pageName, page).second ? kDone : kRefused;
+}
+
+int CUIStockDataManager::UnRegisterPage(const std::string& pageName) {
+    if (pageName.empty()) return kBadArgument;
+    return m_pages.erase(pageName) ? kDone : kRefused;
+}
+
+void CUIStockDataManager::RegisterSubscribe(const std::string& pageName, const std::string& kind) {
+    m_subscriptions[kind].insert(pageName);
+}
+
+void CUIStockDataManager::UnRegisterSubscribe(const std::string& pageName, const std::string& kind) {
+    const auto pages = m_subscriptions.find(kind);
+    if (pages == m_subscriptions.end()) return;
+    pages->second.erase(pageName);
+    if (pages->second.empty()) m_subscriptions.erase(pages);
+}
+
+CUIPageData* CUIStockDataManager::_page(std::string_view name) const {
+    const auto page = m_pages.find(name);
+    return page == m_pages.end() ? nullptr : page->second;
+}
+
+void CUIStockDataManager::SaveHandle2Page(const CUIData& record) {
+    int32_t handle = 0;
+    if (!record.GetData("handle", handle) || handle <= 0) return;
+    m_handlePages.insert_or_assign(static_cast<uint32_t>(handle), record.GetDataString("pageName"));
+    if (m_handlePages.size() > m_handlesAllowed) _dropDeadHandles();
+}
+
+// Handles of closed windows stay, so that late answers for them reach nobody else; those of long ago need not.
+void CUIStockDataManager::_dropDeadHandles() {
+    std::erase_if(m_handlePages, [](const auto& entry) { return !CBaseObject::Find(entry.first); });
+    m_handlesAllowed = std::max<size_t>(kHandlesKept, 2 * m_handlePages.size());
+}
+
+// Delivery.
+
+int CUIStockDataManager::NotifyPage(const CUIData* record, const std::string& pageName) {
+    if (!record || pageName.empty()) return kBadArgument;
+    if (CUIPageData* const page = _page(pageName)) {
+        CUIData own = *record;
+        page->ResponseNotify(&own, kNoHandle, true);
+    } else {
+        CCounters::Add("record_page_gone");
+    }
+    return kDone;
+}
+
+int CUIStockDataManager::NotifyPage(const CUIData* record, int handle, bool broadcast) {
+    if (!record) return kBadArgument;
+    const CUIData content = *record;  // stays what it is, whatever the pages do
+    const bool isWaking = content.GetDataText("sleep_refresh_request") == "true";
+    const auto owner = m_handlePages.find(static_cast<uint32_t>(handle));
+    const bool isOwned = owner != m_handlePages.end() && !owner->second.empty();
+    if (isOwned) {
+        const std::string pageName = owner->second;
+        _deliver(content, pageName, handle, isWaking || broadcast);
+    } else if (broadcast && !isWaking) {
+        _broadcast(content);
+    } else {
+        CCounters::Add("record_without_page");
+    }
+    return kDone;
+}
+
+void CUIStockDataManager::_broadcast(const CUIData& record) {
+    const auto subscribed = m_subscriptions.find(record.GetTypeText());
+    if (subscribed == m_subscriptions.end()) return CCounters::Add("record_without_subscriber");
+    const std::string kind = record.GetType();
+    const std::vector<std::string> pages(subscribed->second.begin(), subscribed->second.end());
+    for (const std::string& page : pages) {
+        // One told before may have ended this one's subscription.
+        const auto current = m_subscriptions.find(kind);
+        if (current != m_subscriptions.end() && current->second.contains(page))
+            _deliver(record, page, kNoHandle, true);
+    }
+}
+
+void CUIStockDataManager::_deliver(const CUIData& record, std::string_view pageName, int handle, bool flag) {
+    CUIPageData* const page = _page(pageName);
+    if (!page) return CCounters::Add("record_page_gone");
+    if (page->PreHandleNotify(&record, handle, flag)) return;
+    CUIData own = record;
+    page->ResponseNotify(&own, handle, flag);
+}
+
+// Asking.
+
+void CUIStockDataManager::SetData(CUIData* record, SET_DATA mode) {
+    if (!record) return;
+    SaveHandle2Page(*record);
+    const bool mayAnswer = mode == kSetRequest || mode == kSetFactoryRequest;
+    if (IsCommonData(record) && mayAnswer && record->GetDataLong("refresh") == 0) {
+        m_commonData.GetData(*record, false, false);
+    } else {
+        m_commonData.SetData(record, mode);
+    }
+}
+
+CUIData CUIStockDataManager::GetUIData(const std::string& kind, const std::string& pageName) {
+    if (pageName == kCommonData) return m_commonData.GetData(kind);
+    CUIPageData* const page = _page(pageName);
+    return page ? page->GetData(kind) : CUIData();
+}
+
+bool CUIStockDataManager::GetUIData(CUIData& request, bool cacheOnly, bool flag,
+                                    const std::string& pageName) {
+    SaveHandle2Page(request);
+    if (pageName == kCommonData) return m_commonData.GetData(request, cacheOnly, flag);
+    CUIPageData* const page = _page(pageName);
+    return page && page->GetData(request, cacheOnly, flag);
+}
+
+bool CUIStockDataManager::GetUIData(const std::string& kind, CUIData& out, const std::string& pageName,
+                                    bool shared) {
+    CUIDataManager* manager = _page(pageName);
+    if (pageName == kCommonData) manager = &m_commonData;
+    if (!manager) return false;
+    return shared ? manager->GetDataShared(kind, out) : manager->GetData(kind, out);
+}
+
+// Sending.
 
 bool CUIStockDataManager::Request(CQueueReqItem& request) {
     if (CSubscriptionDispatcher::Instance().Offer(request)) return false;
@@ -20,16 +202,86 @@ bool CUIStockDataManager::Request(CQueueReqItem& request) {
 bool CUIStockDataManager::DispatchRequest(CQueueReqItem& request) {
     const int type = RequestTypeOf(request);
     if (type == kReqPageEventSubscribe) return true;
+    if (type == kReqUIEvent) {
+        NotifyUIEvent(request);
+        return true;
+    }
+    if (IsAccountRequest(type)) return ForwardAccountRequest(m_accountCommands, request);
     // A page registration names the page itself: host messages go to it directly.
-    if (!IsPageRegistration(type)) request.SetData("From", std::to_string(GetHandle()));
+    if (!IsPageRegistration(type)) {
+        request.SetData("From", std::to_string(GetHandle()));
+        RequestLedger::Instance().Sent(request);
+    }
     return CHostLink::Instance().Send(request);
 }
 
+void CUIStockDataManager::NotifyUIEvent(const CQueueReqItem& request) {
+    const CQueueRespData event = MakeUIEvent(request);
+    OnResponse(&event);
+}
+
+bool CUIStockDataManager::RequestSync(unsigned int type, StringMap& fields, std::string* result) {
+    return CHostLink::Instance().RequestSync(type, fields, result);
+}
+
+bool CUIStockDataManager::ShipLogs(const CUIData& batch) {
+    CDataTable table;
+    batch.GetData("Table", table);
+    CQueueReqItem request;
+    request.SetData("REQTYPE", RequestTypeOfKind("log_operation"));
+    request.SetData("Table", table);
+    return Request(request);
+}
+
+// Receiving.
+
 void CUIStockDataManager::OnResponse(const CQueueRespData* response) {
     if (!response) return;
-    for (const int32_t receiver : CSubscriptionDispatcher::Instance().Receivers(*response)) {
+    SaveOnlineAccount2Cache(*response);
+    if (IsCommonData(response)) {
+        Guarded("response_handler_threw", [&] { m_commonData.OnResponse(response); });
+        return;
+    }
+    const auto receivers = CSubscriptionDispatcher::Instance().Receivers(*response);
+    _noteFailure(*response, receivers);
+    if (receivers.empty()) CCounters::Add("response_without_receiver");
+    for (const int32_t receiver : receivers) {
         if (receiver != GetHandle()) DeliverResponse(receiver, *response);
     }
+}
+
+// Failed requests show in the message center, whoever asked.
+void CUIStockDataManager::_noteFailure(const CQueueRespData& response,
+                                       const std::vector<int32_t>& receivers) {
+    int type = 0;
+    if (!response.GetData("DATATYPE", type) || type != kDataFailed) return;
+    const bool isOwn = std::ranges::find(receivers, m_commonData.GetHandle()) != receivers.end();
+    if (!isOwn) Guarded("response_handler_threw", [&] { m_commonData.NoteFailure(response); });
+}
+
+void CUIStockDataManager::SaveOnlineAccount2Cache(const CQueueRespData& response) {
+    CDataTable table;
+    int type = 0;
+    if (response.GetDataText("To") != "CLIENT_CACHE" || !response.GetData("Table", table)) return;
+    if (!response.GetData("DATATYPE", type) || type != kDataOnline ||
+        response.GetDataText("Topic") != "AccountOnline")
+        return;
+    CQueueReqItem request;
+    request.SetData("REQTYPE", kReqOnlineAccounts);
+    request.SetData("UUID", NewGuid());
+    request.SetData("Table", table);
+    request.SetData("Refresh", 1);
+    Request(request);
+}
+
+bool CUIStockDataManager::IsCommonData(const CQueueRespData* response) {
+    int type = 0;
+    return response &&
+           IsCommonResponse(response->GetData("DATATYPE", type) ? type : 0, response->GetDataText("Topic"));
+}
+
+bool CUIStockDataManager::IsCommonData(const CUIData* record) {
+    return record && IsCommonKind(record->GetTypeText());
 }
 
 }  // namespace luadui

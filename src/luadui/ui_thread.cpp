@@ -25,7 +25,7 @@ void CPageManagerWnd::_start() {
 
 void CPageManagerWnd::_runUiThread() {
     SetClientFolder(HostFolderPath());
-    CUIStockDataManager::get_mutable_instance();
+    CUIStockDataManager::get_mutable_instance().StartCommonData();
     CPaintManagerUI::SetInstance(GetModuleHandleW(nullptr));
     if (FAILED(CoInitialize(nullptr))) return m_failed.store(true);
     if (_createWindow()) {

@@ -1,0 +1,22 @@
+#include "datamgr/ui_common_data.h"
+
+#include "base/counters.h"
+#include "codedata/data_manager.h"
+#include "datamgr/ui_stock_data_manager.h"
+
+namespace luadui {
+
+void CUICommonData::ResponseNotify(CUIData* record, int handle, bool notifyOthers) {
+    if (!record) return;
+    const CUIData content = *record;  // the listeners may change or destroy what it belongs to
+    const size_t told = notifyOthers ? _notify(content, kNoHandle) : 0;
+    if (handle > 0 || CUIStockDataManager::IsCommonData(&content)) {
+        CUIStockDataManager::get_mutable_instance().NotifyPage(&content, handle, notifyOthers);
+    } else if (told == 0) {
+        CCounters::Add("record_without_receiver");
+    }
+}
+
+void CUICommonData::_onTick() { CDataManager::Instance().ShipELK(); }
+
+}  // namespace luadui

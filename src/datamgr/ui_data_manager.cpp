@@ -1,0 +1,112 @@
+#include "datamgr/ui_data_manager.h"
+
+#include <chrono>
+#include <ctime>
+#include <utility>
+
+#include "accounts/account_commands.h"
+#include "base/counters.h"
+#include "codedata/data_manager.h"
+#include "datalists/data_timer_wnd.h"
+#include "datamgr/request_route.h"
+#include "datamgr/ui_registry.h"
+#include "datamgr/ui_stock_data_manager.h"
+#include "messaging/host_link.h"
+
+namespace luadui {
+namespace {
+
+// The second at which the local day began.
+int64_t LocalMidnight() {
+    const std::time_t now = std::time(nullptr);
+    std::tm day = *std::localtime(&now);  // NOLINT(concurrency-mt-unsafe): the UI thread, and nothing is kept
+    day.tm_hour = day.tm_min = day.tm_sec = 0;
+    day.tm_isdst = -1;
+    return std::mktime(&day);
+}
+
+}  // namespace
+
+CUIDataManager::CUIDataManager() = default;
+
+CUIDataManager::~CUIDataManager() = default;
+
+void CUIDataManager::Init(const std::string& pageName) {
+    _initUIData(pageName);
+    _initMultiServerInstRecord();
+    _createTimerWnd();
+}
+
+void CUIDataManager::_initUIData(const std::string& pageName) {
+    m_typeCodes = TypeCodeRecord();
+    m_pushKeys = PushKeyRecord();
+    if (m_runType == kTypeCommonData) {
+        m_lists.MakeCommonLists(this);
+    } else {
+        m_lists.MakePageLists(pageName, this);
+    }
+}
+
+void CUIDataManager::_initMultiServerInstRecord() { InstructionRecord::Instance().Load(LocalMidnight()); }
+
+void CUIDataManager::_createTimerWnd() {
+    m_timer = std::make_unique<CDataTimerWnd>(this);
+    m_timer->Create();
+}
+
+void CUIDataManager::SetData(CUIData* record, SET_DATA mode) {
+    if (!record) return;
+    switch (mode) {
+        case kSetRequest:
+            _handleRequest(*record);
+            return;
+        case kSetFactoryRequest:
+            return _handleFactoryRequest(*record);
+        case kSetSubscribe:
+        case kSetUnsubscribe:
+            return _handleSubRequest(*record, mode == kSetSubscribe);
+        case kSetSave:
+            return _handleSaveData(*record);
+        case kSetLua:
+            return _sendLua(*record);
+    }
+    CCounters::Add("set_data_mode_unknown");
+}
+
+bool CUIDataManager::IsCommonData(const std::string& kind) {
+    const CUIData record(kind);
+    return CUIStockDataManager::IsCommonData(&record);
+}
+
+void CUIDataManager::RegisterNotify(unsigned int handle, std::string kind) {
+    if (m_notify.Add(handle, kind, NotifyTable::kRegistered)) _kindWanted(kind);
+}
+
+void CUIDataManager::UnRegisterNotify(unsigned int handle, std::string kind) {
+    if (m_notify.Remove(handle, kind, NotifyTable::kRegistered)) _kindUnwanted(kind);
+}
+
+void CUIDataManager::RunAccountCommand(const char* command) {
+    AccountCommands* const commands = CUIStockDataManager::get_mutable_instance().GetAccountCommands();
+    if (!commands) return;
+    CUIData arguments;
+    arguments.SetData("module", "MODULE_ACCOUNTMANAGER");
+    commands->Execute(command, arguments);
+}
+
+bool CUIDataManager::RequestSync(unsigned int type, const std::string& key, std::string& value,
+                                 const std::string& file) {
+    StringMap params{{"FileName", file}, {"Key", key}, {"Value", value}};
+    return CHostLink::Instance().RequestSync(type, params, &value);
+}
+
+void CUIDataManager::RecordTraceLog(const std::string& traceId, const std::string& source,
+                                    const std::string& module, const std::string& user,
+                                    const std::string& stage, const StringMap& fields) {
+    CQueueLogElkItem item(traceId, source, module, user, stage, fields);
+    RecordELK(item);
+}
+
+void CUIDataManager::RecordELK(CQueueLogElkItem& item) { CDataManager::Instance().PushELK(item); }
+
+}  // namespace luadui

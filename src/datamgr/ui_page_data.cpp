@@ -1,0 +1,267 @@
+#include "datamgr/ui_page_data.h"
+
+#include <utility>
+
+#include "base/counters.h"
+#include "datamgr/ui_registry.h"
+#include "datamgr/ui_stock_data_manager.h"
+
+namespace luadui {
+namespace {
+
+constexpr char kCommonData[] = "CommonData";
+constexpr char kCommonModule[] = "module_commondata";
+constexpr char kOnWaking[] = "sleep_refresh_request";
+
+CUIStockDataManager& Router() { return CUIStockDataManager::get_mutable_instance(); }
+
+// Kinds that only listeners of the common manager itself hear of.
+bool IsOfMessages(std::string_view kind) { return kind == "messagecenter" || kind == "str_subkey_risk_push"; }
+
+// Whether someone asked for this record, so that it must reach him.
+bool IsAsked(const CUIData& record, int handle) {
+    return handle > 0 || record.GetDataText(kOnWaking) == "true";
+}
+
+CDataTable RowsOf(const CDataTable& table, const CDataSet& tokens) {
+    CDataTable rows;
+    rows.InsertTable(table);
+    const int column = table.FindColumn("fund_token");
+    for (int row = table.GetRowNumber() - 1; row >= 0; --row) {
+        if (!tokens.Contains(table.GetItemText(row, column))) rows.DeleteRow(row);
+    }
+    return rows;
+}
+
+CDataSet Intersection(const CDataSet& a, const CDataSet& b) {
+    CDataSet both;
+    for (const std::string& text : a) {
+        if (b.Contains(text)) both.Insert(text);
+    }
+    return both;
+}
+
+}  // namespace
+
+CUIPageData::CUIPageData(std::string pageName) : m_name(std::move(pageName)) { InitRunType(kTypePageData); }
+
+CUIPageData::~CUIPageData() {
+    if (!m_isRegistered) return;
+    for (const std::string& kind : m_notify.Kinds()) {
+        _kindUnwanted(kind);
+        if (!IsOfMessages(kind)) continue;
+        for (const uint32_t handle : m_notify.Handles(kind))
+            Router().CommonData().UnRegisterNotify(handle, kind);
+    }
+    Router().UnRegisterPage(m_name);
+}
+
+bool CUIPageData::Init() {
+    m_isRegistered = Router().RegisterPage(m_name, this) == CUIStockDataManager::kDone;
+    if (m_isRegistered) CUIDataManager::Init(m_name);
+    return m_isRegistered;
+}
+
+bool CUIPageData::_adopt(CUIData& record) {
+    if (!m_isRegistered) {
+        CCounters::Add("page_not_registered");
+        return false;
+    }
+    record.SetData("pageName", m_name);
+    Router().SaveHandle2Page(record);
+    return true;
+}
+
+bool CUIPageData::GetData(CUIData& request, bool cacheOnly, bool flag) {
+    if (!_adopt(request)) return false;
+    const auto family = ListStore::FamilyOf(request.GetTypeText());
+    if (family != ListStore::kFamilies) {
+        SaveCurAccountGroup(request, family);
+        CDataSet tokens;
+        _groupTokens(family, tokens);
+        request.SetData("usertoken_set", tokens);
+    }
+    if (!IsCommonKind(request.GetTypeText())) return CUIDataManager::GetData(request, cacheOnly, flag);
+    return Router().GetUIData(request, cacheOnly, flag, kCommonData);
+}
+
+CUIData CUIPageData::GetData(const std::string& kind) {
+    return IsCommonKind(kind) ? Router().GetUIData(kind, kCommonData) : CUIDataManager::GetData(kind);
+}
+
+bool CUIPageData::GetData(const std::string& kind, CUIData& out) {
+    return IsCommonKind(kind) ? Router().CommonData().GetData(kind, out) : CUIDataManager::GetData(kind, out);
+}
+
+bool CUIPageData::GetData(unsigned int handle, std::string kind, CDataSet& tokens, CUIData& out) {
+    return CUIDataManager::GetData(handle, std::move(kind), tokens, out);
+}
+
+bool CUIPageData::GetData(unsigned int handle, std::string kind, std::string fundToken, CUIData& out) {
+    return CUIDataManager::GetData(handle, std::move(kind), std::move(fundToken), out);
+}
+
+bool CUIPageData::GetData(unsigned int handle, std::string kind, std::string fundToken, CDataTable& out) {
+    return IsCommonKind(kind)
+               ? Router().CommonData().GetData(handle, std::move(kind), std::move(fundToken), out)
+               : CUIDataManager::GetData(handle, std::move(kind), std::move(fundToken), out);
+}
+
+bool CUIPageData::GetDataShared(const std::string& kind, CUIData& out) {
+    return IsCommonKind(kind) ? Router().CommonData().GetDataShared(kind, out)
+                              : CUIDataManager::GetDataShared(kind, out);
+}
+
+void CUIPageData::SetData(CUIData* record, SET_DATA mode) {
+    if (!record || !_adopt(*record)) return;
+    if (record->GetDataText("force_sendmoudle") == kCommonModule) {
+        Router().CommonData().SetData(record, mode);
+    } else {
+        CUIDataManager::SetData(record, mode);
+    }
+}
+
+void CUIPageData::RegisterNotify(unsigned int handle, std::string kind) {
+    if (IsOfMessages(kind)) Router().CommonData().RegisterNotify(handle, kind);
+    CUIDataManager::RegisterNotify(handle, std::move(kind));
+}
+
+void CUIPageData::UnRegisterNotify(unsigned int handle, std::string kind) {
+    if (IsOfMessages(kind)) Router().CommonData().UnRegisterNotify(handle, kind);
+    CUIDataManager::UnRegisterNotify(handle, std::move(kind));
+}
+
+void CUIPageData::_kindWanted(const std::string& kind) {
+    if (m_isRegistered && IsCommonKind(kind)) Router().RegisterSubscribe(m_name, kind);
+}
+
+void CUIPageData::_kindUnwanted(const std::string& kind) {
+    if (m_isRegistered) Router().UnRegisterSubscribe(m_name, kind);
+}
+
+// Sleeping and waking.
+
+void CUIPageData::Sleep(bool asleep) {
+    const bool isWaking = !asleep && !isActive();
+    if (asleep || isWaking) m_pushToQuery = asleep;
+    const int32_t self = GetHandle();
+    CRequestBase::Sleep(asleep);
+    if (!isWaking || CBaseObject::Find(self) != this) return;
+    ResumeNotify();
+    if (CBaseObject::Find(self) == this) _sendNoted();
+}
+
+void CUIPageData::ResumeNotify() {
+    const int32_t self = GetHandle();
+    for (const auto family : {ListStore::kPlain, ListStore::kCredit, ListStore::kGGT}) {
+        if (m_groups[family].isChosen) _askAccountData(family);
+        if (CBaseObject::Find(self) != this) return;
+    }
+}
+
+void CUIPageData::_askAccountData(ListStore::Family family) {
+    const Group group = m_groups[family];
+    m_requeries.Drop(group.kind);
+    CUIData request(group.kind);
+    CDataSet tokens;
+    _groupTokens(family, tokens);
+    request.SetData("groupname", group.name);
+    request.SetData("fund_token", tokens);
+    _ask(std::move(request));
+}
+
+void CUIPageData::_ask(CUIData request) {
+    request.SetData(kOnWaking, "true");
+    request.SetData("handle", GetHandle());
+    GetData(request, false, true);
+}
+
+void CUIPageData::_sendNoted() {
+    const int32_t self = GetHandle();
+    for (CUIData& request : m_requeries.Take()) {
+        _ask(std::move(request));
+        if (CBaseObject::Find(self) != this) return;
+    }
+}
+
+void CUIPageData::_onTick() {
+    if (m_pushToQuery && isActive()) _sendNoted();
+}
+
+// What is published passes here first.
+
+bool CUIPageData::PreHandleNotify(const CUIData* record, int handle, bool flag) {
+    if (!record || !CUIStockDataManager::IsCommonData(record)) return false;
+    if (m_pushToQuery && !IsAsked(*record, handle)) {
+        m_isNoted = false;
+        TransPushData2Query(record);
+        if (m_isNoted) {
+            CCounters::Add("record_noted_for_query");
+            return true;
+        }
+    }
+    return HandleNotifyAccountData(record, handle, flag);
+}
+
+bool CUIPageData::TransPushData2Query(const CUIData* record) {
+    if (!record || record->GetTypeText().empty()) return false;
+    const std::string_view kind = record->GetTypeText();
+    if (IsNeverConverted(kind)) return false;
+    if (const std::string_view query = QueryKindOfPush(kind); !query.empty())
+        m_isNoted = m_requeries.Add(query, *record);
+    return true;
+}
+
+bool CUIPageData::HandleNotifyAccountData(const CUIData* record, int handle, bool flag) {
+    const std::string kind = record->GetType();
+    const auto family = ListStore::FamilyOf(kind);
+    if (family == ListStore::kFamilies) return false;
+    const bool isAsked = IsAsked(*record, handle);
+    if (record->GetDataType("fund_token") == kDataString) {
+        if (isAsked || IsCurrentGroup(family, record->GetDataText("fund_token"))) return false;
+        CCounters::Add("record_outside_group");
+        return true;
+    }
+    if (record->GetDataType("fund_token") != kDataSet) return false;
+    CUIData own = *record;
+    if (FilterMultiAccountPush(own, kind) || isAsked) {
+        ResponseNotify(&own, handle, flag);
+    } else {
+        CCounters::Add("record_outside_group");
+    }
+    return true;
+}
+
+bool CUIPageData::FilterMultiAccountPush(CUIData& record, const std::string& kind) const {
+    CDataSet group, tokens;
+    _groupTokens(ListStore::FamilyOf(kind), group);
+    for (const char* key : {"fund_token", "all_update_account"}) {
+        CDataSet named;
+        if (!record.GetData(key, named)) continue;
+        named = Intersection(named, group);
+        record.SetData(key, named);
+        if (tokens.IsEmpty()) tokens = named;
+    }
+    if (CDataTable table; record.GetData(kind, table)) record.SetData(kind, RowsOf(table, group));
+    return !tokens.IsEmpty();
+}
+
+// The page's current groups.
+
+void CUIPageData::SaveCurAccountGroup(const CUIData& record, ListStore::Family family) {
+    if (!record.Has("groupname")) return;
+    m_groups[family] = {
+        .isChosen = true, .kind = record.GetType(), .name = record.GetDataString("groupname")};
+}
+
+void CUIPageData::_groupTokens(ListStore::Family family, CDataSet& tokens) const {
+    const AccountDataList* const accounts = Router().CommonData().Lists().Accounts(family);
+    if (accounts) accounts->GetGroupAccount(m_groups[family].name, tokens);
+}
+
+bool CUIPageData::IsCurrentGroup(ListStore::Family family, std::string_view fundToken) const {
+    const AccountDataList* const accounts = Router().CommonData().Lists().Accounts(family);
+    return accounts && accounts->IsInGroup(m_groups[family].name, fundToken);
+}
+
+}  // namespace luadui
