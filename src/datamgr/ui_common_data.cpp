@@ -17,6 +17,9 @@ void CUICommonData::ResponseNotify(CUIData* record, int handle, bool notifyOther
     }
 }
 
-void CUICommonData::_onTick() { CDataManager::Instance().ShipELK(); }
+void CUICommonData::_onTick() {
+    constexpr int kBatches = 10;  // at most, so that a flood of log records does not hold up the pages
+    for (int batch = 0; batch < kBatches && CDataManager::Instance().ShipELK() > 0;) ++batch;
+}
 
 }  // namespace luadui

@@ -16,6 +16,7 @@
 #include "messaging/handle_text.h"
 #include "messaging/request_types.h"
 #include "platform/win32.h"
+#include "trade/server_result.h"
 #include "trade/trade.h"
 
 namespace luadui {
@@ -178,10 +179,8 @@ bool CUIDataManager::ResponseError(const CQueueRespData& response) {
 void CUIDataManager::_endFailed(const CQueueRespData& response) {
     auto* const entry = RequestLedger::Instance().Find(response.GetDataText("UUID"));
     if (!entry || !RequestLedger::Instance().Finish(*entry) || entry->kind.empty()) return;
-    int code = 0;
-    std::string message;
-    ReadResult(response, code, message);
-    ResponseError(std::string(entry->kind), entry->handle, code, message);
+    const ServerResult result = ReadServerResult(response);
+    ResponseError(std::string(entry->kind), entry->handle, result.code, result.message);
 }
 
 void CUIDataManager::_dealNormalResponse(const CQueueRespData& response) {
@@ -197,7 +196,9 @@ void CUIDataManager::_dealNormalResponse(const CQueueRespData& response) {
         answer.isSub = _isSubReq(response);
         answer.fundToken = response.GetDataString("FundToken");
         answer.hasTable = response.GetData("Table", answer.table);
-        ReadResult(response, answer.code, answer.message);
+        ServerResult result = ReadServerResult(response);
+        answer.code = result.code;
+        answer.message = std::move(result.message);
         if (!OpenAnswer(answer)) return;
         _runHandlers(answer, *route);
     } else {
@@ -303,10 +304,10 @@ void CUIDataManager::HandleRecordReq(const CQueueRespData& response) {
     line.type = type;
     const auto* const entry = RequestLedger::Instance().Find(response.GetDataText("UUID"));
     const std::string account = response.GetDataString("FundToken");
-    std::string message;
-    ReadResult(response, line.code, message);
+    const ServerResult result = ReadServerResult(response);
     line.account = account;
-    line.message = message;
+    line.code = result.code;
+    line.message = result.message;
     if (entry) line.kind = entry->kind;
     if (entry && entry->age != 0) line.durationMs = static_cast<uint32_t>(GetTickCount() - entry->sentAt);
     WriteRequestLog(line);

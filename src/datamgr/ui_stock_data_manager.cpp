@@ -21,6 +21,7 @@ namespace luadui {
 namespace {
 
 constexpr char kCommonData[] = "CommonData";
+constexpr char kClientCache[] = "CLIENT_CACHE";  // the host's name for what is kept here
 constexpr int kDataFailed = -1;
 constexpr int kDataOnline = 2011;
 constexpr int kReqOnlineAccounts = 1903;
@@ -41,6 +42,7 @@ void CUIStockDataManager::StartCommonData() {
     m_isStarted = true;
     m_commonData.Init(kCommonData);
     CDataManager::Instance().SetElkSink(this);
+    NameReceiver(kClientCache, GetHandle());
 }
 
 int CUIStockDataManager::Init(const std::string& loginInfo, HWND const& hostWnd) {
@@ -262,7 +264,7 @@ void CUIStockDataManager::_noteFailure(const CQueueRespData& response,
 void CUIStockDataManager::SaveOnlineAccount2Cache(const CQueueRespData& response) {
     CDataTable table;
     int type = 0;
-    if (response.GetDataText("To") != "CLIENT_CACHE" || !response.GetData("Table", table)) return;
+    if (response.GetDataText("To") != kClientCache || !response.GetData("Table", table)) return;
     if (!response.GetData("DATATYPE", type) || type != kDataOnline ||
         response.GetDataText("Topic") != "AccountOnline")
         return;
