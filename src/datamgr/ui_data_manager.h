@@ -143,6 +143,7 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     bool _handleComplexRequest(CUIData& request, bool flag);
     bool _handleUserTokenReq(CUIData record);
     bool _handleSingleReq(const CUIData& record, const CDataSet& tokens);
+    void _beginTrace(const CQueueReqItem& item, const std::string& kind);
     void _passHostAnswer(const CQueueReqItem& item, const CUIData& record);
     static void _fillItem(CQueueReqItem& item, const CUIData& record, int type);
     static void _getDestServer(CQueueReqItem& item);
@@ -174,6 +175,8 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     void _endTrace(const CQueueRespData& response);
     void _endRefresh(const std::string& uuid, int32_t handle);
     static void HandleRecordReq(const CQueueRespData& response);
+
+    static constexpr char kTraceUser[] = "client_user";  // traces do not tell who it was
 
     CUIData m_typeCodes;  // data kind -> request type
     CUIData m_pushKeys;   // data kind -> push key

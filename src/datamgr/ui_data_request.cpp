@@ -217,10 +217,20 @@ bool CUIDataManager::_handleSingleReq(const CUIData& record, const CDataSet& tok
     entry.wantsEndRecord = record.GetDataLong("refresh_record") != 0;
     RequestLedger::Instance().Describe(uuid, std::move(entry));
     const int32_t self = GetHandle();
+    _beginTrace(item, kind);
     const bool isSent = Request(item);
     if (!isSent || IsPageRegistration(type)) RequestLedger::Instance().Drop(uuid);
     if (isSent && type == kReqLuaCall && CBaseObject::Find(self) == this) _passHostAnswer(item, record);
     return isSent;
+}
+
+void CUIDataManager::_beginTrace(const CQueueReqItem& item, const std::string& kind) {
+    const std::string trace = item.GetDataString("TraceID");
+    if (trace.empty()) return;
+    RecordTraceLog(trace, {}, {}, kTraceUser, "start",
+                   {{"kind", kind},
+                    {"REQTYPE", std::to_string(RequestTypeOf(item))},
+                    {"UUID", item.GetDataString("UUID")}});
 }
 
 // The host's Lua side has answered at once.

@@ -23,7 +23,6 @@ namespace luadui {
 namespace {
 
 constexpr int kDataFailed = -1;
-constexpr char kTraceUser[] = "client_user";  // traces do not tell who it was
 
 bool IsFailed(const CQueueRespData& response) {
     int type = 0;
