@@ -52,17 +52,40 @@ constexpr uint64_t Hash(std::string_view text) noexcept {
     return hash;
 }
 
+// Where the rows lie in a hash table: row number + 1 a slot, 0 ends a search. At most a quarter full, so that every
+// search ends soon.
+template <size_t kRowCount>
+struct Places {
+    static_assert(kRowCount < UINT16_MAX);
+
+    static constexpr size_t kSlots = std::bit_ceil(kRowCount) * 4;
+    static constexpr size_t Home(std::string_view text) { return Hash(text) % kSlots; }
+    static constexpr size_t Next(size_t slot) { return (slot + 1) % kSlots; }
+
+    std::array<uint16_t, kSlots> rows{};
+    bool distinct = true;
+};
+
+template <class Row, size_t kCount, class Key>
+constexpr Places<kCount> Place(const Row (&rows)[kCount], Key key) {
+    Places<kCount> places;
+    for (size_t i = 0; i < kCount; ++i) {
+        const std::string_view text = std::invoke(key, rows[i]);
+        size_t slot = places.Home(text);
+        for (; places.rows[slot] != 0; slot = places.Next(slot)) {
+            if (std::invoke(key, rows[places.rows[slot] - 1]) == text) places.distinct = false;
+        }
+        places.rows[slot] = static_cast<uint16_t>(i + 1);
+    }
+    return places;
+}
+
 }  // namespace kind_table
 
-// True when no two rows have the same key.
+// True when no two rows have the same text.
 template <class Row, size_t kCount, class Key = std::identity>
 constexpr bool IsDistinct(const Row (&rows)[kCount], Key key = {}) {
-    for (size_t i = 0; i < kCount; ++i) {
-        for (size_t k = i + 1; k < kCount; ++k) {
-            if (std::invoke(key, rows[i]) == std::invoke(key, rows[k])) return false;
-        }
-    }
-    return true;
+    return kind_table::Place(rows, key).distinct;
 }
 
 // True when every row's key is greater than the one before.
@@ -82,8 +105,8 @@ class KindIndex {
     using Row = std::remove_cvref_t<decltype(kRows[0])>;
 
     static constexpr const Row* Find(std::string_view text) noexcept {
-        for (size_t slot = _home(text);; slot = (slot + 1) % kSlots) {
-            const size_t place = kPlaces[slot];
+        for (size_t slot = kPlaces.Home(text);; slot = kPlaces.Next(slot)) {
+            const size_t place = kPlaces.rows[slot];
             if (place == 0) return nullptr;
             const Row& row = kRows[place - 1];
             if (std::invoke(kKey, row) == text) return &row;
@@ -92,24 +115,8 @@ class KindIndex {
     static constexpr bool Contains(std::string_view text) noexcept { return Find(text) != nullptr; }
 
   private:
-    static_assert(IsDistinct(kRows, kKey), "a name occurs twice");
-
-    static constexpr size_t kSlots = std::bit_ceil(std::size(kRows)) * 4;
-
-    static constexpr size_t _home(std::string_view text) noexcept { return kind_table::Hash(text) % kSlots; }
-    static constexpr auto _placeAll() {
-        std::array<uint16_t, kSlots> places{};
-        for (size_t i = 0; i < std::size(kRows); ++i) {
-            size_t slot = _home(std::invoke(kKey, kRows[i]));
-            while (places[slot] != 0) slot = (slot + 1) % kSlots;
-            places[slot] = static_cast<uint16_t>(i + 1);
-        }
-        return places;
-    }
-
-    // Row number + 1; 0 ends a search. At most half full, so that every search ends.
-    static constexpr std::array<uint16_t, kSlots> kPlaces = _placeAll();
-    static_assert(std::size(kRows) < UINT16_MAX);
+    static constexpr auto kPlaces = kind_table::Place(kRows, kKey);
+    static_assert(kPlaces.distinct, "a name occurs twice");
 };
 
 // The rows of `kRows`, a constexpr array sorted by a number: the member `kKey`, or the row itself.

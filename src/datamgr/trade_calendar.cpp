@@ -76,7 +76,6 @@ class HolidayList {
         const std::optional<int64_t> first = ReadDigits(from), last = ReadDigits(to);
         if (!first || !last) return CCounters::Add("holiday_range_refused");
         Insert(from);
-        if (*last <= *first) return;
         int64_t more = *last - *first;
         if (more >= kLongestRange) {
             CCounters::Add("holiday_range_cut");

@@ -85,7 +85,7 @@ TEST(Holidays, EnormousRangesAreCut) {
     EXPECT_EQ(dates.Size(), 20'001);
     EXPECT_TRUE(dates.Contains("20990101"));
     EXPECT_EQ(CCounters::Get("holiday_range_cut"), ranges + 1);
-    std::string repeated;
+    std::string repeated = "5;";
     for (int i = 0; i < 100'000; ++i) repeated += "1-99999;";
     EXPECT_EQ(ParseHolidays(repeated).Size(), 20'000);
     EXPECT_EQ(CCounters::Get("holiday_list_cut"), lists + 1);
