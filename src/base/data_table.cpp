@@ -78,6 +78,11 @@ int CDataTable::FindColumn(std::string_view name) const noexcept {
     return GetColumnNumber() != 0 ? AsBody(_head())->Header()->Find(name) : -1;
 }
 
+bool CDataTable::HasSameColumns(const CDataTable& other) const noexcept {
+    if (GetColumnNumber() != other.GetColumnNumber()) return false;
+    return GetColumnNumber() == 0 || AsBody(_head())->Header()->StartsWith(*AsBody(other._head())->Header());
+}
+
 bool CDataTable::SetColumnProperty(int col, std::string_view property, std::string_view value) {
     if (col < 0 || col > GetColumnNumber()) return false;
     const std::string keptProperty(property);

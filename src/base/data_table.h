@@ -89,6 +89,8 @@ class TESSEL_API CDataTable : public SharedValue<TableBody> {
     int AddColumn(std::string_view name);
     // The number of the first column of that name; -1 when there is none. Takes constant time.
     int FindColumn(std::string_view name) const noexcept;
+    // True when both have columns of the same names in the same order. One comparison of bytes.
+    bool HasSameColumns(const CDataTable& other) const noexcept;
     // Sets one property of a column. `col` equal to GetColumnNumber() appends a column with it (its name is
     // empty unless `property` is "name").
     bool SetColumnProperty(int col, std::string_view property, std::string_view value);

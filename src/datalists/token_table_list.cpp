@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "base/counters.h"
 
@@ -11,25 +10,6 @@ namespace {
 
 constexpr std::string_view kTokens = "fund_token";
 constexpr std::string_view kUpdateUser = "update_user";
-
-// For each column of `push` the column of `held` that takes its cells, made when it is missing; -1 for those
-// that nobody could read by name. Of columns with the same name the first counts.
-std::vector<int> MapColumns(const CDataTable& push, CDataTable& held) {
-    if (held.GetColumnNumber() == 0) held.CopyHeader(push);
-    std::vector<int> columns(static_cast<size_t>(push.GetColumnNumber()), -1);
-    for (int col = 0; col < push.GetColumnNumber(); ++col) {
-        const TextView name = push.GetColumnProperty(col, "name");
-        int target = -1;
-        if (!name.empty() && push.FindColumn(name) == col) {
-            target = held.FindColumn(name);
-            if (target < 0 && held.GetColumnNumber() < CTokenTableList::kMaxColumns)
-                target = held.AddColumn(name);
-        }
-        if (target < 0) CCounters::Add("list_column_dropped");
-        columns[static_cast<size_t>(col)] = target;
-    }
-    return columns;
-}
 
 // Sets the cells that differ; false when none does.
 bool CopyCells(const TableRow& cells, const std::vector<int>& columns, CDataTable& held, int row) {
@@ -195,6 +175,29 @@ void CTokenTableList::_storeNewest(std::string_view token, Account& account, con
     while (!account.kept.empty()) _dropOldest(account);
 }
 
+// Most pushes of a kind have the same columns, and so have most of its tables: the last mapping is kept.
+const std::vector<int>& CTokenTableList::_mapColumns(const CDataTable& push, CDataTable& held) {
+    if (held.GetColumnNumber() == 0) held.CopyHeader(push);
+    if (!push.HasSameColumns(m_mapping.push) || !held.HasSameColumns(m_mapping.held)) {
+        m_mapping = Mapping();
+        for (int col = 0; col < push.GetColumnNumber(); ++col)
+            m_mapping.columns.push_back(_targetOf(push, col, held));
+        m_mapping.push.CopyHeader(push);
+        m_mapping.held.CopyHeader(held);
+        m_mapping.dropped =
+            static_cast<size_t>(std::count(m_mapping.columns.begin(), m_mapping.columns.end(), -1));
+    }
+    if (m_mapping.dropped != 0) CCounters::Add("list_column_dropped", m_mapping.dropped);
+    return m_mapping.columns;
+}
+
+int CTokenTableList::_targetOf(const CDataTable& push, int col, CDataTable& held) {
+    const TextView name = push.GetColumnProperty(col, "name");
+    if (name.empty() || push.FindColumn(name) != col) return -1;
+    const int target = held.FindColumn(name);
+    return target < 0 && held.GetColumnNumber() < kMaxColumns ? held.AddColumn(name) : target;
+}
+
 PushResult CTokenTableList::_takeTable(std::string_view token, Account& account, const CDataTable& table,
                                        uint64_t age) {
     account.pushAge = age;
@@ -209,7 +212,7 @@ bool CTokenTableList::_applyRows(std::string_view token, Account& account, const
     const int pushKey = push.FindColumn(m_rowKey);
     CDataTable held;
     if (!GetDataShared(token, held) || held.SharesWith(push)) return false;
-    const std::vector<int> columns = MapColumns(push, held);
+    const std::vector<int>& columns = _mapColumns(push, held);
     const int keyColumn = columns[static_cast<size_t>(pushKey)];
     if (keyColumn < 0) return false;
     if (!account.index.Fits(held, keyColumn)) account.index.Build(held, keyColumn);

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "base/data_set.h"
 #include "base/data_table.h"
@@ -128,6 +129,13 @@ class CTokenTableList : public CUIData {
         RowIndex index;
         std::list<Kept> kept;  // oldest first
     };
+    // Where the cells of a push go: for each of its columns the first one of that name in the table; -1 for
+    // those that nobody could read by name: without one, or not the first of theirs.
+    struct Mapping {
+        CDataTable push, held;  // columns only
+        std::vector<int> columns;
+        size_t dropped = 0;  // how many have none
+    };
     struct TextHash {
         using is_transparent = void;
         size_t operator()(std::string_view text) const noexcept {
@@ -142,6 +150,8 @@ class CTokenTableList : public CUIData {
     void _store(std::string_view token, Account& account, CDataTable table, Origin origin);
     void _storeNewest(std::string_view token, Account& account, const CDataTable& answer);
     PushResult _takeTable(std::string_view token, Account& account, const CDataTable& table, uint64_t age);
+    const std::vector<int>& _mapColumns(const CDataTable& push, CDataTable& held);
+    static int _targetOf(const CDataTable& push, int col, CDataTable& held);
     bool _applyRows(std::string_view token, Account& account, const CDataTable& push);
 
     bool _keep(Account& account, const CDataTable& table, uint64_t age);
@@ -153,6 +163,7 @@ class CTokenTableList : public CUIData {
     const std::string m_rowKey;
     const std::string m_keySet;
     Accounts m_accounts;
+    Mapping m_mapping;  // of the last push of rows
     size_t m_keptRows = 0;
 };
 

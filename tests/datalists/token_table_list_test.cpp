@@ -212,6 +212,12 @@ TEST(TokenTableListTest, RowPushWidensTheTableAndSkipsWhatItCannotPlace) {
     EXPECT_EQ(list.TakePush("a", CDataTable(), 5, false), PushResult::kRefused);
     EXPECT_EQ(keyless(), 4u);
 
+    // The same cells under other names, and the same names cut elsewhere.
+    list.TakePush("a", MakeTable({"ExecID", "Price", "More"}, {{"e1", "77", "m"}}), 5, false);
+    list.TakePush("a", MakeTable({"ExecID", "PriceM", "ore"}, {{"e1", "78", "n"}}), 5, false);
+    EXPECT_EQ(Held(list, "a"),
+              "Price,ExecID,Volume,More,PriceM,ore;77,e1,100,m,78,n;11,,,,,;12,e1,,,,;,e2,200,,,");
+
     list.TakeAnswer("empty", CDataTable(), 6);
     EXPECT_EQ(list.TakePush("empty", Orders({{"1", "s"}}), 7, false), PushResult::kRefused);
     EXPECT_EQ(list.TakePush("empty", MakeTable({"ExecID"}, {{"e9"}}), 8, false), PushResult::kTaken);
@@ -358,7 +364,7 @@ TEST(TokenTableListTest, ManyRowsAndManyAccounts) {
     for (int row = 0; row < 150'000; row += 7)  // known rows and new ones, so that the index grows
         list.TakePush("t5", Orders({{"o" + std::to_string(row), "s"}}), 2 + static_cast<uint64_t>(row),
                       false);
-    list.GetTable("t5", table);
+    ASSERT_TRUE(list.GetTable("t5", table));
     EXPECT_EQ(table.GetRowNumber(), 100'000 + 50'000 / 7 + 1);
     EXPECT_EQ(table.GetItemText(99'995, "Status"), "s");
     EXPECT_EQ(table.GetItemText(99'996, "Status"), "");
