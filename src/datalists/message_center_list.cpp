@@ -229,7 +229,7 @@ void CMessageCenterList::OnNotify(void* data) {
 }
 
 // The last thing that an operation does: receivers may close the page that this list belongs to.
-void CMessageCenterList::_publish(CDataTable message, std::string_view user) {
+void CMessageCenterList::_publish(const CDataTable& message, std::string_view user) {
     _remember(message);
     if (!m_owner) return;
     CUIData record(kMessageCenter);

@@ -45,11 +45,11 @@ class CMessageCenterList : public CUIData, public CBaseObject {
     void OnNotify(void* data) override;
 
   private:
-    void _publish(CDataTable message, std::string_view user);
+    void _publish(const CDataTable& message, std::string_view user);
     void _remember(const CDataTable& message);
 
     ListOwner* const m_owner;  // not owned; null: messages are only kept
-    uint64_t m_lastNumber = 0;
+    int64_t m_lastNumber = 0;  // of messages about answers without UUID
 };
 
 }  // namespace luadui

@@ -42,10 +42,12 @@ std::string Dump(const CDataTable& table) {
     return text;
 }
 
-std::string Held(const CTokenTableList& list, std::string_view token) {
+std::string TableText(const CUIData& record, std::string_view key) {
     CDataTable table;
-    return list.GetTable(token, table) ? Dump(table) : "none";
+    return record.GetData(key, table) ? Dump(table) : "none";
 }
+
+std::string Held(const CTokenTableList& list, std::string_view token) { return TableText(list, token); }
 
 std::string Tokens(const CUIData& record, const char* key = "fund_token") {
     CDataSet set;
@@ -126,6 +128,10 @@ void RunInterleaving(bool wholeTables, uint32_t seed) {
     };
 
     CTokenTableList list("entrust", "entrustmulti", wholeTables ? "" : "OrderID");
+    CUIData shared;
+    if (seed % 4 < 2) shared.SetDataShared("entrust", list);  // as managers keep it
+    CUIData whole;                                            // as pages may read it
+    std::string wholeText = "none";
     OrderModel model;
     uint64_t age = 0;
     std::vector<uint64_t> underWay;
@@ -171,6 +177,8 @@ void RunInterleaving(bool wholeTables, uint32_t seed) {
         ASSERT_EQ(Held(list, "a"), model.Expected(wholeTables)) << "step " << step;
         ASSERT_EQ(Dump(published), publishedText) << "a table that was handed out changed";
         if (below(3) == 0 && list.GetTable("a", published)) publishedText = Dump(published);
+        ASSERT_EQ(TableText(whole, "a"), wholeText) << "a list that was read changed";
+        if (below(5) == 0 && shared.GetData("entrust", whole)) wholeText = TableText(whole, "a");
     }
 }
 
