@@ -38,16 +38,37 @@ struct Push {
     std::string_view key;        // of the topic, with its "|"
     std::string_view fundToken;  // what follows the key in the topic
     Age age = 0;
+
+    // What it says: see ReadPush.
+    bool isRead = false;
+    CUIData fields = CUIData();
+    bool hasTable = false;
+    CDataTable table = CDataTable();
+    int code = 0;
+    std::string message = std::string();
+
+    // What became of it, for the handlers that are still to come.
+    bool isMerged = false;   // its list was told
+    bool isUseless = false;  // nobody is told
 };
 
-// The record that a page receives for an answer: its type is `kind`; the members of "JsonData" under their own names, then
-// the table under the name of the kind, "fund_token", "handle", "ret_code", "ret_message" and, for one who asked on
-// waking, "sleep_refresh_request". The latter win over members of the same name.
+// What the server says became of the request (see trade/server_result.h): 0 is success.
+void ReadResult(const CUIData& response, int& code, std::string& message);
+
+// The record that a page receives for an answer: its type is `kind`; the members of "JsonData" under their
+// own names, those that are arrays of objects as tables; then the table under the name of the kind,
+// "fund_token", "handle", "ret_code", "ret_message" and, for one who asked on waking,
+// "sleep_refresh_request". Members with one of these names are left out.
 CUIData MakeAnswerRecord(const Answer& answer, std::string_view kind);
 
-// The record for a push: as above without an asker; "RawData", when it is a JSON object, is read like "JsonData", and each of its
-// arrays of objects becomes a table. "InstanceID", "TaskID", "SrcServer" and "session_flag" are there when the push has
-// them. False, counted as "push_unreadable", when it holds neither a table nor any field.
-bool MakePushRecord(const Push& push, std::string_view kind, CUIData& record);
+// Takes a push apart, once. Its fields are those of "MapData", "JsonData" and "RawData", in this order, later
+// ones in the place of earlier ones; "RawData" is the text of a JSON object, or of an array of objects, which
+// are its rows when it has no "Table". "SrcServer" is a field, too. False, and the push useless, when it
+// holds neither rows nor fields: counted as "push_unreadable".
+bool ReadPush(Push& push);
+
+// The record for a push that was read: as above without an asker. The account is that of the topic, else that
+// of the response or, failing these, of the fields.
+CUIData MakePushRecord(const Push& push, std::string_view kind);
 
 }  // namespace luadui

@@ -10,8 +10,9 @@ namespace luadui {
 
 class CUIDataManager;
 
-// Merges a push into its list, if it has one, and publishes it as news of `kind`.
-using PushHandler = void (*)(CUIDataManager& manager, const Push& push, std::string_view kind);
+// Merges a push into its list, if it has one, and publishes it as news of `kind`. What the list has no use
+// for (it is of an account that was never queried) is not published.
+using PushHandler = void (*)(CUIDataManager& manager, Push& push, std::string_view kind);
 
 struct PushRoute {
     std::string_view key;                     // a whole topic, or its beginning up to and including the "|"
@@ -20,8 +21,8 @@ struct PushRoute {
 };
 
 std::span<const PushRoute> PushRoutes();
-// The route of a topic: the one with exactly this key, or else with what stands up to and including its first "|". Null
-// when there is none.
+// The route of a topic: the one with exactly this key, or else with what stands up to and including its first
+// "|". Null when there is none.
 const PushRoute* FindPushRoute(std::string_view topic);
 
 }  // namespace luadui

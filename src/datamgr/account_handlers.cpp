@@ -1,0 +1,105 @@
+// Answers with the user's accounts and groups.
+#include <span>
+
+#include "datalists/account_data_list.h"
+#include "datamgr/answer_handlers.h"
+#include "datamgr/ui_data_manager.h"
+
+namespace luadui {
+namespace {
+
+using Families = std::span<const ListStore::Family>;
+using Setter = void (AccountDataList::*)(const CDataTable&);
+
+constexpr ListStore::Family kOrdinary[] = {ListStore::kPlain, ListStore::kGGT};
+constexpr ListStore::Family kOnCredit[] = {ListStore::kCredit};
+
+bool IsGood(const Answer& answer) { return answer.hasTable && answer.code == 0; }
+
+void SetAll(CUIDataManager& manager, Families families, Setter set, const CDataTable& rows) {
+    for (const auto family : families) {
+        if (AccountDataList* const list = manager.Lists().Accounts(family)) (list->*set)(rows);
+    }
+}
+
+CDataTable RowsOf(const AccountDataList& list) {
+    CDataTable rows;
+    list.GetData(list.GetTypeText(), rows);
+    return rows;
+}
+
+// Publishes all accounts of the families. False when the manager went meanwhile.
+bool TellFamilies(CUIDataManager& manager, Families families) {
+    for (const auto family : families) {
+        const AccountDataList* const list = manager.Lists().Accounts(family);
+        CDataTable accounts;
+        CDataSet tokens;
+        if (!list || !list->GetData(list->GetTypeText(), accounts)) continue;
+        list->GetData("fund_token", tokens);
+        CUIData record(list->GetTypeText());
+        record.SetData(list->GetTypeText(), accounts);
+        record.SetData("fund_token", tokens);
+        record.SetData("handle", CBaseObject::kNoHandle);
+        record.SetData("ret_code", 0);
+        record.SetData("ret_message", "");
+        if (!Tell(manager, record, CBaseObject::kNoHandle)) return false;
+    }
+    return true;
+}
+
+// The record of a kind that nobody asked for is news to all.
+void MakeNews(CUIData& record) {
+    record.SetData("handle", CBaseObject::kNoHandle);
+    record.Remove("sleep_refresh_request");
+}
+
+void HandleGroupsOf(CUIDataManager& manager, Answer& answer, const char* kind, Families families) {
+    const bool isAsked = answer.kind == kind || answer.handle == CBaseObject::kNoHandle;
+    const bool isNew = IsGood(answer) && IsNewest(manager, kind, answer.age);
+    if (!isAsked && !isNew) return;
+    CUIData record = MakeAnswerRecord(answer, kind);
+    if (!isAsked) MakeNews(record);
+    if (isNew) {
+        SetAll(manager, families, &AccountDataList::SetGroups, answer.table);
+        Share(manager, kind, record, answer.age);
+    }
+    const bool isAlive = Tell(manager, record, isAsked ? answer.handle : CBaseObject::kNoHandle);
+    if (isAlive && isNew) TellFamilies(manager, families);
+}
+
+}  // namespace
+
+void HandleAccounts(CUIDataManager& manager, Answer& answer) {
+    constexpr char kKind[] = "account";
+    const bool isNew = IsGood(answer) && IsNewest(manager, kKind, answer.age);
+    CUIData record = MakeAnswerRecord(answer, kKind);
+    if (isNew) {
+        SetAll(manager, kOrdinary, &AccountDataList::SetAccounts, answer.table);
+        Share(manager, kKind, record, answer.age);
+    }
+    if (Tell(manager, record, answer.handle) && isNew) TellFamilies(manager, kOrdinary);
+}
+
+void HandleAccountsCredit(CUIDataManager& manager, Answer& answer) {
+    constexpr char kKind[] = "account_xy";
+    AccountDataList* const list = manager.Lists().Accounts(ListStore::kCredit);
+    if (!list || !IsGood(answer) || !IsNewest(manager, kKind, answer.age)) return;
+    const int before = RowsOf(*list).GetRowNumber();
+    list->SetAccounts(answer.table);
+    answer.table = RowsOf(*list);
+    CUIData record = MakeAnswerRecord(answer, kKind);
+    MakeNews(record);
+    Share(manager, kKind, record, answer.age);
+    if (before == 0 && answer.table.GetRowNumber() == 0) return;  // nobody trades on credit
+    if (Tell(manager, record, CBaseObject::kNoHandle)) TellFamilies(manager, kOnCredit);
+}
+
+void HandleGroups(CUIDataManager& manager, Answer& answer) {
+    HandleGroupsOf(manager, answer, "accountgroup", kOrdinary);
+}
+
+void HandleGroupsCredit(CUIDataManager& manager, Answer& answer) {
+    HandleGroupsOf(manager, answer, "accountgroupcredit", kOnCredit);
+}
+
+}  // namespace luadui

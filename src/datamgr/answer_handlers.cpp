@@ -1,0 +1,98 @@
+#include "datamgr/answer_handlers.h"
+
+#include <algorithm>
+
+#include "base/counters.h"
+#include "datalists/token_table_list.h"
+#include "datamgr/answer_routes.h"
+#include "datamgr/trade_calendar.h"
+#include "datamgr/ui_data_manager.h"
+
+namespace luadui {
+namespace {
+
+constexpr char kHolidays[] = "holidays", kAge[] = "age";
+
+// Which list an answer of a kind is for, and which of the request's parameters name its table; without one of
+// them the account does.
+struct PageList {
+    std::string_view kind;
+    std::string_view list;
+    std::string_view key = {};
+    std::string_view otherKey = {};
+};
+constexpr PageList kPageLists[] = {
+    {"basketmemberalloclist", "basketmemberalloclist"},
+    {"basketmemberalloclistcredit", "basketmemberalloclistcredit"},
+    {"etfmemberlist", "etfmemberlist", "etf_code", "stock_code"},
+    {"query_inst_autoalgo", "auto_algo_inst"},
+};
+
+std::string TableName(const PageList& row, const Answer& answer) {
+    if (row.key.empty()) return answer.fundToken;
+    const TextView name = answer.params.GetDataText(row.key);
+    return name.empty() ? answer.params.GetDataString(row.otherKey) : name;
+}
+
+}  // namespace
+
+bool Tell(CUIDataManager& manager, CUIData& record, int32_t handle) {
+    const int32_t self = manager.GetHandle();
+    manager.ResponseNotify(&record, handle, true);
+    return CBaseObject::Find(self) == &manager;
+}
+
+bool IsNewest(CUIDataManager& manager, const std::string& name, Age age) {
+    CUIData held;
+    if (!manager.Lists().Shared().GetData(name, held) || static_cast<Age>(held.GetDataLong(kAge)) <= age)
+        return true;
+    CCounters::Add("older_answer_ignored");
+    return false;
+}
+
+void Share(CUIDataManager& manager, const std::string& name, const CUIData& record, Age age) {
+    CUIData own = record;
+    for (const char* key : {"handle", "sleep_refresh_request"}) own.Remove(key);
+    own.SetData(kAge, age);
+    CUIData held;
+    if (manager.Lists().Shared().GetDataShared(name, held)) {
+        held = own;
+    } else {
+        manager.ShareData(name, own);
+    }
+}
+
+void DeliverAnswer(CUIDataManager& manager, Answer& answer) {
+    CUIData record = MakeAnswerRecord(answer, answer.kind);
+    Tell(manager, record, answer.handle);
+}
+
+void DeliverUnderRouteKind(CUIDataManager& manager, Answer& answer) {
+    CUIData record = MakeAnswerRecord(answer, FindAnswerRoute(answer.type)->kind);
+    Tell(manager, record, answer.handle);
+}
+
+void HandlePageList(CUIDataManager& manager, Answer& answer) {
+    const auto* const row = std::ranges::find(kPageLists, answer.kind, &PageList::kind);
+    CTokenTableList* const list = row == std::end(kPageLists) ? nullptr : manager.Lists().Find(row->list);
+    if (!list || !answer.hasTable || answer.code != 0) return DeliverAnswer(manager, answer);
+    const std::string name = TableName(*row, answer);
+    list->TakeAnswer(name, answer.table, answer.age);
+    if (!RequestLedger::Instance().IsUnderWay(answer.type, answer.fundToken)) list->QueryEnded(name);
+    list->GetTable(name, answer.table);
+    CUIData record = MakeAnswerRecord(answer, answer.kind);
+    if (!row->key.empty()) record.SetData(row->key, name);
+    Tell(manager, record, answer.handle);
+}
+
+void HandleHolidays(CUIDataManager& manager, Answer& answer) {
+    CUIData record = MakeAnswerRecord(answer, kHolidays);
+    const CDataSet dates = ParseHolidays(record.GetDataText(kHolidays));
+    if (answer.code == 0 && !dates.IsEmpty()) {
+        record.SetData(kHolidays, dates);
+        if (IsNewest(manager, kHolidays, answer.age)) Share(manager, kHolidays, record, answer.age);
+    }
+    Tell(manager, record, answer.handle);
+}
+
+}  // namespace luadui

@@ -1,0 +1,14 @@
+// The positions of several accounts as one.
+#pragma once
+
+#include "base/data_table.h"
+
+namespace luadui {
+
+// One row for each security ("SecurityID" and "Market") of `positions`, in the order in which they come up.
+// Quantities and money are added up, exactly as written in decimals; an empty cell adds nothing, one that is
+// no number neither (counted as "position_cell_unreadable"). Of the other columns a cell keeps what all rows
+// of the security agree on, and is empty where they do not.
+CDataTable SumPositions(const CDataTable& positions);
+
+}  // namespace luadui

@@ -1,0 +1,83 @@
+#include "datamgr/push_routes.h"
+
+#include <algorithm>
+#include <array>
+
+#include "datamgr/push_handlers.h"
+#include "datamgr/ui_registry_tables.h"
+
+namespace luadui {
+namespace {
+
+// Kinds that pages cannot ask to be pushed, yet hear of: they come with the pushes of others.
+constexpr KindPushKey kMoreKinds[] = {
+    {"deal", "Trade|"},
+    {"dealmulti", "Trade|"},
+    {"dealpush", "Trade|"},
+    {"order_push", "entrustret"},
+    {"order_deal_push", "traderet"},
+    {"order_push_gradelist", "grade_order"},
+    {"inst_resp_mutiinst", "multiinst_instruction"},
+    {"condition_order", "condition_order"},
+};
+
+constexpr size_t kPairCount = std::size(registry::kPushKeys) + std::size(kMoreKinds);
+
+// Every pair of kind and key, those of a key together, in the order of the tables.
+constexpr auto JoinPairs() {
+    std::array<KindPushKey, kPairCount> pairs{};
+    auto* const rest = std::ranges::copy(registry::kPushKeys, pairs.data()).out;
+    std::ranges::copy(kMoreKinds, rest);
+    // The standard library's stable sort does not run at compile time.
+    for (size_t i = 1; i < kPairCount; ++i) {
+        for (size_t k = i; k > 0 && pairs[k].key < pairs[k - 1].key; --k) std::swap(pairs[k], pairs[k - 1]);
+    }
+    return pairs;
+}
+constexpr auto kPairs = JoinPairs();
+
+constexpr auto ListKinds() {
+    std::array<std::string_view, kPairCount> kinds{};
+    std::ranges::transform(kPairs, kinds.begin(), &KindPushKey::kind);
+    return kinds;
+}
+constexpr auto kKinds = ListKinds();
+
+constexpr size_t CountKeys() {
+    size_t keys = 1;
+    for (size_t i = 1; i < kPairCount; ++i) keys += kPairs[i].key != kPairs[i - 1].key ? 1 : 0;
+    return keys;
+}
+
+constexpr auto MakeRoutes() {
+    std::array<PushRoute, CountKeys()> routes{};
+    size_t begin = 0;
+    for (PushRoute& route : routes) {
+        size_t end = begin + 1;
+        while (end < kPairCount && kPairs[end].key == kPairs[begin].key) ++end;
+        const std::string_view key = kPairs[begin].key;
+        route = {key, PushedListIndex::Contains(key) ? MergePush : PublishPush,
+                 std::span<const std::string_view>(&kKinds[begin], end - begin)};
+        begin = end;
+    }
+    return routes;
+}
+constexpr auto kRoutes = MakeRoutes();
+
+// The routes lie in the order of their keys.
+const PushRoute* FindKey(std::string_view key) {
+    const auto route = std::ranges::lower_bound(kRoutes, key, {}, &PushRoute::key);
+    return route != kRoutes.end() && route->key == key ? &*route : nullptr;
+}
+
+}  // namespace
+
+std::span<const PushRoute> PushRoutes() { return kRoutes; }
+
+const PushRoute* FindPushRoute(std::string_view topic) {
+    if (const PushRoute* const route = FindKey(topic)) return route;
+    const size_t bar = topic.find('|');
+    return bar == std::string_view::npos ? nullptr : FindKey(topic.substr(0, bar + 1));
+}
+
+}  // namespace luadui

@@ -1,0 +1,79 @@
+// Answers with the trading tables of an account, and the views made of them.
+#include <vector>
+
+#include "base/counters.h"
+#include "datalists/token_table_list.h"
+#include "datamgr/answer_handlers.h"
+#include "datamgr/answer_routes.h"
+#include "datamgr/position_sum.h"
+#include "datamgr/ui_data_manager.h"
+#include "datamgr/ui_registry.h"
+
+namespace luadui {
+namespace {
+
+constexpr std::string_view kPositionSum = "positionsum";
+
+// Lists of positions follow the funds of the account that is named here.
+bool IsFund(std::string_view kind) { return kind == "fund" || kind == "credit_fund"; }
+
+CUIData MakeTableRecord(const Answer& answer, std::string_view kind) {
+    CUIData record = MakeAnswerRecord(answer, kind);
+    if (IsFund(kind)) record.SetData("update_user", answer.fundToken);
+    return record;
+}
+
+// Gives the table to the list, and takes back what the list holds then. False when there was nothing to give.
+bool Merge(CTokenTableList& list, Answer& answer) {
+    const bool isGood = answer.hasTable && answer.code == 0;
+    if (isGood) list.TakeAnswer(answer.fundToken, answer.table, answer.age);
+    if (!RequestLedger::Instance().IsUnderWay(answer.type, answer.fundToken))
+        list.QueryEnded(answer.fundToken);
+    if (isGood) list.GetTable(answer.fundToken, answer.table);
+    return isGood;
+}
+
+// The kinds made of the same table have the same request type.
+void TellAll(CUIDataManager& manager, const Answer& answer) {
+    for (const KindType& row : TypeCodes()) {
+        if (row.type != answer.type) continue;
+        CUIData record = MakeTableRecord(answer, row.kind);
+        if (!Tell(manager, record, answer.handle)) return;
+    }
+}
+
+void DeliverView(CUIDataManager& manager, const CTokenTableList& list, Answer& answer) {
+    CDataSet tokens = answer.tokens;
+    if (tokens.IsEmpty()) tokens.Insert(answer.fundToken);
+    answer.hasTable = false;  // that of one account
+    CUIData view = MakeAnswerRecord(answer, answer.kind);
+    view.SetData("fund_token", tokens);
+    if (!list.MergeMultiAccount(view)) return CCounters::Add("view_waits_for_accounts");
+    if (answer.kind == kPositionSum) {
+        const std::string joinedKind = view.GetType();
+        CDataTable joined;
+        view.GetData(joinedKind, joined);
+        view.Remove(joinedKind);
+        view.SetData(kPositionSum, SumPositions(joined));
+        view.SetType(kPositionSum);
+    }
+    Tell(manager, view, answer.handle);
+}
+
+}  // namespace
+
+void HandleTradingTable(CUIDataManager& manager, Answer& answer) {
+    const std::string_view kind = FindAnswerRoute(answer.type)->kind;
+    CTokenTableList* const list = manager.Lists().FindOrMake(kind);
+    if (!list || answer.fundToken.empty() || !Merge(*list, answer)) return DeliverAnswer(manager, answer);
+    if (answer.handle == CBaseObject::kNoHandle) {
+        TellAll(manager, answer);
+    } else if (answer.kind != kind) {
+        DeliverView(manager, *list, answer);
+    } else {
+        CUIData record = MakeTableRecord(answer, kind);
+        Tell(manager, record, answer.handle);
+    }
+}
+
+}  // namespace luadui
