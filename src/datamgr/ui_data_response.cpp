@@ -232,10 +232,11 @@ void CUIDataManager::_dealSubResposnse(const CQueueRespData& response) {
     const std::string topic = response.GetDataString("Topic");
     const PushRoute* const route = FindPushRoute(topic);
     if (!route) return CCounters::Add("push_topic_unknown");
-    const Push push{.response = response,
-                    .key = route->key,
-                    .fundToken = std::string_view(topic).substr(route->key.size()),
-                    .age = RequestLedger::Instance().NextAge()};
+    Push push{.response = response,
+              .key = route->key,
+              .fundToken = std::string_view(topic).substr(route->key.size()),
+              .age = RequestLedger::Instance().NextAge(),
+              .fields = {}};
     const int32_t self = GetHandle();
     for (const std::string_view kind : route->kinds) {
         route->handler(*this, push, kind);
