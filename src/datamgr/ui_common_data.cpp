@@ -2,6 +2,7 @@
 
 #include "base/counters.h"
 #include "codedata/data_manager.h"
+#include "datamgr/ui_page_data.h"
 #include "datamgr/ui_stock_data_manager.h"
 
 namespace luadui {
@@ -9,12 +10,17 @@ namespace luadui {
 void CUICommonData::ResponseNotify(CUIData* record, int handle, bool notifyOthers) {
     if (!record) return;
     const CUIData content = *record;  // the listeners may change or destroy what it belongs to
-    const size_t told = notifyOthers ? _notify(content, kNoHandle) : 0;
+    const size_t told = notifyOthers ? _notify(content, kNoHandle, handle) : 0;
     if (handle > 0 || CUIStockDataManager::IsCommonData(&content)) {
         CUIStockDataManager::get_mutable_instance().NotifyPage(&content, handle, notifyOthers);
     } else if (told == 0) {
         CCounters::Add("record_without_receiver");
     }
+}
+
+bool CUICommonData::_isToldElsewhere(uint32_t listener, const std::string& kind, int64_t asker) const {
+    const CUIPageData* const page = CUIStockDataManager::get_mutable_instance().PageOf(listener);
+    return page && page->Wants(listener, kind) && (asker > 0 || CUIDataManager::IsCommonData(kind));
 }
 
 void CUICommonData::_onTick() {

@@ -15,6 +15,8 @@ class LUADUI_API CUICommonData : public CUIDataManager {
     void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
 
   protected:
+    // A window that its page tells already is not told twice.
+    bool _isToldElsewhere(uint32_t listener, const std::string& kind, int64_t asker) const override;
     void _onTick() override;
 };
 

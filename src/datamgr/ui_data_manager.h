@@ -120,13 +120,18 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // The first listener of a kind came, the last one went.
     virtual void _kindWanted(const std::string& /*kind*/) {}
     virtual void _kindUnwanted(const std::string& /*kind*/) {}
+    // Whether the listener gets a record of that kind, asked for by `asker` (-1: news), from another manager.
+    virtual bool _isToldElsewhere(uint32_t /*listener*/, const std::string& /*kind*/,
+                                  int64_t /*asker*/) const {
+        return false;
+    }
     // At each tick of the timer, every 500 ms.
     virtual void _onTick() {}
 
     // Delivers to one window or object. False when it has gone.
     bool _deliver(const CUIData& record, int64_t handle);
-    // Delivers to all that want the record's kind, but for the one that asked. How many took it.
-    size_t _notify(const CUIData& record, int64_t askingHandle);
+    // Delivers to all that want the record's kind, but for `except`. How many took it.
+    size_t _notify(const CUIData& record, int64_t except, int64_t asker);
     bool _handleRequest(CUIData& record);
     NotifyTable m_notify;
 

@@ -65,6 +65,8 @@ bool CUIDataManager::GetData(CUIData& request, bool cacheOnly, bool flag) {
     const bool isFound = _GetData(request);
     if (cacheOnly) return isFound;
     if (isFound) {
+        request.SetData("ret_code", 0);
+        request.SetData("ret_message", "");
         ResponseNotify(&request, handle, flag);
     } else if (_isNeedRequset(request.GetTypeText()) && !_handleComplexRequest(request, flag)) {
         _handleRequest(request);

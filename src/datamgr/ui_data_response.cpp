@@ -68,7 +68,8 @@ bool OpenAnswer(Answer& answer) {
         CCounters::Add("answer_repeated");
         return false;
     }
-    answer.age = entry->age;
+    // Further answers to a subscription are as new as a push.
+    answer.age = entry->isDone ? ledger.NextAge() : entry->age;
     answer.handle = entry->handle;
     answer.tokens = entry->tokens;
     if (!entry->fundToken.empty()) answer.fundToken = entry->fundToken;
@@ -156,10 +157,9 @@ bool CUIDataManager::IngnoreData(const CQueueRespData& response) const {
 bool CUIDataManager::_isSubReq(const CQueueRespData& response) { return ParamsOf(response).Has("isSub"); }
 
 int CUIDataManager::_getResHandle(const CQueueRespData& response) {
-    const CUIData params = ParamsOf(response);
-    if (params.Has("handle")) return HandleFromText(params.GetDataText("handle"));
-    const auto* const entry = RequestLedger::Instance().Find(response.GetDataText("UUID"));
-    return entry ? entry->handle : kNoHandle;
+    if (const auto* const entry = RequestLedger::Instance().Find(response.GetDataText("UUID")))
+        return entry->handle;
+    return HandleFromText(ParamsOf(response).GetDataText("handle"));
 }
 
 bool CUIDataManager::ResponseError(const CQueueRespData& response) {
@@ -250,23 +250,22 @@ void CUIDataManager::ResponseNotify(CUIData* record, int handle, bool notifyOthe
     const CUIData content = *record;
     size_t delivered = _deliver(content, handle) ? 1 : 0;
     if (CBaseObject::Find(self) != this) return;
-    if (notifyOthers) delivered += _notify(content, handle);
+    if (notifyOthers) delivered += _notify(content, handle, handle);
     if (delivered == 0) CCounters::Add("record_without_receiver");
 }
 
-size_t CUIDataManager::_notify(const CUIData& record, int64_t askingHandle) {
+size_t CUIDataManager::_notify(const CUIData& record, int64_t except, int64_t asker) {
     const int32_t self = GetHandle();
     const std::string kind = record.GetType();
     size_t delivered = 0;
     for (const uint32_t handle : m_notify.Handles(kind)) {
         // One told before may have removed this one meanwhile.
-        if (handle == askingHandle || !m_notify.Has(handle, kind)) continue;
-        if (_deliver(record, handle)) {
-            ++delivered;
-        } else if (CBaseObject::Find(self) == this) {
-            m_notify.RemoveAll(handle, kind);
-        }
+        if (handle == except || !m_notify.Has(handle, kind) || _isToldElsewhere(handle, kind, asker))
+            continue;
+        const bool isTaken = _deliver(record, handle);
+        if (isTaken) ++delivered;
         if (CBaseObject::Find(self) != this) break;
+        if (!isTaken && m_notify.RemoveAll(handle, kind)) _kindUnwanted(kind);
     }
     return delivered;
 }

@@ -1,5 +1,6 @@
 #include "datamgr/ui_page_data.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/counters.h"
@@ -15,12 +16,22 @@ constexpr char kOnWaking[] = "sleep_refresh_request";
 
 CUIStockDataManager& Router() { return CUIStockDataManager::get_mutable_instance(); }
 
-// Kinds that only listeners of the common manager itself hear of.
-bool IsOfMessages(std::string_view kind) { return kind == "messagecenter" || kind == "str_subkey_risk_push"; }
+// Kinds that the common data manager publishes although they are no common kinds: its own listeners alone hear of them.
+bool IsHeardThere(std::string_view kind) {
+    constexpr std::string_view kKinds[] = {"messagecenter", "str_subkey_risk_push", "positionsum",
+                                           "entrustsubpush", "dealsubpush"};
+    return std::ranges::find(kKinds, kind) != std::end(kKinds);
+}
 
 // Whether someone asked for this record, so that it must reach him.
 bool IsAsked(const CUIData& record, int handle) {
     return handle > 0 || record.GetDataText(kOnWaking) == "true";
+}
+
+// A question needs accounts or securities to ask for, unless it is for all accounts of a group.
+bool CanBeAsked(std::string_view kind, const CUIData& record) {
+    return ListStore::FamilyOf(kind) != ListStore::kFamilies || record.Has("fund_token") ||
+           record.Has("updatecode");
 }
 
 CDataTable RowsOf(const CDataTable& table, const CDataSet& tokens) {
@@ -49,7 +60,7 @@ CUIPageData::~CUIPageData() {
     if (!m_isRegistered) return;
     for (const std::string& kind : m_notify.Kinds()) {
         _kindUnwanted(kind);
-        if (!IsOfMessages(kind)) continue;
+        if (!IsHeardThere(kind)) continue;
         for (const uint32_t handle : m_notify.Handles(kind))
             Router().CommonData().UnRegisterNotify(handle, kind);
     }
@@ -58,8 +69,10 @@ CUIPageData::~CUIPageData() {
 
 bool CUIPageData::Init() {
     m_isRegistered = Router().RegisterPage(m_name, this) == CUIStockDataManager::kDone;
-    if (m_isRegistered) CUIDataManager::Init(m_name);
-    return m_isRegistered;
+    if (!m_isRegistered) return false;
+    CUIDataManager::Init(m_name);
+    for (const std::string& kind : m_notify.Kinds()) _kindWanted(kind);
+    return true;
 }
 
 bool CUIPageData::_adopt(CUIData& record) {
@@ -122,12 +135,12 @@ void CUIPageData::SetData(CUIData* record, SET_DATA mode) {
 }
 
 void CUIPageData::RegisterNotify(unsigned int handle, std::string kind) {
-    if (IsOfMessages(kind)) Router().CommonData().RegisterNotify(handle, kind);
+    if (IsHeardThere(kind)) Router().CommonData().RegisterNotify(handle, kind);
     CUIDataManager::RegisterNotify(handle, std::move(kind));
 }
 
 void CUIPageData::UnRegisterNotify(unsigned int handle, std::string kind) {
-    if (IsOfMessages(kind)) Router().CommonData().UnRegisterNotify(handle, kind);
+    if (IsHeardThere(kind)) Router().CommonData().UnRegisterNotify(handle, kind);
     CUIDataManager::UnRegisterNotify(handle, std::move(kind));
 }
 
@@ -207,8 +220,8 @@ bool CUIPageData::TransPushData2Query(const CUIData* record) {
     if (!record || record->GetTypeText().empty()) return false;
     const std::string_view kind = record->GetTypeText();
     if (IsNeverConverted(kind)) return false;
-    if (const std::string_view query = QueryKindOfPush(kind); !query.empty())
-        m_isNoted = m_requeries.Add(query, *record);
+    const std::string_view query = QueryKindOfPush(kind);
+    m_isNoted = !query.empty() && CanBeAsked(query, *record) && m_requeries.Add(query, *record);
     return true;
 }
 

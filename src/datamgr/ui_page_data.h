@@ -41,6 +41,9 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     void RegisterNotify(unsigned int handle, std::string kind) override;
     void UnRegisterNotify(unsigned int handle, std::string kind) override;
 
+    // Whether the window gets news of the kind.
+    bool Wants(uint32_t handle, std::string_view kind) const { return m_notify.Has(handle, kind); }
+
     // Puts the page to sleep or wakes it; a page that wakes asks for what it missed.
     void Sleep(bool asleep);
     // Asks again for the account data of the page's current groups.

@@ -102,6 +102,11 @@ void CUIStockDataManager::SaveHandle2Page(const CUIData& record) {
     if (m_handlePages.size() > m_handlesAllowed) _dropDeadHandles();
 }
 
+CUIPageData* CUIStockDataManager::PageOf(uint32_t handle) const {
+    const auto owner = m_handlePages.find(handle);
+    return owner == m_handlePages.end() ? nullptr : _page(owner->second);
+}
+
 // Handles of closed windows stay, so that late answers for them reach nobody else; those of long ago need not.
 void CUIStockDataManager::_dropDeadHandles() {
     std::erase_if(m_handlePages, [](const auto& entry) { return !CBaseObject::Find(entry.first); });

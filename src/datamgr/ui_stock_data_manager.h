@@ -74,6 +74,8 @@ class LUADUI_API CUIStockDataManager : public CRequestObject, private ElkSink {
     bool GetUIData(const std::string& kind, CUIData& out, const std::string& pageName, bool shared);
     // Remembers the page of the window that the record names in "handle".
     void SaveHandle2Page(const CUIData& record);
+    // The registered page of a window; null when there is none.
+    CUIPageData* PageOf(uint32_t handle) const;
 
     // Completes subscriptions here (false: they are not sent as such); everything else leaves with this object as its sender, so
     // that answers come back here and go on to whoever asked or subscribed.
