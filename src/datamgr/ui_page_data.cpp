@@ -71,7 +71,10 @@ bool CUIPageData::Init() {
     m_isRegistered = Router().RegisterPage(m_name, this) == CUIStockDataManager::kDone;
     if (!m_isRegistered) return false;
     CUIDataManager::Init(m_name);
-    for (const std::string& kind : m_notify.Kinds()) _kindWanted(kind);
+    for (const std::string& kind : m_notify.Kinds()) {
+        _kindWanted(kind);
+        for (const uint32_t handle : m_notify.Handles(kind)) _ownWindow(handle);
+    }
     return true;
 }
 
@@ -83,6 +86,13 @@ bool CUIPageData::_adopt(CUIData& record) {
     record.SetData("pageName", m_name);
     Router().SaveHandle2Page(record);
     return true;
+}
+
+void CUIPageData::_ownWindow(unsigned int handle) {
+    CUIData window;
+    window.SetData("handle", handle);
+    window.SetData("pageName", m_name);
+    Router().SaveHandle2Page(window);
 }
 
 bool CUIPageData::GetData(CUIData& request, bool cacheOnly, bool flag) {
@@ -135,6 +145,7 @@ void CUIPageData::SetData(CUIData* record, SET_DATA mode) {
 }
 
 void CUIPageData::RegisterNotify(unsigned int handle, std::string kind) {
+    if (m_isRegistered) _ownWindow(handle);
     if (IsHeardThere(kind)) Router().CommonData().RegisterNotify(handle, kind);
     CUIDataManager::RegisterNotify(handle, std::move(kind));
 }

@@ -62,6 +62,7 @@ class LUADUI_API CUIPageData : public CUIDataManager {
 
   private:
     bool _adopt(CUIData& record);
+    void _ownWindow(unsigned int handle);
     bool TransPushData2Query(const CUIData* record);
     bool HandleNotifyAccountData(const CUIData* record, int handle, bool flag);
     bool FilterMultiAccountPush(CUIData& record, const std::string& kind) const;
