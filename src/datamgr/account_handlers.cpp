@@ -62,6 +62,8 @@ void HandleGroupsOf(CUIDataManager& manager, Answer& answer, const char* kind, F
     if (isNew) {
         SetAll(manager, families, &AccountDataList::SetGroups, answer.table);
         Share(manager, kind, record, answer.age);
+    } else if (IsGood(answer)) {
+        TakeShared(manager, kind, record);
     }
     const bool isAlive = Tell(manager, record, isAsked ? answer.handle : CBaseObject::kNoHandle);
     if (isAlive && isNew) TellFamilies(manager, families);
@@ -76,6 +78,8 @@ void HandleAccounts(CUIDataManager& manager, Answer& answer) {
     if (isNew) {
         SetAll(manager, kOrdinary, &AccountDataList::SetAccounts, answer.table);
         Share(manager, kKind, record, answer.age);
+    } else if (IsGood(answer)) {
+        TakeShared(manager, kKind, record);
     }
     if (Tell(manager, record, answer.handle) && isNew) TellFamilies(manager, kOrdinary);
 }

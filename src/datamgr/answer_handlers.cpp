@@ -62,6 +62,11 @@ void Share(CUIDataManager& manager, const std::string& name, const CUIData& reco
     }
 }
 
+void TakeShared(CUIDataManager& manager, const std::string& name, CUIData& record) {
+    CUIData held;
+    if (manager.Lists().Shared().GetData(name, held)) record.SetData(name, held.GetDataView(name));
+}
+
 void DeliverAnswer(CUIDataManager& manager, Answer& answer) {
     CUIData record = MakeAnswerRecord(answer, answer.kind);
     Tell(manager, record, answer.handle);
@@ -90,7 +95,11 @@ void HandleHolidays(CUIDataManager& manager, Answer& answer) {
     const CDataSet dates = ParseHolidays(record.GetDataText(kHolidays));
     if (answer.code == 0 && !dates.IsEmpty()) {
         record.SetData(kHolidays, dates);
-        if (IsNewest(manager, kHolidays, answer.age)) Share(manager, kHolidays, record, answer.age);
+        if (IsNewest(manager, kHolidays, answer.age)) {
+            Share(manager, kHolidays, record, answer.age);
+        } else {
+            TakeShared(manager, kHolidays, record);
+        }
     }
     Tell(manager, record, answer.handle);
 }

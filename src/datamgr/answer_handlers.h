@@ -40,5 +40,7 @@ bool IsNewest(CUIDataManager& manager, const std::string& name, Age age);
 // Shares a copy of `record` as `name`, without what concerns its asker alone. What pages have attached shows
 // it.
 void Share(CUIDataManager& manager, const std::string& name, const CUIData& record, Age age);
+// Puts the content that is shared as `name` in the place of the record's own.
+void TakeShared(CUIDataManager& manager, const std::string& name, CUIData& record);
 
 }  // namespace luadui

@@ -98,9 +98,10 @@ class Summary {
 
   private:
     void _add(const TableRow& position) {
-        const auto [place, isNew] =
-            m_rows.try_emplace({position[m_security], position[m_market]}, m_sums.GetRowNumber());
-        const int row = place->second;
+        const std::string security = position[m_security];
+        int row = m_sums.GetRowNumber();
+        if (!security.empty()) row = m_rows.try_emplace({security, position[m_market]}, row).first->second;
+        const bool isNew = row == m_sums.GetRowNumber();
         if (isNew) m_sums.AppendRow();
         for (size_t i = 0; i < m_isAdded.size(); ++i) {
             const int col = static_cast<int>(i);

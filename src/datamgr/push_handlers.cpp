@@ -27,8 +27,8 @@ std::string AccountOf(const Push& push) { return MakePushRecord(push, {}).GetDat
 // False when the list has no use for the push.
 bool Merge(CUIDataManager& manager, Push& push, const PushedList& row) {
     CTokenTableList* const list = manager.Lists().FindOrMake(row.list);
-    FindRows(push);
     const std::string token = AccountOf(push);
+    if (list && !token.empty()) FindRows(push);
     if (!list || token.empty() || !push.hasTable) {
         if (row.rows == PushedRows::kOfPage) return true;
         CCounters::Add("push_without_table");

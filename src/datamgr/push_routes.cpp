@@ -64,20 +64,20 @@ constexpr auto MakeRoutes() {
 }
 constexpr auto kRoutes = MakeRoutes();
 
-// The routes lie in the order of their keys.
-const PushRoute* FindKey(std::string_view key) {
-    const auto route = std::ranges::lower_bound(kRoutes, key, {}, &PushRoute::key);
-    return route != kRoutes.end() && route->key == key ? &*route : nullptr;
-}
+// So a topic with more behind its bar is no key itself, and one lookup decides.
+static_assert(std::ranges::none_of(
+    kRoutes, [](std::string_view key) { return key.find('|') < key.size() - 1; }, &PushRoute::key));
 
 }  // namespace
 
 std::span<const PushRoute> PushRoutes() { return kRoutes; }
 
 const PushRoute* FindPushRoute(std::string_view topic) {
-    if (const PushRoute* const route = FindKey(topic)) return route;
     const size_t bar = topic.find('|');
-    return bar == std::string_view::npos ? nullptr : FindKey(topic.substr(0, bar + 1));
+    const std::string_view key = bar == std::string_view::npos ? topic : topic.substr(0, bar + 1);
+    // The routes lie in the order of their keys.
+    const auto route = std::ranges::lower_bound(kRoutes, key, {}, &PushRoute::key);
+    return route != kRoutes.end() && route->key == key ? &*route : nullptr;
 }
 
 }  // namespace luadui

@@ -7,6 +7,7 @@
 
 #include "messaging/host_link.h"
 #include "messaging/queue_data.h"
+#include "tests/fakes/describe.h"
 
 namespace luadui {
 
@@ -53,27 +54,5 @@ class FakeHost {
 
     static inline FakeHost* s_current = nullptr;
 };
-
-// The record as one line, nested records in braces: what tests compare.
-std::string Describe(const CUIData& record);
-
-inline std::string Describe(const CUIData& record) {
-    std::string text;
-    for (const auto [key, value] : record) {
-        if (!text.empty()) text += ' ';
-        text += std::string(key) + '=';
-        CUIData nested;
-        if (value.Get(nested)) {
-            text += '{' + Describe(nested) + '}';
-        } else if (value.Kind() == kDataString) {
-            text += value.AsText();
-        } else if (value.Kind() == kDataBoolean) {
-            text += value.AsBool() ? "true" : "false";
-        } else {
-            text += std::to_string(value.AsLong());
-        }
-    }
-    return text;
-}
 
 }  // namespace luadui
