@@ -5,15 +5,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <list>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "base/data_set.h"
 #include "base/data_table.h"
+#include "base/text_map.h"
 #include "base/ui_data.h"
 #include "datalists/row_index.h"
 
@@ -136,13 +135,6 @@ class CTokenTableList : public CUIData {
         std::vector<int> columns;
         size_t dropped = 0;  // how many have none
     };
-    struct TextHash {
-        using is_transparent = void;
-        size_t operator()(std::string_view text) const noexcept {
-            return std::hash<std::string_view>()(text);
-        }
-    };
-    using Accounts = std::unordered_map<std::string, Account, TextHash, std::equal_to<>>;
 
     bool _isToken(std::string_view token) const;
     Account& _account(std::string_view token);
@@ -162,7 +154,7 @@ class CTokenTableList : public CUIData {
     const std::string m_mergedKind;
     const std::string m_rowKey;
     const std::string m_keySet;
-    Accounts m_accounts;
+    TextMap<Account> m_accounts;
     Mapping m_mapping;  // of the last push of rows
     size_t m_keptRows = 0;
 };

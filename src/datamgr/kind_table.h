@@ -66,8 +66,8 @@ struct Places {
     bool distinct = true;
 };
 
-template <class Row, size_t kCount, class Key>
-constexpr Places<kCount> Place(const Row (&rows)[kCount], Key key) {
+template <size_t kCount, class Row, class Key>
+constexpr Places<kCount> Place(const Row* rows, Key key) {
     Places<kCount> places;
     for (size_t i = 0; i < kCount; ++i) {
         const std::string_view text = std::invoke(key, rows[i]);
@@ -85,7 +85,7 @@ constexpr Places<kCount> Place(const Row (&rows)[kCount], Key key) {
 // True when no two rows have the same text.
 template <class Row, size_t kCount, class Key = std::identity>
 constexpr bool IsDistinct(const Row (&rows)[kCount], Key key = {}) {
-    return kind_table::Place(rows, key).distinct;
+    return kind_table::Place<kCount>(rows, key).distinct;
 }
 
 // True when every row's key is greater than the one before.
@@ -115,7 +115,7 @@ class KindIndex {
     static constexpr bool Contains(std::string_view text) noexcept { return Find(text) != nullptr; }
 
   private:
-    static constexpr auto kPlaces = kind_table::Place(kRows, kKey);
+    static constexpr auto kPlaces = kind_table::Place<std::size(kRows)>(std::data(kRows), kKey);
     static_assert(kPlaces.distinct, "a name occurs twice");
 };
 

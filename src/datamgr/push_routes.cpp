@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "datamgr/kind_table.h"
 #include "datamgr/push_handlers.h"
 #include "datamgr/ui_registry_tables.h"
 
@@ -64,6 +65,8 @@ constexpr auto MakeRoutes() {
 }
 constexpr auto kRoutes = MakeRoutes();
 
+using RouteIndex = KindIndex<kRoutes, &PushRoute::key>;
+
 // So a topic with more behind its bar is no key itself, and one lookup decides.
 static_assert(std::ranges::none_of(
     kRoutes, [](std::string_view key) { return key.find('|') < key.size() - 1; }, &PushRoute::key));
@@ -74,10 +77,7 @@ std::span<const PushRoute> PushRoutes() { return kRoutes; }
 
 const PushRoute* FindPushRoute(std::string_view topic) {
     const size_t bar = topic.find('|');
-    const std::string_view key = bar == std::string_view::npos ? topic : topic.substr(0, bar + 1);
-    // The routes lie in the order of their keys.
-    const auto route = std::ranges::lower_bound(kRoutes, key, {}, &PushRoute::key);
-    return route != kRoutes.end() && route->key == key ? &*route : nullptr;
+    return RouteIndex::Find(bar == std::string_view::npos ? topic : topic.substr(0, bar + 1));
 }
 
 }  // namespace luadui

@@ -10,6 +10,7 @@
 
 #include "base/data_set.h"
 #include "base/data_table.h"
+#include "base/text_map.h"
 #include "messaging/queue_data.h"
 
 namespace luadui {
@@ -69,14 +70,13 @@ class RequestLedger {
                                       : std::string_view(a.second) < std::string_view(b.second);
         }
     };
-    using Entries = std::map<std::string, Entry, std::less<>>;
 
     void _makeRoom();
     void _losePatience();
     void _uncount(Entry& entry);
 
     Age m_lastAge = 0;
-    Entries m_entries;                                       // by UUID
+    TextMap<Entry> m_entries;                                // by UUID
     std::deque<std::string> m_order;                         // UUIDs, oldest first
     std::deque<std::pair<uint32_t, std::string>> m_waiting;  // sent at, UUID; oldest first
     std::map<Query, int, QueryLess> m_underWay;

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/text_map.h"
 #include "messaging/queue_data.h"
 
 namespace luadui {
@@ -63,7 +64,7 @@ class CSubscriptionDispatcher {
     void _dropSenderIfIdle(int32_t sender);
 
     std::map<std::string, std::set<int32_t>, std::less<>> m_topics;
-    std::map<std::string, Route, std::less<>> m_routes;  // by UUID
+    TextMap<Route> m_routes;  // by UUID
     std::map<int32_t, Sender> m_senders;
 };
 
