@@ -5,8 +5,10 @@
 
 #include <optional>
 
+#include "base/data_table.h"
 #include "base/json_object.h"
 #include "base/text.h"
+#include "broker/account_tables.h"
 #include "messaging/queue_data.h"
 #include "page/text_table.h"
 
@@ -73,7 +75,7 @@ TEST_F(BrokerTest, AnswersCarryWhatTheLibraryRoutesBy) {
     EXPECT_EQ(answer.GetDataText("UUID"), "u1");
     EXPECT_EQ(answer.GetDataText("FundToken"), "880001");
     EXPECT_EQ(answer.GetDataLong("REQTYPE"), 1201);
-    EXPECT_EQ(answer.GetDataLong("DATATYPE"), 2001);
+    EXPECT_EQ(answer.GetDataLong("DATATYPE"), 2002);
     CUIData sent;
     ASSERT_TRUE(answer.GetData("Request", sent));
     EXPECT_EQ(sent.GetDataText("UUID"), "u1");
@@ -82,14 +84,73 @@ TEST_F(BrokerTest, AnswersCarryWhatTheLibraryRoutesBy) {
     EXPECT_EQ(table.GetRowNumber(), 3);
 }
 
+TEST_F(BrokerTest, AnswersEachKindUnderItsDataType) {
+    struct Case {
+        int type;
+        const char* fundToken;
+        int dataType;
+        int rows;            // -1: no table
+        const char* column;  // that the library's lists look for
+    };
+    constexpr Case kCases[] = {
+        {1034, "", 2007, 3, "fund_token"},
+        {1035, "", 2008, 2, "account"},
+        {1099, "", 2001, -1, ""},
+        {1201, "880002", 2002, 1, "TotalAssets"},
+        {1202, "880003", 2003, 0, "SecurityID"},
+        {1203, "880001", 2004, 0, "ExecID"},
+        {1204, "880001", 2005, 0, "OrderID"},
+        {1250, "880001", 2001, 0, "Balance"},
+    };
+    for (const Case& test : kCases) {
+        const CUIData answer = Ask(Query(test.type, test.fundToken));
+        CDataTable table;
+        EXPECT_EQ(answer.GetDataLong("DATATYPE"), test.dataType) << test.type;
+        EXPECT_EQ(ErrorCode(answer), 0) << test.type;
+        EXPECT_EQ(answer.GetData("Table", table), test.rows >= 0) << test.type;
+        if (test.rows < 0) continue;
+        EXPECT_EQ(table.GetRowNumber(), test.rows) << test.type;
+        EXPECT_GE(table.FindColumn(test.column), 0) << test.type;
+    }
+}
+
+TEST_F(BrokerTest, PushesWhatAnOrderChanged) {
+    CQueueReqItem order = Query(1101, "880002");
+    CUIData params;
+    for (const auto& [key, value] :
+         {std::pair{"stock_code", "601398"}, {"entrust_amount", "500"}, {"entrust_type", "sell"}})
+        params.SetData(key, value);
+    order.SetData("Params", params);
+    CJsonObject created;
+    ASSERT_TRUE(Ask(order).GetData("JsonData", created));
+    EXPECT_EQ(created.GetText("OrderID"), "W1");
+    for (const char* topic : {"Entrust|880002", "Trade|880002", "Fund|880002", "Position|880002"}) {
+        const CUIData push = Next().value_or(CUIData());
+        CDataTable table;
+        EXPECT_EQ(push.GetDataText("Topic"), topic);
+        EXPECT_EQ(push.GetDataText("To"), "CLIENT_CACHE");
+        ASSERT_TRUE(push.GetData("Table", table)) << topic;
+        if (table.FindColumn("OrderID") >= 0) {
+            EXPECT_EQ(table.GetItemText(0, "OrderID"), "W1") << topic;
+        }
+    }
+    params.SetData("entrust_amount", "9000");
+    order.SetData("Params", params);
+    EXPECT_EQ(ErrorCode(Ask(order)), -110);
+    EXPECT_FALSE(Next(milliseconds(50)));
+}
+
 TEST_F(BrokerTest, RefusesWhatItCannotAnswer) {
     struct Case {
         int type;
         const char* fundToken;
         int code;
     };
-    for (const Case& test :
-         {Case{1201, "none", -101}, {1202, "", -101}, {9999, "880001", -102}, {0, "", -102}})
+    for (const Case& test : {Case{1201, "none", -101},
+                             {1202, "", -101},
+                             {1101, "880001", -110},
+                             {9999, "880001", -102},
+                             {0, "", -102}})
         EXPECT_EQ(ErrorCode(Ask(Query(test.type, test.fundToken))), test.code) << test.type;
     EXPECT_EQ(ErrorCode(Ask(CUIData())), -102);
 }
@@ -104,8 +165,12 @@ TEST_F(BrokerTest, TellsSubscribersUntilTheyLeave) {
     EXPECT_EQ(notice.GetDataLong("REQTYPE"), 1202);
     EXPECT_EQ(notice.GetDataText("To"), "77");
     EXPECT_EQ(notice.GetDataType("Request"), luadui::kDataAbsent);
+    for (int push = 0; push < 4; ++push)
+        EXPECT_EQ(Next().value_or(CUIData()).GetDataText("To"), "CLIENT_CACHE");
     m_broker.Submit(Query(1202, "880001", "unsub"));
     ASSERT_TRUE(m_broker.Trade("880001", "600000", 100, error)) << error;
+    for (int push = 0; push < 4; ++push)
+        EXPECT_FALSE(Next().value_or(CUIData()).GetDataText("Topic").empty());
     EXPECT_FALSE(Next(milliseconds(50)));
 }
 
@@ -116,6 +181,10 @@ TEST_F(BrokerTest, ShowsFaultsInTheirOrder) {
     for (const char* token : {"880001", "880002", "880003"}) m_broker.Submit(Query(1201, token));
     EXPECT_EQ(ErrorCode(Next().value_or(CUIData())), -150);  // overtakes the delayed one
     EXPECT_EQ(Next().value_or(CUIData()).GetDataText("FundToken"), "880001");
+    m_broker.PlanFault(Fault::kFailure, 1, {});
+    const CUIData failure = Ask(Query(1201, "880001"));
+    EXPECT_EQ(failure.GetDataLong("DATATYPE"), -1);
+    EXPECT_EQ(ErrorCode(failure), -150);
     m_broker.PlanFault(Fault::kGarbage, 4, {});
     for (int i = 0; i < 4; ++i) EXPECT_EQ(Ask(Query(1201, "880001")).GetDataText("To"), "77");
     CDataTable table;

@@ -119,6 +119,15 @@ TEST(HostWindow, TakesMessagesAndFreesWhatWaits) {
     ASSERT_TRUE(window.TakeFrame(frame));
     EXPECT_EQ(frame.GetDataText("method"), "a");
     EXPECT_FALSE(window.TakeFrame(frame));
+    for (const char* kind : {"fund", "deal"})
+        EXPECT_TRUE(PostToHost(window.Handle(), kMsgPageRecord, CUIData(kind)));
+    EXPECT_TRUE(window.Pump(1000));
+    CUIData record;
+    for (const char* kind : {"fund", "deal"}) {
+        ASSERT_TRUE(window.TakeRecord(record));
+        EXPECT_EQ(record.GetTypeText(), kind);
+    }
+    EXPECT_FALSE(window.TakeRecord(record));
     post("b");  // left to Destroy
 }
 

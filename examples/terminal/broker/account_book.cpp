@@ -1,33 +1,16 @@
 #include "broker/account_book.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "base/text.h"
 
 namespace terminal {
 namespace {
 
-using luadui::CDataTable;
 using luadui::Gbk;
 
 constexpr Shares kMaxVolume = 100'000'000;
-
-// The currency in which a market trades: the B shares of Shanghai in dollars, those of Shenzhen in Hong Kong dollars.
-std::string_view CurrencyOf(std::string_view market) {
-    if (market == "18") return "USD";
-    if (market == "34") return "HKD";
-    return "CNY";
-}
-
-Cents MarketValue(const Position& position) { return ValueOf(position.volume, position.price); }
-
-Cents MarketValue(const Account& account, std::string_view currency) {
-    Cents sum = 0;
-    for (const Position& position : account.positions)
-        if (CurrencyOf(position.market) == currency) sum += MarketValue(position);
-    return sum;
-}
+constexpr size_t kMaxOrders = 10'000;  // of an account
 
 Position Holding(const char* code, const char* name, const char* market, Shares volume, Mills cost,
                  Mills price) {
@@ -40,16 +23,6 @@ Position Holding(const char* code, const char* name, const char* market, Shares 
             .price = price};
 }
 
-void AppendRow(CDataTable& table, std::initializer_list<std::string_view> cells) {
-    if (table.GetColumnNumber() == 0) {
-        for (const std::string_view name : cells) table.AddColumn(name);
-        return;
-    }
-    const int row = table.AppendRow();
-    int col = 0;
-    for (const std::string_view cell : cells) table.SetItemText(row, col++, cell);
-}
-
 template <class Items, class Test>
 auto* FindIf(Items& items, Test test) {
     const auto found = std::find_if(items.begin(), items.end(), test);
@@ -60,7 +33,8 @@ auto* FindIf(Items& items, Test test) {
 
 AccountBook::AccountBook() {
     m_accounts.push_back(
-        {.fundToken = "880001",
+        {.id = "1001",
+         .fundToken = "880001",
          .customer = Gbk("李明"),
          .funds = {{"CNY", 186'352'718, 2'500'000}, {"USD", 1'204'050, 0}, {"HKD", 8'817'520, 0}},
          .positions = {Holding("600000", "浦发银行", "17", 12'000, 7'820, 10'360),
@@ -72,15 +46,18 @@ AccountBook::AccountBook() {
                        Holding("159915", "创业板ETF", "36", 20'000, 2'244, 2'109),
                        Holding("900905", "老凤祥Ｂ", "18", 2'000, 3'415, 3'742),
                        Holding("200596", "古井贡Ｂ", "34", 600, 112'300, 118'950)}});
-    m_accounts.push_back({.fundToken = "880002",
+    m_accounts.push_back({.id = "1002",
+                          .fundToken = "880002",
                           .customer = Gbk("王芳"),
                           .funds = {{"CNY", 5'240'033, 0}},
                           .positions = {Holding("601398", "工商银行", "17", 8'000, 5'120, 6'870),
                                         Holding("000001", "平安银行", "33", 2'600, 11'930, 11'540)}});
-    m_accounts.push_back({.fundToken = "880003",
+    m_accounts.push_back({.id = "1003",
+                          .fundToken = "880003",
                           .customer = Gbk("陈静"),
                           .funds = {{"CNY", 100'000'000, 0}},
                           .positions = {}});
+    m_groups = {{"1", Gbk("核心"), {"1001"}}, {"2", Gbk("其他"), {"1002", "1003"}}};
 }
 
 const Account* AccountBook::Find(std::string_view fundToken) const {
@@ -97,6 +74,7 @@ bool AccountBook::Trade(std::string_view fundToken, std::string_view code, Share
     if (!account) return fail("no such account");
     Position* position = FindIf(account->positions, [&](const Position& p) { return p.code == code; });
     if (!position) return fail("the account does not hold this security");
+    if (account->orders.size() >= kMaxOrders) return fail("too many orders today");
     if (volume == 0 || volume > kMaxVolume || volume < -kMaxVolume) return fail("the volume is out of range");
     if (-volume > position->available) return fail("not enough shares");
     Fund* fund =
@@ -105,6 +83,15 @@ bool AccountBook::Trade(std::string_view fundToken, std::string_view code, Share
     if (!fund || amount > fund->available) return fail("not enough money");
 
     fund->available -= amount;
+    const std::string number = std::to_string(++m_orders);
+    account->orders.push_back({.id = "W" + number,
+                               .dealId = "C" + number,
+                               .code = position->code,
+                               .name = position->name,
+                               .market = position->market,
+                               .volume = volume,
+                               .price = position->price,
+                               .balance = fund->available});
     if (volume > 0) {
         const Mills paid = position->cost * position->volume + position->price * volume;
         position->cost = paid / (position->volume + volume);
@@ -117,29 +104,11 @@ bool AccountBook::Trade(std::string_view fundToken, std::string_view code, Share
     return true;
 }
 
-CDataTable FundTable(const Account& account) {
-    CDataTable table;
-    AppendRow(table, {"Currency", "TotalAssets", "AvailableValue", "FrozenValue", "MarketValue"});
-    for (const Fund& fund : account.funds) {
-        const Cents value = MarketValue(account, fund.currency);
-        AppendRow(table, {fund.currency, CentsText(fund.available + fund.frozen + value),
-                          CentsText(fund.available), CentsText(fund.frozen), CentsText(value)});
-    }
-    return table;
-}
-
-CDataTable PositionTable(const Account& account) {
-    CDataTable table;
-    AppendRow(table, {"SecurityID", "SecurityName", "Market", "StockBalance", "AvailableStockBalance",
-                      "CostPrice", "LastPrice", "MarketValue", "FloatProfit"});
-    for (const Position& position : account.positions) {
-        const Cents value = MarketValue(position);
-        AppendRow(table,
-                  {position.code, position.name, position.market, std::to_string(position.volume),
-                   std::to_string(position.available), MillsText(position.cost), MillsText(position.price),
-                   CentsText(value), CentsText(value - ValueOf(position.volume, position.cost))});
-    }
-    return table;
+// The B shares of Shanghai trade in dollars, those of Shenzhen in Hong Kong dollars.
+std::string_view CurrencyOf(std::string_view market) {
+    if (market == "18") return "USD";
+    if (market == "34") return "HKD";
+    return "CNY";
 }
 
 }  // namespace terminal

@@ -1,6 +1,5 @@
 #include "broker/answers.h"
 
-#include "base/data_table.h"
 #include "base/json_object.h"
 #include "base/text.h"
 
@@ -11,8 +10,7 @@ using luadui::CDataTable;
 using luadui::CJsonObject;
 using luadui::CUIData;
 
-constexpr int kDataAnswer = 2001;
-constexpr int kDataChangeNotice = 2010;
+constexpr char kClient[] = "CLIENT_CACHE";  // what the client keeps, as a receiver
 
 CDataTable BrokenTable() {
     CDataTable table;
@@ -28,9 +26,9 @@ CDataTable BrokenTable() {
 
 }  // namespace
 
-CUIData MakeAnswer(const CUIData& request) {
+CUIData MakeAnswer(const CUIData& request, int dataType) {
     CUIData answer;
-    answer.SetData("DATATYPE", kDataAnswer);
+    answer.SetData("DATATYPE", dataType);
     answer.SetData("REQTYPE", request.GetDataLong("REQTYPE"));
     answer.SetData("IsLast", true);
     answer.SetData("UUID", request.GetDataText("UUID"));
@@ -42,11 +40,11 @@ CUIData MakeAnswer(const CUIData& request) {
     return answer;
 }
 
-CUIData MakeError(const CUIData& request, int code, std::string_view message) {
+CUIData MakeError(const CUIData& request, int dataType, int code, std::string_view message) {
     CJsonObject error;
     error.Set("retcode", code);
     error.Set("message", luadui::Utf8ToGbk(message));
-    CUIData answer = MakeAnswer(request);
+    CUIData answer = MakeAnswer(request, dataType);
     answer.SetData("JsonData", error);
     return answer;
 }
@@ -60,8 +58,18 @@ CUIData MakeChangeNotice(int type, const std::string& fundToken, const std::stri
     return notice;
 }
 
-CUIData MakeGarbage(const CUIData& request, unsigned variant) {
-    CUIData answer = MakeAnswer(request);
+CUIData MakePush(std::string_view topic, const std::string& fundToken, const CDataTable& rows) {
+    CUIData push;
+    push.SetData("DATATYPE", kDataPush);
+    push.SetData("Topic", std::string(topic) + fundToken);
+    push.SetData("FundToken", fundToken);
+    push.SetData("To", kClient);
+    push.SetData("Table", rows);
+    return push;
+}
+
+CUIData MakeGarbage(const CUIData& request, int dataType, unsigned variant) {
+    CUIData answer = MakeAnswer(request, dataType);
     switch (variant % 4) {
         case 0:
             answer.SetData("Table", BrokenTable());

@@ -1,13 +1,12 @@
 #include "broker/broker.h"
 
-#include <algorithm>
 #include <future>
-#include <iterator>
 #include <memory>
 
 #include "base/counters.h"
 #include "base/guard.h"
 #include "broker/answers.h"
+#include "broker/services.h"
 
 namespace terminal {
 namespace {
@@ -16,18 +15,17 @@ using luadui::CUIData;
 
 constexpr size_t kMaxWaiting = 100'000;
 constexpr size_t kMaxSubscriptions = 10'000;
-constexpr int kFunds = 1201;
-constexpr int kPositions = 1202;
+
+int TypeOf(const CUIData& request) { return static_cast<int>(request.GetDataLong("REQTYPE")); }
+
+int DataTypeOf(const CUIData& request) {
+    const Service* const service = FindService(TypeOf(request));
+    return service ? service->dataType : kDataOfPage;
+}
 
 bool IsSet(const CUIData& params, const char* key) { return params.GetDataText(key) == "true"; }
 
 }  // namespace
-
-// What the broker can do. A new kind of query is a row here and a handler.
-const Broker::Route Broker::kRoutes[] = {
-    {kFunds, &Broker::_answerFunds},
-    {kPositions, &Broker::_answerPositions},
-};
 
 Broker::Broker(Deliver deliver) : m_deliver(std::move(deliver)) {}
 
@@ -104,8 +102,7 @@ bool Broker::Trade(const std::string& fundToken, const std::string& code, Shares
     bool done = false;
     const bool ran = _call([&] {
         done = m_book.Trade(fundToken, code, volume, error);
-        if (!done) return;
-        for (const Route& route : kRoutes) _notify(route.type, fundToken);
+        if (done) _tellTraded(*m_book.Find(fundToken));
     });
     if (!ran) error = "the broker does not run";
     return ran && done;
@@ -130,70 +127,65 @@ void Broker::_handle(const CUIData& request) {
     {
         std::lock_guard lock(m_mutex);
         ++m_stats.requests;
-        ++m_stats.requestsByType[static_cast<int>(request.GetDataLong("REQTYPE"))];
+        ++m_stats.requestsByType[TypeOf(request)];
     }
     CUIData params;
     request.GetData("Params", params);
     if (IsSet(params, "unsub")) return _unsubscribe(request);
     if (IsSet(params, "isSub")) _subscribe(request);
     const FaultPlan::Step step = m_faults.Take();
-    CUIData answer;
-    switch (step.fault) {
-        case Fault::kSilence:
-            return;
-        case Fault::kError:
-            answer = MakeError(request, -150, "柜台系统繁忙，请稍后再试");
-            break;
-        case Fault::kGarbage:
-            answer = MakeGarbage(request, m_garbage++);
-            break;
-        case Fault::kNone:
-        case Fault::kDelay:
-            answer = _answer(request);
-            break;
+    if (step.fault == Fault::kSilence) return;
+    const Account* const account = m_book.Find(request.GetDataText("FundToken"));
+    const size_t orders = account ? account->orders.size() : 0;
+    const bool isServed = step.fault == Fault::kNone || step.fault == Fault::kDelay;
+    const CUIData answer = isServed ? _answer(request, account) : _fault(request, step.fault);
+    if (step.fault == Fault::kDelay) {
+        _post([this, answer] { _deliver(answer, &Stats::answers); }, step.delay);
+    } else {
+        _deliver(answer, &Stats::answers);
     }
-    if (step.fault != Fault::kDelay) return _deliver(std::move(answer), &Stats::answers);
-    _post([this, answer] { _deliver(answer, &Stats::answers); }, step.delay);
+    if (account && account->orders.size() != orders) _tellTraded(*account);
 }
 
-CUIData Broker::_answer(const CUIData& request) {
-    const auto type = request.GetDataLong("REQTYPE");
-    for (const Route& route : kRoutes) {
-        if (route.type != type) continue;
-        const Account* account = m_book.Find(request.GetDataText("FundToken"));
-        return account ? (this->*route.handler)(request, *account)
-                       : MakeError(request, -101, "资金账号不存在");
-    }
-    return MakeError(request, -102, "不支持的请求类型");
-}
-
-CUIData Broker::_answerFunds(const CUIData& request, const Account& account) {
-    CUIData answer = MakeAnswer(request);
-    answer.SetData("Table", FundTable(account));
+CUIData Broker::_answer(const CUIData& request, const Account* account) {
+    const Service* const service = FindService(TypeOf(request));
+    if (!service) return MakeError(request, kDataOfPage, -102, "不支持的请求类型");
+    if (service->ofAccount && !account) return MakeError(request, service->dataType, -101, "资金账号不存在");
+    CUIData answer = MakeAnswer(request, service->dataType);
+    std::string error;
+    if (!service->serve(request, m_book, account, answer, error))
+        return MakeError(request, service->dataType, -110, error);
     return answer;
 }
 
-CUIData Broker::_answerPositions(const CUIData& request, const Account& account) {
-    CUIData answer = MakeAnswer(request);
-    answer.SetData("Table", PositionTable(account));
-    return answer;
+CUIData Broker::_fault(const CUIData& request, Fault fault) {
+    const int dataType = DataTypeOf(request);
+    if (fault == Fault::kGarbage) return MakeGarbage(request, dataType, m_garbage++);
+    return MakeError(request, fault == Fault::kFailure ? kDataFailed : dataType, -150,
+                     "柜台系统繁忙，请稍后再试");
 }
 
 void Broker::_subscribe(const CUIData& request) {
     // Only what can change is kept, so that requests for anything else do not fill the memory.
-    const auto type = static_cast<int>(request.GetDataLong("REQTYPE"));
+    const int type = TypeOf(request);
     const std::string fundToken = request.GetDataString("FundToken");
-    const auto isOfType = [&](const Route& route) { return route.type == type; };
-    if (!m_book.Find(fundToken) || std::none_of(std::begin(kRoutes), std::end(kRoutes), isOfType)) return;
+    const Service* const service = FindService(type);
+    if (!m_book.Find(fundToken) || !service || !service->isTradedWith) return;
     std::set<std::string>& senders = m_subscribers[{type, fundToken}];
     if (senders.size() >= kMaxSubscriptions) return luadui::CCounters::Add("broker_subscription_refused");
     senders.insert(request.GetDataString("From"));
 }
 
 void Broker::_unsubscribe(const CUIData& request) {
-    const auto type = static_cast<int>(request.GetDataLong("REQTYPE"));
-    const auto found = m_subscribers.find({type, request.GetDataString("FundToken")});
+    const auto found = m_subscribers.find({TypeOf(request), request.GetDataString("FundToken")});
     if (found != m_subscribers.end()) found->second.erase(request.GetDataString("From"));
+}
+
+void Broker::_tellTraded(const Account& account) {
+    for (const Service& service : Services())
+        if (service.isTradedWith) _notify(service.type, account.fundToken);
+    for (const News& news : TradeNews())
+        _deliver(MakePush(news.topic, account.fundToken, news.table(account)), &Stats::pushes);
 }
 
 void Broker::_notify(int type, const std::string& fundToken) {

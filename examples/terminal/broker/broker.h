@@ -24,7 +24,7 @@ namespace terminal {
 // Ownership: requests are copied; a record that was delivered is not touched again.
 //
 // A query whose "Params" "isSub" is "true" also subscribes its sender to change notices of that request type and
-// account; "unsub" = "true" ends that and is not answered.
+// account; "unsub" = "true" ends that and is not answered. Whoever trades, what changed is pushed to the client as well.
 class Broker {
   public:
     using Deliver = std::function<void(luadui::CUIData& record)>;
@@ -37,7 +37,7 @@ class Broker {
 
     // Takes a request. False, counted as "broker_inbox_full", when too many wait.
     bool Submit(const luadui::CUIData& request);
-    // AccountBook::Trade, followed by notices to the subscribers. Waits for the broker's thread.
+    // AccountBook::Trade, followed by notices to the subscribers and pushes. Waits for the broker's thread.
     bool Trade(const std::string& fundToken, const std::string& code, Shares volume, std::string& error);
     // See FaultPlan::Add.
     void PlanFault(Fault fault, int count, std::chrono::milliseconds delay);
@@ -48,6 +48,7 @@ class Broker {
         uint64_t requests = 0;
         uint64_t answers = 0;
         uint64_t notices = 0;
+        uint64_t pushes = 0;
         std::map<int, uint64_t> requestsByType;
     };
     Stats GetStats() const;
@@ -56,23 +57,17 @@ class Broker {
     using Clock = std::chrono::steady_clock;
     using Task = std::function<void()>;
     using Subscription = std::pair<int, std::string>;  // request type, fund token
-    using Handler = luadui::CUIData (Broker::*)(const luadui::CUIData& request, const Account& account);
-    struct Route {
-        int type;
-        Handler handler;
-    };
-    static const Route kRoutes[];
 
     void _run();
     bool _post(Task task, std::chrono::milliseconds delay = {});
     bool _call(const Task& task);  // runs it on the thread and waits; false when the thread does not run
     // The rest runs on the broker's thread.
     void _handle(const luadui::CUIData& request);
-    luadui::CUIData _answer(const luadui::CUIData& request);
-    luadui::CUIData _answerFunds(const luadui::CUIData& request, const Account& account);
-    luadui::CUIData _answerPositions(const luadui::CUIData& request, const Account& account);
+    luadui::CUIData _answer(const luadui::CUIData& request, const Account* account);
+    luadui::CUIData _fault(const luadui::CUIData& request, Fault fault);
     void _subscribe(const luadui::CUIData& request);
     void _unsubscribe(const luadui::CUIData& request);
+    void _tellTraded(const Account& account);
     void _notify(int type, const std::string& fundToken);
     void _deliver(luadui::CUIData record, uint64_t Stats::*counter);
 

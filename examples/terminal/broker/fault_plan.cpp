@@ -5,11 +5,9 @@
 namespace terminal {
 
 std::optional<Fault> FaultByName(std::string_view name) {
-    static constexpr std::pair<std::string_view, Fault> kNames[] = {{"none", Fault::kNone},
-                                                                    {"delay", Fault::kDelay},
-                                                                    {"error", Fault::kError},
-                                                                    {"garbage", Fault::kGarbage},
-                                                                    {"silence", Fault::kSilence}};
+    static constexpr std::pair<std::string_view, Fault> kNames[] = {
+        {"none", Fault::kNone},       {"delay", Fault::kDelay},     {"error", Fault::kError},
+        {"failure", Fault::kFailure}, {"garbage", Fault::kGarbage}, {"silence", Fault::kSilence}};
     for (const auto& [known, fault] : kNames)
         if (known == name) return fault;
     return std::nullopt;

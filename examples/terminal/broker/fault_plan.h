@@ -12,11 +12,12 @@ enum class Fault {
     kNone,
     kDelay,    // the answer comes later
     kError,    // the answer is an error
+    kFailure,  // the answer is an error that does not say of what kind of data
     kGarbage,  // the answer is not what was agreed
     kSilence,  // no answer comes
 };
 
-// The fault of that name ("delay", "error", "garbage", "silence", "none"); nothing for another.
+// The fault of that name ("delay", "error", "failure", "garbage", "silence", "none"); nothing for another.
 std::optional<Fault> FaultByName(std::string_view name);
 
 // Which fault the next answers have. Threads: one at a time.

@@ -129,6 +129,13 @@ int TakeFrame(lua_State* L) {
     });
 }
 
+int TakeRecord(lua_State* L) {
+    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
+        CUIData record;
+        terminal.Window().TakeRecord(record) ? answer.Add(record) : answer.AddNil();
+    });
+}
+
 int CreatePage(lua_State* L) {
     const char* name = luaL_checkstring(L, 1);
     const char* library = luaL_checkstring(L, 2);
@@ -198,7 +205,7 @@ int PlanFault(lua_State* L) {
     luaL_argcheck(L, delay >= 0 && delay <= kMaxWait, 3, "0 to 60000 milliseconds");
     return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
         const auto fault = FaultByName(name);
-        if (!fault) return answer.Fail("unknown fault: delay, error, garbage, silence or none");
+        if (!fault) return answer.Fail("unknown fault: delay, error, failure, garbage, silence or none");
         terminal.GetBroker().PlanFault(*fault, count, std::chrono::milliseconds(delay));
         answer.Add(true);
     });
@@ -211,6 +218,7 @@ int BrokerStats(lua_State* L) {
         record.SetData("requests", stats.requests);
         record.SetData("answers", stats.answers);
         record.SetData("notices", stats.notices);
+        record.SetData("pushes", stats.pushes);
         for (const auto& [type, count] : stats.requestsByType) record.SetData(std::to_string(type), count);
         answer.Add(record);
     });
@@ -233,6 +241,7 @@ constexpr luaL_Reg kFunctions[] = {
     // pages and library
     {"page_view", PageView},
     {"take_frame", TakeFrame},
+    {"take_record", TakeRecord},
     {"create_page", CreatePage},
     {"security_name", SecurityName},
     {"counters", Counters},

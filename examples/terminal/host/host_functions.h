@@ -26,6 +26,8 @@ class Terminal;
 //   pages and library
 //     page_view(page)            what it shows (see page/page_view.h); nil while nothing; `page` in code page 936
 //     take_frame()               the oldest frame message: {code, target, method, body}; nil when there is none
+//     take_record()              the oldest report of a record that a page received (see page/page_view.h), texts in code
+//                                page 936; nil when there is none
 //     create_page(name, library, info, asynchronous)   through the exported function, under the main window
 //     security_name(code, market)
 //     counters()                 {name = value}: what was dropped or refused, and how often
@@ -33,7 +35,7 @@ class Terminal;
 //     accounts()                 array of {fund_token, customer}
 //     trade(fund_token, code, volume)
 //     fault(kind, count, ms)
-//     broker_stats()             {requests, answers, notices}, and by request type {["1201"] = requests}
+//     broker_stats()             {requests, answers, notices, pushes}, and by request type {["1201"] = requests}
 class HostFunctions {
   public:
     explicit HostFunctions(Terminal& terminal) : m_terminal(terminal) {}

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "base/guard.h"
 #include "luadui/frame_message.h"
@@ -14,10 +15,27 @@ using luadui::CUIData;
 
 constexpr wchar_t kClassName[] = L"SampleTerminalWnd";
 constexpr UINT kMsgFrame = 9529;
-constexpr size_t kMaxFrames = 1000;
+constexpr size_t kMaxKept = 10'000;  // of what nobody takes
 constexpr int kMaxServed = 1000;
 constexpr int kWidth = 1200;  // pixels: the area that pages below the window get
 constexpr int kHeight = 800;
+
+using Records = std::deque<CUIData>;
+
+void Keep(Records& records, CUIData record) {
+    if (records.size() >= kMaxKept) {
+        records.pop_front();
+        luadui::CCounters::Add("host_message_dropped");
+    }
+    records.push_back(std::move(record));
+}
+
+bool Take(Records& records, CUIData& oldest) {
+    if (records.empty()) return false;
+    oldest = records.front();
+    records.pop_front();
+    return true;
+}
 
 }  // namespace
 
@@ -76,20 +94,19 @@ const CUIData* HostWindow::View(const std::string& page) const {
     return found == m_views.end() ? nullptr : &found->second;
 }
 
-bool HostWindow::TakeFrame(CUIData& frame) {
-    if (m_frames.empty()) return false;
-    frame = m_frames.front();
-    m_frames.pop_front();
-    return true;
-}
+bool HostWindow::TakeFrame(CUIData& frame) { return Take(m_frames, frame); }
+
+bool HostWindow::TakeRecord(CUIData& record) { return Take(m_records, record); }
 
 LRESULT CALLBACK HostWindow::_procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto* self = reinterpret_cast<HostWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-    if (self && (message == kMsgFrame || message == kMsgPageView)) {
-        luadui::Guarded("host_window_threw",
-                        [&] { message == kMsgFrame ? self->_onFrame(wParam) : self->_onView(lParam); });
+    const auto handle = [&](auto handler) {
+        luadui::Guarded("host_window_threw", handler);
         return 0;
-    }
+    };
+    if (self && message == kMsgFrame) return handle([&] { self->_onFrame(wParam); });
+    if (self && message == kMsgPageView) return handle([&] { self->_onView(lParam); });
+    if (self && message == kMsgPageRecord) return handle([&] { self->_onRecord(lParam); });
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
@@ -100,16 +117,17 @@ void HostWindow::_onFrame(WPARAM wParam) {
     frame.SetData("target", message->target);
     frame.SetData("method", message->method);
     frame.SetData("body", message->body.ToText());
-    if (m_frames.size() >= kMaxFrames) {
-        m_frames.pop_front();
-        luadui::CCounters::Add("host_frame_dropped");
-    }
-    m_frames.push_back(frame);
+    Keep(m_frames, std::move(frame));
 }
 
 void HostWindow::_onView(LPARAM lParam) {
     const std::unique_ptr<CUIData> view(reinterpret_cast<CUIData*>(lParam));
     m_views[view->GetDataString("page")] = *view;
+}
+
+void HostWindow::_onRecord(LPARAM lParam) {
+    const std::unique_ptr<CUIData> record(reinterpret_cast<CUIData*>(lParam));
+    Keep(m_records, *record);
 }
 
 }  // namespace terminal

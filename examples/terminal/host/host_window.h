@@ -32,15 +32,19 @@ class HostWindow {
     const luadui::CUIData* View(const std::string& page) const;
     // The oldest frame message not yet taken ("code", "target", "method", "body"); false when there is none.
     bool TakeFrame(luadui::CUIData& frame);
+    // The oldest report of a record that a page received, not yet taken (see page/page_view.h); false when there is none.
+    bool TakeRecord(luadui::CUIData& record);
 
   private:
     static LRESULT CALLBACK _procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     void _onFrame(WPARAM frame);
     void _onView(LPARAM view);
+    void _onRecord(LPARAM record);
 
     HWND m_window = nullptr;
     std::map<std::string, luadui::CUIData> m_views;
     std::deque<luadui::CUIData> m_frames;
+    std::deque<luadui::CUIData> m_records;
 };
 
 }  // namespace terminal

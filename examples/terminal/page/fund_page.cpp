@@ -3,10 +3,9 @@
 #include <array>
 #include <memory>
 
-#include "base/counters.h"
 #include "base/json_object.h"
 #include "base/text.h"
-#include "page/page_view.h"
+#include "page/page_exports.h"
 #include "page/text_table.h"
 
 namespace terminal {
@@ -15,29 +14,11 @@ namespace {
 using luadui::CDataTable;
 using luadui::CJsonObject;
 using luadui::CQueueRespData;
-using luadui::CUIData;
 using luadui::Gbk;
 
 enum : int { kFunds = 1201, kPositions = 1202, kLuaCall = 1502, kHostMessage = 1603 };
-constexpr UINT kMsgShow = WM_APP + 2;
-constexpr UINT_PTR kShowAgain = 1;
-constexpr int kPixelsPerColumn = 8;
-
-// UI thread only.
-std::map<std::string, FundPage*>& Pages() {
-    static std::map<std::string, FundPage*> pages;
-    return pages;
-}
 
 std::string PageSign(const std::string& name) { return "fundpage:" + name; }
-
-// The value of "fund_token" in "fund_token=880001;user=demo".
-std::string FundTokenOf(const std::string& info) {
-    constexpr std::string_view kName = "fund_token=";
-    for (const std::string_view part : luadui::SplitText(info, ';'))
-        if (part.starts_with(kName)) return std::string(part.substr(kName.size()));
-    return {};
-}
 
 struct ShownColumn {
     const char* name;
@@ -113,34 +94,18 @@ void FundPage::Requests::OnResponse(const CQueueRespData* response) {
 }
 
 FundPage::FundPage(const luadui::PageInit& init, std::string fundToken)
-    : m_name(init.name),
-      m_info(init.info),
-      m_fundToken(std::move(fundToken)),
-      m_screen(init.a != 0 ? HandleOfNumber(init.a) : init.parent1) {}
+    : TextPage(init), m_fundToken(std::move(fundToken)) {}
 
 FundPage* FundPage::Create(const luadui::PageInit& init) {
-    std::string fundToken = FundTokenOf(init.info);
+    std::string fundToken = _parameter(init.info, "fund_token");
     if (fundToken.empty()) return nullptr;
     std::unique_ptr<FundPage> page(new FundPage(init, std::move(fundToken)));
-    const DWORD style = init.parent1 ? WS_CHILD : 0;
-    if (!page->CDuiBaseWnd::Create(init.parent1, luadui::GbkToWide(init.name).c_str(), style, 0, 0, 0, 0, 0))
-        return nullptr;
-    Pages()[page->m_name] = page.get();
+    if (!page->_open(init)) return nullptr;
     page->_start();
-    return page.release();  // from here on OnFinalMessage deletes it
+    return page.release();
 }
 
-FundPage* FundPage::Find(const std::string& name) {
-    const auto found = Pages().find(name);
-    return found == Pages().end() ? nullptr : found->second;
-}
-
-void FundPage::Focus(const std::string& info) {
-    for (const auto& [name, page] : Pages()) {
-        page->m_focused = page->m_info == info;
-        page->_changed();
-    }
-}
+TextPage* CreatePage(const luadui::PageInit& init) { return FundPage::Create(init); }
 
 void FundPage::_start() {
     m_requests.SetRequestSource("fundpage");
@@ -150,39 +115,15 @@ void FundPage::_start() {
 }
 
 void FundPage::Sleep(bool asleep) {
-    m_asleep = asleep;
     m_requests.Sleep(asleep);
-    _changed();
-}
-
-void FundPage::Resize(int width, int height) {
-    m_width = width;
-    m_height = height;
-    _changed();
+    TextPage::Sleep(asleep);
 }
 
 LRESULT FundPage::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_TIMER:
-            KillTimer(m_hWnd, wParam);
-            [[fallthrough]];
-        case kMsgShow:
-            _show();
-            return 0;
-        case WM_DESTROY:
-            for (const int type : {kFunds, kPositions})
-                m_requests.SendQuery(m_fundToken, type, {{"unsub", "true"}}, false);
-            break;
-        default:
-            break;
-    }
-    return CDuiBaseWnd::HandleMessage(message, wParam, lParam);
-}
-
-void FundPage::OnFinalMessage(HWND window) {
-    CDuiBaseWnd::OnFinalMessage(window);
-    Pages().erase(m_name);
-    delete this;
+    if (message == WM_DESTROY)
+        for (const int type : {kFunds, kPositions})
+            m_requests.SendQuery(m_fundToken, type, {{"unsub", "true"}}, false);
+    return TextPage::HandleMessage(message, wParam, lParam);
 }
 
 void FundPage::_onResponse(const CQueueRespData& response) {
@@ -237,35 +178,7 @@ void FundPage::_askInitials() {
     for (const auto [key, value] : answer.GetSub("initials")) m_initials[std::string(key)] = value.AsText();
 }
 
-void FundPage::_changed() {
-    if (!m_hWnd || m_showPosted) return;
-    m_showPosted = ::PostMessageW(m_hWnd, kMsgShow, 0, 0) != 0;
-}
-
-void FundPage::_show() {
-    m_showPosted = false;
-    auto view = std::make_unique<CUIData>("page_view");
-    view->SetData("page", m_name);
-    view->SetData("text", _text());
-    view->SetData("asleep", m_asleep);
-    view->SetData("focused", m_focused);
-    view->SetData("width", m_width);
-    view->SetData("height", m_height);
-    view->SetData("queries", m_count.queries);
-    view->SetData("answers", m_count.answers);
-    view->SetData("errors", m_count.errors);
-    view->SetData("unreadable", m_count.unreadable);
-    if (::PostMessageW(m_screen, kMsgPageView, 0, reinterpret_cast<LPARAM>(view.get()))) {
-        view.release();
-    } else if (IsWindow(m_screen)) {
-        SetTimer(m_hWnd, kShowAgain, 100, nullptr);  // its queue is full
-    } else {
-        luadui::CCounters::Add("page_view_dropped");
-    }
-}
-
-std::string FundPage::_text() const {
-    const auto columns = static_cast<size_t>(std::max(m_width, 0) / kPixelsPerColumn);
+std::string FundPage::_text(size_t columns) const {
     std::string text = Gbk("资金账号 ") + TextTable::Clean(m_fundToken) + "\n\n";
     text += _fundText(columns) + "\n" + _positionText(columns);
     for (const auto& [type, error] : m_errors)

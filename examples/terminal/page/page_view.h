@@ -1,5 +1,7 @@
-// What a page shows, as the sample terminal's text screen takes it: the agreement between host and page plug-ins.
+// What pages tell the host's window: the agreement between host and page plug-ins.
 #pragma once
+
+#include <memory>
 
 #include "base/ui_data.h"
 #include "platform/win32.h"
@@ -13,6 +15,21 @@ namespace terminal {
 //   "text"  what it shows               "width" "height"       its size in pixels; 0 while unknown
 //   "queries" "answers" "errors" "unreadable"                  what it sent and received so far
 constexpr UINT kMsgPageView = WM_APP + 1;
+
+// Posted by a page that gets its data by name, for each record that it received; lParam as above:
+//
+//   "page"      the page's name         "kind"      the data kind
+//   "accounts"  separated by commas     "why"       why it came: see page/data_page.h
+//   "rows"      of all tables in it     "code" "message"    what the server says became of it; 0 is success
+constexpr UINT kMsgPageRecord = WM_APP + 3;
+
+// False when the window's queue is full or the window gone.
+inline bool PostToHost(HWND window, UINT message, const luadui::CUIData& record) {
+    auto posted = std::make_unique<luadui::CUIData>(record);
+    if (!::PostMessageW(window, message, 0, reinterpret_cast<LPARAM>(posted.get()))) return false;
+    posted.release();
+    return true;
+}
 
 // Handles fit 32 bits and are widened with their sign; these are the two directions.
 inline int HandleNumber(HWND window) { return static_cast<int>(reinterpret_cast<INT_PTR>(window)); }

@@ -72,7 +72,7 @@ local commands = {
         checked(terminal.trade(account, code, number_of(shares, "SHARES")))
         return "done: whoever asked for this account is told that it changed"
     end},
-    {"fault", "KIND [COUNT] [MS]", "the next answers: delay, error, garbage, silence; none forgets them",
+    {"fault", "KIND [COUNT] [MS]", "the next answers: delay, error, failure, garbage, silence; none forgets them",
      function(_, kind, count, milliseconds)
         checked(terminal.fault(kind, number_of(count or "1", "COUNT"), number_of(milliseconds or "500", "MS")))
         return kind == "none" and "no faults are planned" or "planned"
