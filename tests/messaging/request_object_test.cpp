@@ -59,7 +59,7 @@ TEST_F(RequestObjectTest, OperationsBuildTheirRecords) {
         std::string("REQTYPE=1004 Refresh=false Params={") + kRest + " FundToken=F01",
         std::string("REQTYPE=1601 Refresh=false Params={key=Fund| ") + kRest + " FundToken=F01",
         std::string("REQTYPE=1601 Refresh=false Params={key=k ") + kRest + " FundToken=F01",
-        std::string("REQTYPE=1101 Refresh=false Params={") + kRest + " FundToken=F01 Table=0",
+        std::string("REQTYPE=1101 Refresh=false Params={") + kRest + " FundToken=F01 Table=[]",
         std::string("REQTYPE=1101 Refresh=false Params={") + kRest + " FundToken=F01"};
     ASSERT_EQ(host.pushed.size(), std::size(expected));
     for (size_t i = 0; i < std::size(expected); ++i) {
