@@ -36,6 +36,7 @@ bool CanBeAsked(std::string_view kind, const CUIData& record) {
 
 CDataTable RowsOf(const CDataTable& table, const CDataSet& tokens) {
     CDataTable rows;
+    rows.CopyHeader(table);
     rows.InsertTable(table);
     const int column = table.FindColumn("fund_token");
     for (int row = table.GetRowNumber() - 1; row >= 0; --row) {
