@@ -14,6 +14,7 @@
 #include "datamgr/answer.h"
 #include "datamgr/list_store.h"
 #include "datamgr/notify_table.h"
+#include "datamgr/subscription_book.h"
 #include "messaging/host_types.h"
 #include "messaging/request_base.h"
 #include "platform/export.h"
@@ -100,8 +101,12 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     void RecordTraceLog(const std::string& traceId, const std::string& source, const std::string& module,
                         const std::string& user, const std::string& stage, const StringMap& fields);
     void RecordELK(CQueueLogElkItem& item);
-    // The name of the skin that the user interface uses; set once by the module.
-    static void SetSkin(std::string skin);
+    // Where the name of the user interface's skin is read and set (any of the two may be null); the module provides them.
+    struct SkinAccess {
+        std::string (*get)() = nullptr;
+        void (*set)(const std::string& skin) = nullptr;
+    };
+    static void SetSkinAccess(SkinAccess access);
 
     // Puts a failed answer into the message center, where the manager has one.
     void NoteFailure(const CQueueRespData& response);
@@ -136,6 +141,9 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     NotifyTable m_notify;
 
   private:
+    struct Factory;
+    struct Saver;
+
     // Building (ui_data_manager.cpp)
     void _initUIData(const std::string& pageName);
     void _initMultiServerInstRecord();
@@ -158,11 +166,36 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // Subscribing (ui_data_subscribe.cpp)
     void _handleSubRequest(const CUIData& record, bool subscribe);
     void _handleSingeSubReq(const CUIData& record, bool subscribe);
+    void _listen(uint32_t window, const std::string& kind, bool listen);
 
-    // Local data (ui_data_factory.cpp, ui_data_save.cpp, ui_data_lua.cpp)
+    // Local factories (ui_data_factory.cpp): each answers into the record and says whether it could
     bool _handleFactoryData(CUIData& request);
     void _handleFactoryRequest(CUIData& record);
+    bool _getConfig(CUIData& data);
+    bool _getAllConfig(CUIData& data);
+    bool _eraseConfig(CUIData& data);
+    bool _getSettingConfig(CUIData& data);
+    bool _fillSkin(CUIData& data);
+    static std::string _getSkin();
+    static void _setSkin(const std::string& skin);
+    bool _isTradeDate(CUIData& data);
+    bool _getTradeDate(CUIData& data);
+    bool _mergeAccounts(CUIData& data);
+    bool _sumPositions(CUIData& data);
+    bool _getHolidays(CDataSet& holidays) const;
+
+    // Saving (ui_data_save.cpp)
     void _handleSaveData(CUIData& record);
+    void _saveSkin(CUIData& data);
+    void _saveInstConfig(CUIData& data);
+    void _saveSettingConfig(CUIData& data);
+    void _savePageSign(CUIData& data);
+    void _shareForPages(CUIData& data);
+    void _publish(CUIData& data);
+    void _handleWriteLog(CUIData& data);
+    static bool _writeLog(const std::string& message, const std::string& fileName);
+
+    // The host's Lua side (ui_data_lua.cpp)
     void _sendLua(CUIData& record);
 
     // Answers and pushes (ui_data_response.cpp)
@@ -187,6 +220,7 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     CUIData m_pushKeys;   // data kind -> push key
     std::string m_runType;
     ListStore m_lists;
+    SubscriptionBook m_subscriptions;
     std::string m_userName;  // of the logged-in user, once known
     std::unique_ptr<CDataTimerWnd> m_timer;
 };

@@ -28,7 +28,7 @@ constexpr int kReqOnlineAccounts = 1903;
 constexpr int kReqUIEvent = 1605;
 constexpr char kSystemSettings[] = "\\qsclient\\system\\systemset.cfg";
 
-bool IsAccountRequest(int type) { return type == 1130 || (type >= 1801 && type <= 1803); }
+
 
 }  // namespace
 

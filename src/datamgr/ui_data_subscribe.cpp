@@ -1,0 +1,112 @@
+// Subscribing: which pushes a manager gets from the router, and which of its windows hear of them.
+#include <algorithm>
+
+#include "base/counters.h"
+#include "datamgr/quote_fields.h"
+#include "datamgr/ui_data_manager.h"
+#include "datamgr/ui_registry.h"
+#include "messaging/request_types.h"
+#include "messaging/subscription_dispatcher.h"
+
+namespace luadui {
+namespace {
+
+constexpr int kReqSubscribe = 1601;
+constexpr int kReqSubscribeSecurity = 1602;
+constexpr int kReqSubscribeInstruction = 1702;
+
+// Kinds whose subscription is of another type than the ordinary one.
+struct SubscriptionType {
+    std::string_view kind;
+    int type;
+};
+constexpr SubscriptionType kSubscriptionTypes[] = {
+    {"hq", kReqSubscribeSecurity},
+    {"hq_zq", kReqSubscribeSecurity},
+    {"sub_dui_uievent", kReqPageEventSubscribe},
+    {"STR_PB_SINGLE_INSTRUCTION", kReqSubscribeInstruction},
+};
+
+int TypeOf(const CUIData& record) {
+    if (const int type = RequestTypeOf(record)) return type;
+    for (const SubscriptionType& row : kSubscriptionTypes) {
+        if (row.kind == record.GetTypeText()) return row.type;
+    }
+    return kReqSubscribe;
+}
+
+// The topic of the server's pushes. The eight ordinary account topics are completed by the subscription dispatcher, the
+// others that end in "|" here.
+std::string KeyOf(const CUIData& record, int type) {
+    std::string key = record.GetDataString("key");
+    if (key.empty() && !IsCodeKeyedRequest(type)) key = PushKeyOfKind(record.GetTypeText());
+    if (key.ends_with("GGT|")) key += record.GetDataText("fund_token");
+    return key;
+}
+
+CUIData MakeParams(const CUIData& record, int type, bool subscribe) {
+    CUIData params;
+    if (CUIData given; record.GetData("Params", given)) params = given;
+    for (const auto [name, value] : record) {
+        if (value.Kind() == kDataString) params.SetData(name, value.AsText());
+    }
+    int32_t handle = 0;
+    if (record.GetData("handle", handle)) params.SetData("handle", std::to_string(handle));
+    if (type == kReqSubscribeSecurity) {
+        params.SetData("code", record.GetDataText("stock_code"));
+        params.SetData("DataItems", kQuoteDataItems);
+    }
+    if (const std::string key = KeyOf(record, type); !key.empty()) params.SetData("key", key);
+    if (!subscribe) params.SetData("unsub", "true");
+    return params;
+}
+
+std::string TopicOf(const CUIData& params) {
+    const TextView key = params.GetDataText("key");
+    return CompleteTopic(key.empty() ? params.GetDataText("code") : key, params.GetDataText("fund_token"));
+}
+
+}  // namespace
+
+void CUIDataManager::_handleSubRequest(const CUIData& record, bool subscribe) {
+    CDataSet tokens;
+    if (!record.GetData("fund_token", tokens)) return _handleSingeSubReq(record, subscribe);
+    if (tokens.IsEmpty()) CCounters::Add("request_without_account");
+    const int32_t self = GetHandle();
+    CUIData single = record;
+    for (const std::string& token : tokens) {
+        single.SetData("fund_token", token);
+        _handleSingeSubReq(single, subscribe);
+        if (CBaseObject::Find(self) != this) return;
+    }
+}
+
+void CUIDataManager::_handleSingeSubReq(const CUIData& record, bool subscribe) {
+    const std::string kind = record.GetType();
+    const int type = TypeOf(record);
+    const CUIData params = MakeParams(record, type, subscribe);
+    int32_t handle = 0;
+    record.GetData("handle", handle);
+    const auto window = static_cast<uint32_t>(std::max(handle, 0));
+    const std::string topic = TopicOf(params);
+    const auto change =
+        subscribe ? m_subscriptions.Add(topic, kind, window) : m_subscriptions.Remove(topic, kind, window);
+    if (change.ofKind && window != 0) _listen(window, kind, subscribe);
+    // A topic is left when nobody here wants it any more; asking for it again does no harm.
+    if (!subscribe && !change.ofTopic) return;
+    CQueueReqItem item;
+    item.SetData("REQTYPE", type);
+    item.SetData("FundToken", record.GetDataText("fund_token"));
+    item.SetData("Params", params);
+    Request(item);
+}
+
+void CUIDataManager::_listen(uint32_t window, const std::string& kind, bool listen) {
+    if (listen) {
+        if (m_notify.Add(window, kind, NotifyTable::kSubscribed)) _kindWanted(kind);
+    } else {
+        if (m_notify.Remove(window, kind, NotifyTable::kSubscribed)) _kindUnwanted(kind);
+    }
+}
+
+}  // namespace luadui
