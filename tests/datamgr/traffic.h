@@ -60,6 +60,10 @@ class TestManager : public CUIDataManager {
         InitRunType("Test");
         Lists().MakeCommonLists(this);
     }
+    // Nobody waits for its answers any longer.
+    ~TestManager() override {
+        for (const std::string& uuid : m_sent) RequestLedger::Instance().Drop(uuid);
+    }
 
     struct Ask {
         int type = 0;
@@ -75,7 +79,8 @@ class TestManager : public CUIDataManager {
         CUIData params = ask.params;
         if (ask.handle != kNoHandle) params.SetData("handle", std::to_string(ask.handle));
         request.SetData("REQTYPE", ask.type);
-        request.SetData("UUID", "test" + std::to_string(++s_lastUuid));
+        m_sent.push_back("test" + std::to_string(++s_lastUuid));
+        request.SetData("UUID", m_sent.back());
         request.SetData("FundToken", ask.fundToken);
         request.SetData("Params", params);
         RequestLedger::Entry entry;
@@ -83,7 +88,7 @@ class TestManager : public CUIDataManager {
         entry.handle = ask.handle;
         entry.fundToken = ask.fundToken;
         entry.tokens = ask.tokens;
-        RequestLedger::Instance().Describe(request.GetDataString("UUID"), entry);
+        RequestLedger::Instance().Describe(m_sent.back(), entry);
         RequestLedger::Instance().Sent(request);
         return request;
     }
@@ -101,6 +106,7 @@ class TestManager : public CUIDataManager {
 
   private:
     static inline int s_lastUuid = 0;
+    std::vector<std::string> m_sent;
 };
 
 }  // namespace luadui
