@@ -42,9 +42,9 @@ std::atomic<int32_t> g_hostMainWindow{0};
 
 CDuiString SkinName() { return Skin().Get(); }
 
-void LoadSkin() {
-    if (ReadConfig(kUserConfigFile, "skin") == "blue") Skin().Set(CDuiString(L"blue"));
-}
+void SetSkin(std::string_view name) { Skin().Set(CDuiString(name == "blue" ? L"blue" : L"")); }
+
+void LoadSkin() { SetSkin(ReadConfig(kUserConfigFile, "skin")); }
 
 void SetScriptConfigPath(std::string path) { ConfigPath().Set(std::move(path)); }
 std::string ScriptConfigPath() { return ConfigPath().Get(); }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/duilib.h"
 
@@ -10,7 +11,9 @@ namespace luadui {
 
 // The skin name: empty is the default skin.
 CDuiString SkinName();
-// Reads the user's setting "skin" through the host; "blue" is the one other skin there is.
+// "blue" is the one skin there is besides the default, which any other name stands for.
+void SetSkin(std::string_view name);
+// Sets the skin of the user's setting "skin", read through the host.
 void LoadSkin();
 
 // The path of the settings file that get_config and set_config use.

@@ -1,11 +1,13 @@
 // The UI thread of the page manager: its start in the order that pages rely on, its loop and its end.
 #include "base/guard.h"
+#include "base/text.h"
 #include "datamgr/client_log.h"
 #include "datamgr/ui_stock_data_manager.h"
 #include "luadui/host_folder.h"
 #include "luadui/message_thread.h"
 #include "luadui/module_pin.h"
 #include "luadui/page_manager_wnd.h"
+#include "luadui/ui_settings.h"
 
 namespace luadui {
 
@@ -25,6 +27,8 @@ void CPageManagerWnd::_start() {
 
 void CPageManagerWnd::_runUiThread() {
     SetClientFolder(HostFolderPath());
+    CUIDataManager::SetSkinAccess({.get = [] { return WideToGbk(SkinName().GetData()); },
+                                   .set = [](const std::string& skin) { SetSkin(skin); }});
     CUIStockDataManager::get_mutable_instance().StartCommonData();
     CPaintManagerUI::SetInstance(GetModuleHandleW(nullptr));
     if (FAILED(CoInitialize(nullptr))) return m_failed.store(true);
