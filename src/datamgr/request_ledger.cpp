@@ -13,9 +13,13 @@ RequestLedger& RequestLedger::Instance() {
 }
 
 void RequestLedger::Describe(const std::string& uuid, Entry entry) {
-    Drop(uuid);
-    _makeRoom();
-    if (m_entries.insert_or_assign(uuid, std::move(entry)).second) m_order.push_back(uuid);
+    if (const auto found = m_entries.find(uuid); found != m_entries.end()) {
+        _uncount(found->second);
+        found->second = std::move(entry);
+    } else {
+        _makeRoom();
+        m_order.push_back(&*m_entries.emplace(uuid, std::move(entry)).first);
+    }
 }
 
 void RequestLedger::Sent(const CQueueReqItem& request) {
@@ -44,17 +48,17 @@ void RequestLedger::Sent(const CQueueReqItem& request) {
 }
 
 void RequestLedger::Drop(const std::string& uuid) {
-    // Its place in the order stays and is skipped when its turn comes.
-    const auto found = m_entries.find(uuid);
-    if (found == m_entries.end()) return;
-    _uncount(found->second);
-    m_entries.erase(found);
+    Entry* const entry = Find(uuid);
+    if (!entry) return;
+    _uncount(*entry);
+    *entry = Entry();
+    entry->isDropped = true;
 }
 
 RequestLedger::Entry* RequestLedger::Find(std::string_view uuid) {
     if (uuid.empty()) return nullptr;
     const auto found = m_entries.find(uuid);
-    return found == m_entries.end() ? nullptr : &found->second;
+    return found == m_entries.end() || found->second.isDropped ? nullptr : &found->second;
 }
 
 bool RequestLedger::Finish(Entry& entry) {
@@ -70,12 +74,11 @@ bool RequestLedger::IsUnderWay(int type, std::string_view fundToken) {
 
 void RequestLedger::_makeRoom() {
     while (m_order.size() >= kMaxEntries) {
-        const auto oldest = m_entries.find(m_order.front());
+        auto& [uuid, entry] = *m_order.front();
         m_order.pop_front();
-        if (oldest == m_entries.end()) continue;
-        if (!oldest->second.isDone) CCounters::Add("ledger_entry_evicted");
-        _uncount(oldest->second);
-        m_entries.erase(oldest);
+        if (!entry.isDone && !entry.isDropped) CCounters::Add("ledger_entry_evicted");
+        _uncount(entry);
+        m_entries.erase(m_entries.find(uuid));
     }
 }
 

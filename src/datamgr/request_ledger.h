@@ -33,6 +33,7 @@ class RequestLedger {
         bool wantsEndRecord = false;
         bool isDone = false;
         bool isCounted = false;  // as under way
+        bool isDropped = false;  // not found any more
         uint32_t sentAt = 0;     // GetTickCount()
         CDataTable parts;        // rows of the parts of an answer that came so far
     };
@@ -70,14 +71,15 @@ class RequestLedger {
                                       : std::string_view(a.second) < std::string_view(b.second);
         }
     };
+    using Entries = TextMap<Entry>;
 
     void _makeRoom();
     void _losePatience();
     void _uncount(Entry& entry);
 
     Age m_lastAge = 0;
-    TextMap<Entry> m_entries;                                // by UUID
-    std::deque<std::string> m_order;                         // UUIDs, oldest first
+    Entries m_entries;                                       // by UUID
+    std::deque<Entries::value_type*> m_order;                // all of them, oldest first
     std::deque<std::pair<uint32_t, std::string>> m_waiting;  // sent at, UUID; oldest first
     std::map<Query, int, QueryLess> m_underWay;
 };

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 
 #include "base/counters.h"
@@ -22,16 +21,24 @@ GUID CountedGuid() {
     return guid;
 }
 
+void AddHex(uint64_t value, int digits, std::string& text) {
+    for (int digit = digits - 1; digit >= 0; --digit) text += "0123456789abcdef"[value >> (4 * digit) & 15];
+}
+
 }  // namespace
 
 std::string NewGuid() {
     GUID guid{};
     if (FAILED(CoCreateGuid(&guid))) guid = CountedGuid();
-    char text[37];
-    const unsigned char* d = guid.Data4;
-    std::snprintf(text, sizeof text, "%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x",
-                  static_cast<unsigned>(guid.Data1), guid.Data2, guid.Data3, d[0], d[1], d[2], d[3], d[4],
-                  d[5], d[6], d[7]);
+    std::string text;
+    text.reserve(36);
+    AddHex(guid.Data1, 8, text);
+    AddHex(guid.Data2, 4, text += '-');
+    AddHex(guid.Data3, 4, text += '-');
+    for (int i = 0; i < 8; ++i) {
+        if (i == 0 || i == 2) text += '-';
+        AddHex(guid.Data4[i], 2, text);
+    }
     return text;
 }
 

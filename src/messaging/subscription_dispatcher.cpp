@@ -78,11 +78,12 @@ void CSubscriptionDispatcher::_remember(CQueueReqItem& request) {
     _dropRoute(uuid);
     auto& uuids = m_senders[sender].uuids;
     if (uuids.size() >= kMaxRoutes) {
-        m_routes.erase(uuids.front());
+        m_routes.erase(m_routes.find(*uuids.front()));
         uuids.pop_front();
         CCounters::Add("uuid_route_evicted");
     }
-    m_routes[uuid] = {sender, uuids.insert(uuids.end(), uuid)};
+    const auto route = m_routes.emplace(uuid, Route{sender, {}}).first;
+    route->second.uuid = uuids.insert(uuids.end(), &route->first);
 }
 
 void CSubscriptionDispatcher::_dropRoute(const std::string& uuid) {
@@ -125,7 +126,7 @@ void CSubscriptionDispatcher::Forget(int32_t sender) {
         senders->second.erase(sender);
         if (senders->second.empty()) m_topics.erase(senders);
     }
-    for (const std::string& uuid : found->second.uuids) m_routes.erase(uuid);
+    for (const std::string* uuid : found->second.uuids) m_routes.erase(m_routes.find(*uuid));
     m_senders.erase(found);
 }
 

@@ -50,11 +50,11 @@ class CSubscriptionDispatcher {
   private:
     struct Sender {
         std::set<std::string> topics;
-        std::list<std::string> uuids;  // oldest first
+        std::list<const std::string*> uuids;  // those of its routes, oldest first
     };
     struct Route {
         int32_t sender;
-        std::list<std::string>::iterator uuid;
+        std::list<const std::string*>::iterator uuid;
     };
 
     void _subscribe(CQueueReqItem& request, int type);
