@@ -36,8 +36,10 @@ CUIData ParamsOf(const CQueueRespData& response) {
 }
 
 // An answer brings its request along; one that lost it is still known by its UUID, unless it comes as a push.
+// A message of the host to a page has neither request nor topic.
 bool IsAnswer(const CQueueRespData& response) {
     return response.GetDataType("Request") == kDataRecord ||
+           response.GetDataLong("DATATYPE") == kDataHostMessage ||
            (RequestLedger::Instance().Find(response.GetDataText("UUID")) &&
             !FindPushRoute(response.GetDataText("Topic")));
 }
@@ -81,7 +83,8 @@ bool OpenAnswer(Answer& answer) {
     return ledger.Finish(*entry);
 }
 
-// Creation, change and queries of instructions. Orders and deals have columns of the same names, for other numbers.
+// Creation, change and queries of instructions. Orders and deals have columns of the same names, for other
+// numbers.
 bool IsAboutInstructions(int type) {
     constexpr std::pair<int, int> kRanges[] = {{1113, 1131}, {1161, 1176}, {1211, 1247}, {1253, 1290}};
     return std::ranges::any_of(

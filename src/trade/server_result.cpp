@@ -69,7 +69,9 @@ ServerResult ResultOf(const CJsonObject& fields, bool hasFailed) {
     ServerResult result;
     result.message = FirstMessage(fields);
     std::optional<int> code = FirstCode(fields);
-    if (!code && (hasFailed || !result.message.empty())) code = CodeOf(fields.Find("code"));
+    const ValueView plain = fields.Find("code");
+    const bool isResult = plain.Kind() != kDataString && !result.message.empty();
+    if (!code && (hasFailed || isResult)) code = CodeOf(plain);
     result.code = code.value_or(0);
     if (hasFailed && result.code == 0) result.code = kUnreadable;
     return result;

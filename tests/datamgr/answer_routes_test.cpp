@@ -252,6 +252,16 @@ TEST_F(AnswerRoutesTest, ListsOfSinglePagesKeepTheirAnswers) {
     EXPECT_TRUE(m_manager.GetData("basketmemberalloclist").IsEmpty());
 }
 
+// The host's scripts write to pages that registered a sign: no request, no topic.
+TEST_F(AnswerRoutesTest, MessagesOfTheHostReachItsListeners) {
+    m_manager.RegisterNotify(m_other.GetHandle(), "lua_subscribe");
+    CQueueRespData message = ResponseOf(R"({"method":"m","params":{"a":1}})");
+    message.SetData("REQTYPE", 1603);
+    message.SetData("DATATYPE", 2101);
+    m_manager.OnResponse(&message);
+    EXPECT_EQ(m_other.Take(), R"(lua_subscribe method=m params={"a":1} handle=-1 ret_code=0 ret_message=)");
+}
+
 // A receiver may destroy the manager: nothing is touched afterwards.
 TEST(AnswerHandlersTest, TheManagerMayGoInsideAnyDelivery) {
     class Closer : public CBaseObject {
@@ -289,7 +299,9 @@ constexpr ResultCase kResultCases[] = {
     {2001, R"({"retcode":0,"message":"ok"})", 0, "ok", nullptr},
     {2001, R"({"retcode":"0","code":"600000"})", 0, "", nullptr},
     {2001, R"({"code":"600000"})", 0, "", nullptr},
-    {2001, R"({"code":"600000","msg":"bad"})", 600000, "bad", "bad"},
+    {2001, R"({"code":"600000","msg":"tip"})", 0, "tip", nullptr},
+    {2001, R"({"code":401,"msg":"bad"})", 401, "bad", "bad"},
+    {2001, R"({"code":401})", 0, "", nullptr},
     {2001, R"({"retcode":-3,"message":"bad"})", -3, "bad", "bad"},
     {2001, R"({"ret_code":"17","ret_message":"m"})", 17, "m", "m"},
     {2001, R"({"error_code":"E1","msg":"m"})", -1, "m", "m"},
