@@ -23,6 +23,9 @@ session 'open a 880001 /none.dll\nshow a\nsleep\nsleep a b\nfrob "x y\nfault x\n
     'Error: unknown fault' 'Error: SHARES must be a number, not "x"' 'Error: no such account' '0 to 60000 milliseconds' 'Ended.'
 session 'set 签名 "a b"\nget 签名\nopen p 880001\nsleep p\ntrade 880001 600000 100\nshow p\nwake p\nshow p' \
     '签名 = a b' 'asleep; 2 queries' 'awake; 4 queries, 4 answers' '12,100' 'Ended.'
+session 'data 总览 fund,deal 880001,880002\nask 总览 fund\nask 总览 fund fresh\ntrade 880001 600000 100\nshow 总览\nask nobody fund' \
+    '总览 <- fund 880002, 1 rows (answer)' '总览 <- fund 880001,880002, 4 rows (from the cache)' \
+    '总览 <- deal 880001, 1 rows (push)' 'deal 880001' 'Error: there is no page nobody' 'Ended.'
 options=(--securities-count 20000)
 session 'quit\n' '20000 securities'
 options=(--securities "$data/none.csv")

@@ -61,6 +61,14 @@ CDataTable DealRows(std::span<const Order> orders) {
     return table;
 }
 
+CDataTable AccountRows(std::span<const Account> accounts) {
+    CDataTable table;
+    AppendRow(table, {"account_id", "accountname", "trade_type", "fund_token"});
+    for (const Account& account : accounts)
+        AppendRow(table, {account.id, account.customer, "1", account.fundToken});
+    return table;
+}
+
 std::string JsonArrayOf(const std::vector<std::string>& ids) {
     std::string text;
     for (const std::string& id : ids) text += (text.empty() ? "\"" : ",\"") + id + "\"";
@@ -108,13 +116,8 @@ CDataTable CashFlowTable(const Account& account) {
     return table;
 }
 
-CDataTable AccountListTable(const AccountBook& book) {
-    CDataTable table;
-    AppendRow(table, {"account_id", "accountname", "trade_type", "fund_token"});
-    for (const Account& account : book.Accounts())
-        AppendRow(table, {account.id, account.customer, "1", account.fundToken});
-    return table;
-}
+CDataTable AccountTable(const Account& account) { return AccountRows({&account, 1}); }
+CDataTable AccountListTable(const AccountBook& book) { return AccountRows(book.Accounts()); }
 
 CDataTable GroupListTable(const AccountBook& book) {
     CDataTable table;

@@ -16,6 +16,8 @@ luadui::CDataTable CashFlowTable(const Account& account);  // what deals did to 
 luadui::CDataTable LastOrderTable(const Account& account);
 luadui::CDataTable LastDealTable(const Account& account);
 
+// A row per account.
+luadui::CDataTable AccountTable(const Account& account);
 luadui::CDataTable AccountListTable(const AccountBook& book);
 luadui::CDataTable GroupListTable(const AccountBook& book);
 

@@ -24,6 +24,17 @@ CDataTable BrokenTable() {
     return table;
 }
 
+CUIData MakeNews(int dataType, const std::string& topic, const std::string& fundToken,
+                 const CDataTable& rows) {
+    CUIData news;
+    news.SetData("DATATYPE", dataType);
+    news.SetData("Topic", topic);
+    news.SetData("FundToken", fundToken);
+    news.SetData("To", kClient);
+    news.SetData("Table", rows);
+    return news;
+}
+
 }  // namespace
 
 CUIData MakeAnswer(const CUIData& request, int dataType) {
@@ -59,13 +70,11 @@ CUIData MakeChangeNotice(int type, const std::string& fundToken, const std::stri
 }
 
 CUIData MakePush(std::string_view topic, const std::string& fundToken, const CDataTable& rows) {
-    CUIData push;
-    push.SetData("DATATYPE", kDataPush);
-    push.SetData("Topic", std::string(topic) + fundToken);
-    push.SetData("FundToken", fundToken);
-    push.SetData("To", kClient);
-    push.SetData("Table", rows);
-    return push;
+    return MakeNews(kDataPush, std::string(topic) + fundToken, fundToken, rows);
+}
+
+CUIData MakeOnlineNotice(const std::string& fundToken, const CDataTable& account) {
+    return MakeNews(kDataOnline, "AccountOnline", fundToken, account);
 }
 
 CUIData MakeGarbage(const CUIData& request, int dataType, unsigned variant) {

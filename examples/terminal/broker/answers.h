@@ -13,6 +13,7 @@ enum DataType : int {
     kDataFailed = -1,  // an error answer that does not say of what kind of data
     kDataOfPage = 2001,
     kDataChangeNotice = 2010,
+    kDataOnline = 2011,
     kDataPush = 2012,
 };
 
@@ -26,6 +27,8 @@ luadui::CUIData MakeChangeNotice(int type, const std::string& fundToken, const s
 // Rows that are new or changed, to whatever the client keeps: nobody asked for them.
 luadui::CUIData MakePush(std::string_view topic, const std::string& fundToken,
                          const luadui::CDataTable& rows);
+// "This account logged in", with its row of the list of accounts.
+luadui::CUIData MakeOnlineNotice(const std::string& fundToken, const luadui::CDataTable& account);
 // An answer that arrives but is not what was agreed: known keys with wrong kinds, broken text, rows without columns.
 // `variant` says which.
 luadui::CUIData MakeGarbage(const luadui::CUIData& request, int dataType, unsigned variant);

@@ -5,6 +5,7 @@
 
 #include "base/counters.h"
 #include "base/guard.h"
+#include "broker/account_tables.h"
 #include "broker/answers.h"
 #include "broker/services.h"
 
@@ -108,6 +109,16 @@ bool Broker::Trade(const std::string& fundToken, const std::string& code, Shares
     return ran && done;
 }
 
+bool Broker::ComeOnline(const std::string& fundToken) {
+    bool done = false;
+    _call([&] {
+        const Account* const account = m_book.Find(fundToken);
+        done = account != nullptr;
+        if (done) _deliver(MakeOnlineNotice(fundToken, AccountTable(*account)), &Stats::pushes);
+    });
+    return done;
+}
+
 void Broker::PlanFault(Fault fault, int count, std::chrono::milliseconds delay) {
     _call([&] { m_faults.Add(fault, count, delay); });
 }
@@ -133,6 +144,8 @@ void Broker::_handle(const CUIData& request) {
     request.GetData("Params", params);
     if (IsSet(params, "unsub")) return _unsubscribe(request);
     if (IsSet(params, "isSub")) _subscribe(request);
+    const Service* const service = FindService(TypeOf(request));
+    if (service && !service->serve) return;
     const FaultPlan::Step step = m_faults.Take();
     if (step.fault == Fault::kSilence) return;
     const Account* const account = m_book.Find(request.GetDataText("FundToken"));

@@ -39,6 +39,8 @@ class Broker {
     bool Submit(const luadui::CUIData& request);
     // AccountBook::Trade, followed by notices to the subscribers and pushes. Waits for the broker's thread.
     bool Trade(const std::string& fundToken, const std::string& code, Shares volume, std::string& error);
+    // Tells the client that this account logged in. False when there is none. Waits for the broker's thread.
+    bool ComeOnline(const std::string& fundToken);
     // See FaultPlan::Add.
     void PlanFault(Fault fault, int count, std::chrono::milliseconds delay);
 

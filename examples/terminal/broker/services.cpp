@@ -65,6 +65,8 @@ constexpr Service kServices[] = {
     {1203, 2004, true, true, ServeTable<DealTable>},
     {1204, 2005, true, true, ServeTable<OrderTable>},
     {1250, kOfPage, true, true, ServeTable<CashFlowTable>},
+    {1466, kOfPage, false, false, nullptr},  // log records
+    {1903, kOfPage, false, false, nullptr},  // accounts that came online, as the client sees it
 };
 
 constexpr News kTradeNews[] = {

@@ -21,7 +21,7 @@ struct Service {
     int dataType;       // "DATATYPE" of the answers: data that all pages share, or (2001) a page's own
     bool ofAccount;     // whether the request names an account
     bool isTradedWith;  // whether a trade changes what it answers, so that it can be subscribed to
-    Serve serve;
+    Serve serve;        // null: the request is taken and not answered
 };
 
 // Null for a type that the broker does not know.

@@ -197,6 +197,13 @@ int Trade(lua_State* L) {
     });
 }
 
+int ComeOnline(lua_State* L) {
+    const char* fundToken = luaL_checkstring(L, 1);
+    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
+        AddOutcome(answer, terminal.GetBroker().ComeOnline(fundToken), "no such account");
+    });
+}
+
 int PlanFault(lua_State* L) {
     const char* name = luaL_checkstring(L, 1);
     const auto count = static_cast<int>(luaL_optinteger(L, 2, 1));
@@ -248,6 +255,7 @@ constexpr luaL_Reg kFunctions[] = {
     // broker
     {"accounts", Accounts},
     {"trade", Trade},
+    {"come_online", ComeOnline},
     {"fault", PlanFault},
     {"broker_stats", BrokerStats},
 };

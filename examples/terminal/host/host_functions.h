@@ -34,6 +34,7 @@ class Terminal;
 //   broker
 //     accounts()                 array of {fund_token, customer}
 //     trade(fund_token, code, volume)
+//     come_online(fund_token)    the account logs in
 //     fault(kind, count, ms)
 //     broker_stats()             {requests, answers, notices, pushes}, and by request type {["1201"] = requests}
 class HostFunctions {

@@ -39,7 +39,8 @@ CDataSet SetOf(std::string_view list) {
 
 CDataSet AccountsOf(const CUIData& record) {
     CDataSet accounts;
-    if (!record.GetData("fund_token", accounts)) accounts = SetOf(record.GetDataText("fund_token"));
+    if (!record.GetData("fund_token", accounts) && !record.GetData("usertoken_set", accounts))
+        accounts = SetOf(record.GetDataText("fund_token"));
     return accounts;
 }
 
@@ -56,11 +57,12 @@ std::string ListOf(std::string_view kind) {
     return std::string(kind);
 }
 
+// -1 without a table.
 int RowsOf(const CUIData& record) {
-    int rows = 0;
+    int rows = -1;
     for (const auto [name, value] : record) {
         CDataTable table;
-        if (value.Get(table)) rows += table.GetRowNumber();
+        if (value.Get(table)) rows = std::max(rows, 0) + table.GetRowNumber();
     }
     return rows;
 }

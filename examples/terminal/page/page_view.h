@@ -20,7 +20,7 @@ constexpr UINT kMsgPageView = WM_APP + 1;
 //
 //   "page"      the page's name         "kind"      the data kind
 //   "accounts"  separated by commas     "why"       why it came: see page/data_page.h
-//   "rows"      of all tables in it     "code" "message"    what the server says became of it; 0 is success
+//   "rows"      of its tables, or -1    "code" "message"    what the server says became of it; 0 is success
 constexpr UINT kMsgPageRecord = WM_APP + 3;
 
 // False when the window's queue is full or the window gone.

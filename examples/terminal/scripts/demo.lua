@@ -205,6 +205,8 @@ step("A script sends a frame message", "it reaches the host window", function()
            frame and ("%d %s.%s %s"):format(frame.code, frame.target, frame.method, frame.body) or "nothing came"
 end)
 
+require("data_pages").run(session, step, {PAGE, "第二页"})
+
 step("Clean end", "the UI thread ends within ten seconds and creates no page any more", function()
     local ended, reason = terminal.stop_ui()
     local created = session.open_page("过晚", ACCOUNT)

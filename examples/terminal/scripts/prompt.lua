@@ -41,6 +41,18 @@ local commands = {
         session.idle(200)
         return "page " .. page .. " is open; \"show " .. page .. "\" shows it"
     end},
+    {"data", "PAGE KINDS ACCOUNTS [GROUP]", "open a page of data kinds, e.g. data 总览 fund,position 880001,880002",
+     function(session, page, kinds, accounts, group)
+        local info = ("kinds=%s;fund_token=%s;group=%s"):format(kinds, accounts, group or "")
+        checked(session.open_data_page(page, info), "the page cannot be created; log/luadui.log says why")
+        session.idle(200)
+        return "page " .. page .. " is open; what it receives is printed as it comes"
+    end},
+    {"ask", "PAGE KIND [fresh]", "let a data page ask for a kind", function(session, page, kind, fresh)
+        check_page(session, page)
+        session.command(page, {["do"] = "ask", kind = kind, refresh = fresh and 1 or 0})
+        session.idle(200)
+    end},
     {"show", "PAGE", "what a page shows", function(session, page)
         check_page(session, page)
         local view = checked(session.view(page), "the page has shown nothing yet")
@@ -100,9 +112,9 @@ local commands = {
 local function usage(command) return command[1] .. (command[2] ~= "" and " " .. command[2] or "") end
 
 local function help()
-    for _, command in ipairs(commands) do print(("  %-30s %s"):format(usage(command), command[3])) end
-    print(("  %-30s %s"):format("help", "this list"))
-    print(("  %-30s %s"):format("quit", "end the terminal (or Ctrl-D)"))
+    for _, command in ipairs(commands) do print(("  %-34s %s"):format(usage(command), command[3])) end
+    print(("  %-34s %s"):format("help", "this list"))
+    print(("  %-34s %s"):format("quit", "end the terminal (or Ctrl-D)"))
 end
 
 local function find(name)
@@ -137,6 +149,7 @@ local function run_line(session, line)
         print("  " .. answer)
     end
     session.idle(50) -- what the command caused mostly arrives meanwhile
+    for record in session.take_record do print("  " .. session.record_text(record)) end
     return true
 end
 

@@ -3,6 +3,7 @@
 local session = {
     settings_file = "\\qsclient\\users\\user.cfg",
     fund_library = "/fundpage.dll", -- a library's name, below the program's folder
+    data_library = "/datapage.dll",
     luadui = nil, -- the library's Lua functions, once started
     market = nil, -- what became of the market database: {count, made, left_out}, or nil
     market_fault = nil, -- and why not
@@ -58,12 +59,39 @@ function session.open_page(page, fund_token, library)
                                   "fund_token=" .. fund_token .. ";user=demo", terminal.window(), 0, 0, 0, true)
 end
 
+-- Opens a page that gets data by name; `info` is its init string (see page/data_page.h).
+function session.open_data_page(page, info)
+    return session.luadui.on_init(to_codepage(page), session.data_library, to_codepage(info), terminal.window(), 0, 0, 0, true)
+end
+
 function session.sleep(page, asleep) session.luadui.on_switchtab(to_codepage(page), asleep and 1 or 0) end
 
 -- The host's message to the page, through its page sign.
 function session.tell(page, text)
     local quoted = require("cjson").encode({message = text})
     session.luadui.on_error("fundpage:" .. to_codepage(page), to_codepage(quoted))
+end
+
+-- What a data page is to do: {["do"] = "ask", kind = "fund"...}.
+function session.command(page, command)
+    session.luadui.on_error("datapage:" .. to_codepage(page), to_codepage(require("cjson").encode(command)))
+end
+
+-- The next report of a record that a data page received, {page, kind, accounts, why, rows, code, message}; nil when there
+-- is none.
+function session.take_record()
+    local record = terminal.take_record()
+    if record then record.page, record.message = to_utf8(record.page), to_utf8(record.message) end
+    return record
+end
+
+-- "page <- fund 880001, 3 rows (answer)"
+function session.record_text(record)
+    local text = ("%s <- %s"):format(record.page, record.kind)
+    if record.accounts ~= "" then text = text .. " " .. record.accounts end
+    if record.rows >= 0 then text = ("%s, %d rows"):format(text, record.rows) end
+    text = ("%s (%s)"):format(text, record.why)
+    return record.message == "" and text or text .. ": " .. record.message
 end
 
 -- Settings of the file that the library was told with use_settings, through the library. It prints what it does, in code
