@@ -132,4 +132,14 @@ class Summary {
 
 CDataTable SumPositions(const CDataTable& positions) { return Summary(positions).Take(); }
 
+void SumView(CUIData& view) {
+    constexpr char kSum[] = "positionsum";
+    const std::string joinedKind = view.GetType();
+    CDataTable joined;
+    view.GetData(joinedKind, joined);
+    view.Remove(joinedKind);
+    view.SetData(kSum, SumPositions(joined));
+    view.SetType(kSum);
+}
+
 }  // namespace luadui

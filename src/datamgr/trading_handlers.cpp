@@ -12,8 +12,6 @@
 namespace luadui {
 namespace {
 
-constexpr std::string_view kPositionSum = "positionsum";
-
 // Lists of positions follow the funds of the account that is named here.
 bool IsFund(std::string_view kind) { return kind == "fund" || kind == "credit_fund"; }
 
@@ -49,14 +47,7 @@ void DeliverView(CUIDataManager& manager, const CTokenTableList& list, Answer& a
     CUIData view = MakeAnswerRecord(answer, answer.kind);
     view.SetData("fund_token", tokens);
     if (!list.MergeMultiAccount(view)) return CCounters::Add("view_waits_for_accounts");
-    if (answer.kind == kPositionSum) {
-        const std::string joinedKind = view.GetType();
-        CDataTable joined;
-        view.GetData(joinedKind, joined);
-        view.Remove(joinedKind);
-        view.SetData(kPositionSum, SumPositions(joined));
-        view.SetType(kPositionSum);
-    }
+    if (answer.kind == "positionsum") SumView(view);
     Tell(manager, view, answer.handle);
 }
 

@@ -5,6 +5,8 @@
 #include "datamgr/position_sum.h"
 #include "datamgr/trade_calendar.h"
 #include "datamgr/ui_data_manager.h"
+#include "datamgr/ui_registry.h"
+#include "datamgr/ui_stock_data_manager.h"
 
 namespace luadui {
 namespace {
@@ -44,13 +46,18 @@ bool CUIDataManager::_handleFactoryData(CUIData& request) {
 
 // What no factory can make is asked of the server: a page need not know where its data come from.
 void CUIDataManager::_handleFactoryRequest(CUIData& record) {
-    if (!_handleFactoryData(record)) {
+    const int32_t self = GetHandle();
+    int32_t handle = kNoHandle;
+    record.GetData("handle", handle);
+    const bool isMade = record.GetDataLong("refresh") == 0 && _handleFactoryData(record);
+    if (CBaseObject::Find(self) != this) return;  // the host was asked meanwhile
+    if (!isMade) {
         _handleRequest(record);
         return;
     }
     record.SetData("ret_code", 0);
     record.SetData("ret_message", "");
-    ResponseNotify(&record, static_cast<int>(record.GetDataLong("handle")), false);
+    ResponseNotify(&record, handle, false);
 }
 
 bool CUIDataManager::_getConfig(CUIData& data) { return GetConfig(data); }
@@ -76,9 +83,13 @@ bool CUIDataManager::_fillSkin(CUIData& data) {
     return true;
 }
 
+// The calendar is the same for all: that of the common data serves pages that never asked for it.
 bool CUIDataManager::_getHolidays(CDataSet& holidays) const {
+    constexpr char kHolidays[] = "holidays";
     CUIData calendar;
-    return m_lists.Shared().GetData("holidays", calendar) && calendar.GetData("holidays", holidays);
+    const auto& common = CUIStockDataManager::get_mutable_instance().CommonData().Lists();
+    return (m_lists.Shared().GetData(kHolidays, calendar) || common.Shared().GetData(kHolidays, calendar)) &&
+           calendar.GetData(kHolidays, holidays);
 }
 
 bool CUIDataManager::_isTradeDate(CUIData& data) {
@@ -92,20 +103,30 @@ bool CUIDataManager::_getTradeDate(CUIData& data) {
     return _getHolidays(holidays) && ShiftTradeDate(data, holidays);
 }
 
+// The common data manager holds the lists of common kinds, also for views that are none.
+const CTokenTableList* CUIDataManager::_findList(std::string_view kind) const {
+    const CTokenTableList* const own = m_lists.Find(kind);
+    if (own || m_runType != kTypePageData || !IsCommonKind(kind)) return own;
+    return CUIStockDataManager::get_mutable_instance().CommonData().Lists().Find(kind);
+}
+
 bool CUIDataManager::_mergeAccounts(CUIData& data) {
-    const CTokenTableList* const list = m_lists.Find(ListStore::ListOfView(data.GetTypeText()));
-    return list && list->MergeMultiAccount(data);
+    const CTokenTableList* const list = _findList(ListStore::ListOfView(data.GetTypeText()));
+    if (!list) return false;
+    CUIData view = data;
+    if (data.GetDataType("fund_token") == kDataString) {
+        CDataSet single;
+        single.Insert(data.GetDataText("fund_token"));
+        view.SetData("fund_token", single);
+    }
+    if (!list->MergeMultiAccount(view)) return false;
+    data = view;
+    return true;
 }
 
 bool CUIDataManager::_sumPositions(CUIData& data) {
-    const std::string kind = data.GetType();
     if (!_mergeAccounts(data)) return false;
-    const std::string joinedKind = data.GetType();
-    CDataTable joined;
-    data.GetData(joinedKind, joined);
-    data.Remove(joinedKind);
-    data.SetData(kind, SumPositions(joined));
-    data.SetType(kind);
+    SumView(data);
     return true;
 }
 

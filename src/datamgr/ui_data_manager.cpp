@@ -79,11 +79,20 @@ bool CUIDataManager::IsCommonData(const std::string& kind) {
 }
 
 void CUIDataManager::RegisterNotify(unsigned int handle, std::string kind) {
-    if (m_notify.Add(handle, kind, NotifyTable::kRegistered)) _kindWanted(kind);
+    Listen(handle, kind, NotifyTable::kRegistered, true);
 }
 
 void CUIDataManager::UnRegisterNotify(unsigned int handle, std::string kind) {
-    if (m_notify.Remove(handle, kind, NotifyTable::kRegistered)) _kindUnwanted(kind);
+    Listen(handle, kind, NotifyTable::kRegistered, false);
+}
+
+void CUIDataManager::Listen(uint32_t window, const std::string& kind, NotifyTable::Reason reason,
+                            bool wants) {
+    if (wants) {
+        if (m_notify.Add(window, kind, reason)) _kindWanted(kind);
+    } else {
+        if (m_notify.Remove(window, kind, reason)) _kindUnwanted(kind);
+    }
 }
 
 void CUIDataManager::RunAccountCommand(const char* command) {

@@ -88,6 +88,9 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     virtual void UnRegisterNotify(unsigned int handle, std::string kind);
     // Delivers `record` to the window `handle` and, with `notifyOthers`, to all others that registered for its kind.
     void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
+    // What registering and subscribing have in common: from now on the window hears of the kind for that reason, or no
+    // longer.
+    virtual void Listen(uint32_t window, const std::string& kind, NotifyTable::Reason reason, bool wants);
 
     // Completes and sends a request: "UUID", "From" and, in "Params", "id", "log_source", "bNeedRefresh", "routeType",
     // "destServer". False when it was not sent.
@@ -166,7 +169,8 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // Subscribing (ui_data_subscribe.cpp)
     void _handleSubRequest(const CUIData& record, bool subscribe);
     void _handleSingeSubReq(const CUIData& record, bool subscribe);
-    void _listen(uint32_t window, const std::string& kind, bool listen);
+    void _leaveTopicsOfGone();
+    void _sendSubscription(int type, const CUIData& params);
 
     // Local factories (ui_data_factory.cpp): each answers into the record and says whether it could
     bool _handleFactoryData(CUIData& request);
@@ -183,6 +187,7 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     bool _mergeAccounts(CUIData& data);
     bool _sumPositions(CUIData& data);
     bool _getHolidays(CDataSet& holidays) const;
+    const CTokenTableList* _findList(std::string_view kind) const;
 
     // Saving (ui_data_save.cpp)
     void _handleSaveData(CUIData& record);
@@ -192,11 +197,13 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     void _savePageSign(CUIData& data);
     void _shareForPages(CUIData& data);
     void _publish(CUIData& data);
+    void _tell(CUIData news);
     void _handleWriteLog(CUIData& data);
     static bool _writeLog(const std::string& message, const std::string& fileName);
 
     // The host's Lua side (ui_data_lua.cpp)
     void _sendLua(CUIData& record);
+    void _callLua(CUIData& record);
 
     // Answers and pushes (ui_data_response.cpp)
     bool IngnoreData(const CQueueRespData& response) const;

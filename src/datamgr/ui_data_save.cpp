@@ -1,9 +1,13 @@
 // Saving: what pages put down for themselves and for each other, and the settings that they change.
+#include <utility>
+
 #include "base/counters.h"
 #include "datamgr/client_log.h"
 #include "datamgr/config_store.h"
 #include "datamgr/kind_table.h"
 #include "datamgr/ui_data_manager.h"
+#include "datamgr/ui_registry.h"
+#include "datamgr/ui_stock_data_manager.h"
 #include "messaging/host_link.h"
 
 namespace luadui {
@@ -54,29 +58,39 @@ void CUIDataManager::_handleSaveData(CUIData& record) {
     };
     const Saver* const saver = KindIndex<kSavers, &Saver::kind>::Find(record.GetTypeText());
     if (!saver) return CCounters::Add("save_kind_unknown");
-    (this->*saver->save)(record);
+    // What all pages share is kept where all pages look for it.
+    const bool isCommon = m_runType == kTypePageData && IsCommonKind(saver->kind);
+    CUIDataManager& keeper = isCommon ? CUIStockDataManager::get_mutable_instance().CommonData() : *this;
+    (keeper.*saver->save)(record);
 }
 
 // The skin shows at the next start of a page; the user's settings keep it for the next start of the terminal.
 void CUIDataManager::_saveSkin(CUIData& data) {
+    CUIData news = ContentOf(data);
     const std::string skin = data.GetDataString("skin");
+    const int32_t self = GetHandle();
     _setSkin(skin);
     WriteConfig(kUserConfigFile, "skin", skin);
-    _publish(data);
+    if (CBaseObject::Find(self) == this) _tell(std::move(news));
 }
 
 void CUIDataManager::_saveInstConfig(CUIData& data) {
     constexpr char kConfig[] = "mutiinst_config";
-    CUIData config(kConfig);
-    const bool isShared = GetDataShared(kConfig, config);
-    for (const auto [key, value] : ContentOf(data)) {
-        if (value.Kind() != kDataString) continue;
-        config.SetData(key, value);
-        WriteConfig(kUserConfigFile, std::string(key), std::string(value.AsText()));
+    const CUIData settings = ContentOf(data);
+    CUIData news;
+    {
+        CUIData config(kConfig);
+        if (!m_lists.Shared().GetDataShared(kConfig, config)) ShareData(kConfig, config);
+        for (const auto [key, value] : settings) {
+            if (value.Kind() == kDataString) config.SetData(key, value);
+        }
+        news = config;
     }
-    if (!isShared) ShareData(kConfig, config);
-    CUIData news = config;
-    ResponseNotify(&news, kNoHandle, true);
+    const int32_t self = GetHandle();
+    for (const auto [key, value] : settings) {
+        if (value.Kind() == kDataString) WriteConfig(kUserConfigFile, std::string(key), value.AsText());
+    }
+    if (CBaseObject::Find(self) == this) _tell(std::move(news));
 }
 
 void CUIDataManager::_saveSettingConfig(CUIData& data) { SaveSettingConfig(ContentOf(data)); }
@@ -90,18 +104,20 @@ void CUIDataManager::_savePageSign(CUIData& data) {
 
 void CUIDataManager::_shareForPages(CUIData& data) {
     CUIData content = ContentOf(data);
+    CUIData news = content;
     CUIData shared;
-    if (GetDataShared(content.GetType(), shared)) {
+    if (m_lists.Shared().GetDataShared(content.GetType(), shared)) {
         shared = content;  // those that attached it see the new content
     } else {
         ShareData(content.GetType(), content);
     }
-    CUIData news = content;
-    ResponseNotify(&news, kNoHandle, true);
+    _tell(std::move(news));
 }
 
-void CUIDataManager::_publish(CUIData& data) {
-    CUIData news = ContentOf(data);
+void CUIDataManager::_publish(CUIData& data) { _tell(ContentOf(data)); }
+
+void CUIDataManager::_tell(CUIData news) {
+    news.SetData("handle", kNoHandle);
     ResponseNotify(&news, kNoHandle, true);
 }
 

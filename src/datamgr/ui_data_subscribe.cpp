@@ -37,10 +37,11 @@ int TypeOf(const CUIData& record) {
 
 // The topic of the server's pushes. The eight ordinary account topics are completed by the subscription dispatcher, the
 // others that end in "|" here.
-std::string KeyOf(const CUIData& record, int type) {
+std::string KeyOf(const CUIData& record) {
     std::string key = record.GetDataString("key");
-    if (key.empty() && !IsCodeKeyedRequest(type)) key = PushKeyOfKind(record.GetTypeText());
-    if (key.ends_with("GGT|")) key += record.GetDataText("fund_token");
+    if (key.empty()) key = PushKeyOfKind(record.GetTypeText());
+    const TextView token = record.GetDataText("fund_token");
+    if (key.ends_with('|') && CompleteTopic(key, token) == key) key += token;
     return key;
 }
 
@@ -53,10 +54,11 @@ CUIData MakeParams(const CUIData& record, int type, bool subscribe) {
     int32_t handle = 0;
     if (record.GetData("handle", handle)) params.SetData("handle", std::to_string(handle));
     if (type == kReqSubscribeSecurity) {
-        params.SetData("code", record.GetDataText("stock_code"));
         params.SetData("DataItems", kQuoteDataItems);
     }
-    if (const std::string key = KeyOf(record, type); !key.empty()) params.SetData("key", key);
+    const TextView code = record.GetDataText("stock_code");
+    if (IsCodeKeyedRequest(type) && record.GetDataText("code").empty()) params.SetData("code", code);
+    if (const std::string key = KeyOf(record); !key.empty()) params.SetData("key", key);
     if (!subscribe) params.SetData("unsub", "true");
     return params;
 }
@@ -89,24 +91,30 @@ void CUIDataManager::_handleSingeSubReq(const CUIData& record, bool subscribe) {
     record.GetData("handle", handle);
     const auto window = static_cast<uint32_t>(std::max(handle, 0));
     const std::string topic = TopicOf(params);
+    if (subscribe) _leaveTopicsOfGone();
     const auto change =
         subscribe ? m_subscriptions.Add(topic, kind, window) : m_subscriptions.Remove(topic, kind, window);
-    if (change.ofKind && window != 0) _listen(window, kind, subscribe);
+    if (change.ofKind && window != 0) Listen(window, kind, NotifyTable::kSubscribed, subscribe);
+    if (topic.empty()) return;  // made in the terminal itself: whoever makes it tells those who listen
     // A topic is left when nobody here wants it any more; asking for it again does no harm.
-    if (!subscribe && !change.ofTopic) return;
-    CQueueReqItem item;
-    item.SetData("REQTYPE", type);
-    item.SetData("FundToken", record.GetDataText("fund_token"));
-    item.SetData("Params", params);
-    Request(item);
+    if (subscribe || change.ofTopic) _sendSubscription(type, params);
 }
 
-void CUIDataManager::_listen(uint32_t window, const std::string& kind, bool listen) {
-    if (listen) {
-        if (m_notify.Add(window, kind, NotifyTable::kSubscribed)) _kindWanted(kind);
-    } else {
-        if (m_notify.Remove(window, kind, NotifyTable::kSubscribed)) _kindUnwanted(kind);
+void CUIDataManager::_leaveTopicsOfGone() {
+    for (const std::string& topic : m_subscriptions.DropGone()) {
+        CUIData params;
+        params.SetData("key", topic);
+        params.SetData("unsub", "true");
+        _sendSubscription(kReqSubscribe, params);
     }
+}
+
+void CUIDataManager::_sendSubscription(int type, const CUIData& params) {
+    CQueueReqItem item;
+    item.SetData("REQTYPE", type);
+    item.SetData("FundToken", params.GetDataText("fund_token"));
+    item.SetData("Params", params);
+    Request(item);
 }
 
 }  // namespace luadui

@@ -62,8 +62,10 @@ CUIPageData::~CUIPageData() {
     for (const std::string& kind : m_notify.Kinds()) {
         _kindUnwanted(kind);
         if (!IsHeardThere(kind)) continue;
-        for (const uint32_t handle : m_notify.Handles(kind))
-            Router().CommonData().UnRegisterNotify(handle, kind);
+        for (const uint32_t handle : m_notify.Handles(kind)) {
+            for (const auto reason : {NotifyTable::kRegistered, NotifyTable::kSubscribed})
+                Router().CommonData().Listen(handle, kind, reason, false);
+        }
     }
     Router().UnRegisterPage(m_name);
 }
@@ -147,13 +149,16 @@ void CUIPageData::SetData(CUIData* record, SET_DATA mode) {
 
 void CUIPageData::RegisterNotify(unsigned int handle, std::string kind) {
     if (m_isRegistered) _ownWindow(handle);
-    if (IsHeardThere(kind)) Router().CommonData().RegisterNotify(handle, kind);
     CUIDataManager::RegisterNotify(handle, std::move(kind));
 }
 
 void CUIPageData::UnRegisterNotify(unsigned int handle, std::string kind) {
-    if (IsHeardThere(kind)) Router().CommonData().UnRegisterNotify(handle, kind);
     CUIDataManager::UnRegisterNotify(handle, std::move(kind));
+}
+
+void CUIPageData::Listen(uint32_t window, const std::string& kind, NotifyTable::Reason reason, bool wants) {
+    if (IsHeardThere(kind)) Router().CommonData().Listen(window, kind, reason, wants);
+    CUIDataManager::Listen(window, kind, reason, wants);
 }
 
 void CUIPageData::_kindWanted(const std::string& kind) {

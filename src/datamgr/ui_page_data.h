@@ -40,6 +40,7 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     void SetData(CUIData* record, SET_DATA mode) override;
     void RegisterNotify(unsigned int handle, std::string kind) override;
     void UnRegisterNotify(unsigned int handle, std::string kind) override;
+    void Listen(uint32_t window, const std::string& kind, NotifyTable::Reason reason, bool wants) override;
 
     // Whether the window gets news of the kind.
     bool Wants(uint32_t handle, std::string_view kind) const { return m_notify.Has(handle, kind); }
