@@ -57,7 +57,9 @@ constexpr auto MakeRoutes() {
         size_t end = begin + 1;
         while (end < kPairCount && kPairs[end].key == kPairs[begin].key) ++end;
         const std::string_view key = kPairs[begin].key;
-        route = {key, PushedListIndex::Contains(key) ? MergePush : PublishPush,
+        const bool isMerged =
+            std::ranges::find(kPushedLists, key, &PushedList::key) != std::end(kPushedLists);
+        route = {key, isMerged ? MergePush : PublishPush,
                  std::span<const std::string_view>(&kKinds[begin], end - begin)};
         begin = end;
     }
