@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "base/counters.h"
+#include "base/data_list.h"
 #include "base/text.h"
 #include "page/page_exports.h"
 #include "page/page_view.h"
@@ -15,9 +16,10 @@ namespace {
 
 using luadui::CDataSet;
 using luadui::CDataTable;
-using luadui::CJsonObject;
 using luadui::CUIData;
 using luadui::Gbk;
+
+constexpr char kHostMessage[] = "lua_subscribe";
 
 // Kinds with a table for each account.
 constexpr std::string_view kKindsOfAccounts[] = {"fund", "position", "deal", "entrust"};
@@ -67,13 +69,24 @@ int RowsOf(const CUIData& record) {
     return rows;
 }
 
+std::string TextOf(const luadui::ValueView& value) {
+    CDataSet set;
+    luadui::CDataList list;
+    if (value.Get(set)) return Joined(set);
+    if (value.Get(list)) {
+        for (const auto [key, item] : list) set.Insert(item.AsText());
+        return Joined(set);
+    }
+    if (value.Kind() == luadui::kDataInteger) return std::to_string(value.AsLong());
+    if (value.Kind() == luadui::kDataBoolean) return value.AsBool() ? "yes" : "no";
+    return value.AsText();
+}
+
 // The entries that are no tables, "name=value" separated by blanks.
 std::string FieldsOf(const CUIData& record) {
     std::string text;
     for (const auto [name, value] : record) {
-        CDataSet set;
-        std::string shown = value.Get(set) ? Joined(set) : value.AsText();
-        if (value.Kind() == luadui::kDataInteger) shown = std::to_string(value.AsLong());
+        const std::string shown = TextOf(value);
         if (!shown.empty() && !IsOneOf(name, kCommonEntries))
             text.append(text.empty() ? "" : " ").append(name).append("=").append(shown);
     }
@@ -101,11 +114,6 @@ std::string TextOf(const CDataTable& table, size_t columns) {
 
 }  // namespace
 
-void DataPage::Commands::OnResponse(const luadui::CQueueRespData* response) {
-    CJsonObject command;
-    if (response && response->GetData("JsonData", command)) m_page._run(command);
-}
-
 DataPage::DataPage(const luadui::PageInit& init)
     : TextPage(init),
       m_data(init.name),
@@ -124,10 +132,10 @@ TextPage* CreatePage(const luadui::PageInit& init) { return DataPage::Create(ini
 
 void DataPage::_start() {
     m_data.SetRequestSource("datapage");
-    m_commands.SendLuaSync("page_register", "{}", "datapage:" + m_name);
+    m_data.SendLuaSync("page_register", "{}", "datapage:" + m_name);
     const std::string kinds = _parameter(m_info, "kinds");
-    const std::string heard = _parameter(m_info, "hear");
-    for (const std::string& list : {kinds, heard})
+    m_data.RegisterNotify(GetHandle(), kHostMessage);
+    for (const std::string& list : {kinds, _parameter(m_info, "hear")})
         for (const std::string_view kind : luadui::SplitText(list, ','))
             m_data.RegisterNotify(GetHandle(), std::string(kind));
     for (const std::string_view kind : luadui::SplitText(kinds, ',')) {
@@ -144,12 +152,12 @@ void DataPage::Sleep(bool asleep) {
 
 // Asking.
 
-void DataPage::_run(const CJsonObject& command) {
-    const std::string what = command.GetString("do");
-    const std::string kind = command.GetString("kind");
-    CUIData record(kind);
-    for (const auto [name, value] : command)
-        if (name != "do" && name != "kind") record.SetData(name, value);
+void DataPage::_run(const CUIData& command) {
+    const std::string what = command.GetDataString("do");
+    const std::string kind = command.GetDataString("kind");
+    CUIData record = command;
+    record.SetType(kind);
+    for (const char* name : {"do", "kind", "ret_code", "ret_message"}) record.Remove(name);
     if (record.GetDataText("fund_token").find(',') != std::string_view::npos)
         record.SetData("fund_token", AccountsOf(record));
     if (what == "ask") return _ask(std::move(record));
@@ -188,6 +196,7 @@ void DataPage::_send(CUIData record) {
 
 void DataPage::OnNotify(void* data) {
     const CUIData& record = *static_cast<CUIData*>(data);
+    if (record.GetTypeText() == kHostMessage) return _run(record);
     _report(record, _whyOf(record));
     _take(record);
     _changed();

@@ -8,9 +8,7 @@
 
 #include "base/data_set.h"
 #include "base/data_table.h"
-#include "base/json_object.h"
 #include "datamgr/ui_page_data.h"
-#include "messaging/request_object.h"
 #include "page/text_page.h"
 
 namespace terminal {
@@ -27,7 +25,8 @@ namespace terminal {
 // Parameters, lists separated by commas: "kinds" are asked and heard of, "hear" are heard of only, "fund_token" are the
 // accounts (none: all), "group" the account group.
 //
-// The host's scripts tell it what to do by messages to the page sign "datapage:<name>": {"do": ..., "kind": ...}, where
+// The host's scripts tell it what to do by messages to the page sign "datapage:<name>", which come as records of kind
+// "lua_subscribe": {"do": ..., "kind": ...}, where
 // "do" is "ask" (from the cache or the server), "send" (a request to the server), "hear", "unhear" or "close". All other
 // members go into the record: the question's parameters.
 class DataPage : public TextPage {
@@ -43,20 +42,11 @@ class DataPage : public TextPage {
     std::string _text(size_t columns) const override;
 
   private:
-    // Receives the messages of the host's scripts.
-    class Commands : public luadui::CRequestObject {
-      public:
-        explicit Commands(DataPage& page) : m_page(page) {}
-        void OnResponse(const luadui::CQueueRespData* response) override;
-
-      private:
-        DataPage& m_page;
-    };
     using TableName = std::pair<std::string, std::string>;  // kind, account (empty: of all)
 
     explicit DataPage(const luadui::PageInit& init);
     void _start();
-    void _run(const luadui::CJsonObject& command);
+    void _run(const luadui::CUIData& command);
     void _ask(luadui::CUIData record);
     void _send(luadui::CUIData record);
     void _complete(luadui::CUIData& record) const;
@@ -69,7 +59,6 @@ class DataPage : public TextPage {
     bool _shows(std::string_view account) const;
 
     luadui::CUIPageData m_data;
-    Commands m_commands{*this};
     luadui::CDataSet m_accounts;
     const std::string m_group;
     bool m_isAsking = false;  // a question is being asked right now

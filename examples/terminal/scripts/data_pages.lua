@@ -1,17 +1,19 @@
 -- The part of the scenario with data pages: three of them get data by name from the same accounts, two awake and one
 -- asleep, while these accounts change. Each step says which page must get which record, and why.
+local step = require("steps").step
 local data_pages = {}
 
 local ALL, CORE, BACK = "总览", "核心", "后台"
 
-function data_pages.run(session, step, pages_before)
+-- `before` is what the steps before left: their pages, and the orders of account 880001 and its shares of 600000.
+function data_pages.run(session, before)
     -- Log records leave when they like.
     local function sent() return terminal.broker_stats().requests - session.requests(1466) end
 
     -- Does `act`, then collects what pages report: all that is expected, and whatever else comes within 200 ms. Answers
     -- whether it was exactly that, in whatever order, and says what came and how many requests left.
     local function check(expected, requests, act)
-        local before, seen, missing = sent(), {}, {}
+        local sent_before, seen, missing = sent(), {}, {}
         for _, text in ipairs(expected) do missing[text] = (missing[text] or 0) + 1 end
         local left, surplus = #expected, 0
         act()
@@ -33,7 +35,7 @@ function data_pages.run(session, step, pages_before)
         for text, count in pairs(missing) do
             for _ = 1, count do seen[#seen + 1] = text .. "  MISSING" end
         end
-        local asked = sent() - before
+        local asked = sent() - sent_before
         table.insert(seen, 1, ("%d records, %d requests sent"):format(#seen, asked))
         return left == 0 and surplus == 0 and asked == requests, table.concat(seen, "\n              ")
     end
@@ -48,6 +50,8 @@ function data_pages.run(session, step, pages_before)
         for _, text in ipairs(second) do first[#first + 1] = text end
         return first
     end
+    -- A table of account 880001 with a row for each of its orders, of which there are so many more by now.
+    local function rows(kind, more, why) return ("%s 880001, %d rows (%s)"):format(kind, before.orders + more, why) end
     local function order(page, account, code, volume)
         session.command(page, {["do"] = "send", kind = "create_entrust", fund_token = account, stock_code = code,
                                entrust_amount = volume, entrust_type = "buy"})
@@ -55,7 +59,7 @@ function data_pages.run(session, step, pages_before)
     local function shows(page, pattern) return session.view(page).text:find(pattern) ~= nil end
 
     -- The pages of the steps before would ask, too.
-    for _, page in ipairs(pages_before) do session.sleep(page, true) end
+    for _, page in ipairs(before.pages) do session.sleep(page, true) end
     session.idle(100)
 
     step("A page asks for accounts and the data of two of them",
@@ -64,7 +68,7 @@ function data_pages.run(session, step, pages_before)
                         "accountdatalist 880001,880002,880003, 3 rows (push)",
                         "accountdatalist 880001,880002,880003, 3 rows (push)", "fund 880001, 3 rows (answer)",
                         "fund 880002, 1 rows (answer)", "position 880001, 9 rows (answer)",
-                        "position 880002, 2 rows (answer)", "entrust 880001, 8 rows (answer)",
+                        "position 880002, 2 rows (answer)", rows("entrust", 0, "answer"),
                         "entrust 880002, 0 rows (answer)"), 8, function()
             session.open_data_page(ALL, "kinds=account,accountgroup,fund,position,entrust;" ..
                                        "hear=accountdatalist,entrustpush,messagecenter;fund_token=880001,880002")
@@ -74,7 +78,7 @@ function data_pages.run(session, step, pages_before)
     step("A page of one account and a group", "what the first one asked for comes from the cache, the deals from the server",
          function()
         return check(to(CORE, "accountdatalist 880001, 1 rows (from the cache)", "fund 880001, 3 rows (from the cache)",
-                        "deal 880001, 8 rows (answer)"), 1, function()
+                        rows("deal", 0, "answer")), 1, function()
             session.open_data_page(CORE, "kinds=accountdatalist,fund,deal;fund_token=880001;group=核心")
         end)
     end)
@@ -82,7 +86,7 @@ function data_pages.run(session, step, pages_before)
     step("A third page, with data that are all there", "nothing is sent", function()
         return check(to(BACK, "accountdatalist 880001,880002,880003, 3 rows (from the cache)",
                         "fund 880001, 3 rows (from the cache)", "position 880001, 9 rows (from the cache)",
-                        "deal 880001, 8 rows (from the cache)"), 0, function()
+                        rows("deal", 0, "from the cache")), 0, function()
             session.open_data_page(BACK, "kinds=accountdatalist,fund,position,deal;fund_token=880001")
         end)
     end)
@@ -104,12 +108,12 @@ function data_pages.run(session, step, pages_before)
 
     step("The third page wakes", "it gets each kind that changed once, from the cache, and shows the newest numbers", function()
         local good, seen = check(to(BACK, "accountdatalist 880001,880002,880003, 3 rows (asked on waking)",
-                                    "deal 880001, 9 rows (asked on waking)",
+                                    rows("deal", 1, "asked on waking"),
                                     "fund 880001,880002, 4 rows (asked on waking)",
                                     "position 880001,880002, 11 rows (asked on waking)"), 0, function()
             session.sleep(BACK, false)
         end)
-        return good and shows(BACK, "\n600000 [^\n]* 14600 "), seen
+        return good and shows(BACK, ("\n600000 [^\n]* %d "):format(before.shares + 100)), seen
     end)
 
     step("The first page asks again, then wants fresh data", "the cache answers; then the server, and only the asker", function()
@@ -147,12 +151,35 @@ function data_pages.run(session, step, pages_before)
     end)
 
     step("Data of a page's own", "the cash flow goes to the asker, the holidays stay with the page that has them", function()
-        return check(both(to(CORE, "fund_detail 880001, 9 rows (answer)"),
+        return check(both(to(CORE, rows("fund_detail", 1, "answer")),
                           to(ALL, "holidays (answer)", "holidays (from the cache)")), 2, function()
             session.command(CORE, {["do"] = "ask", kind = "fund_detail", fund_token = "880001"})
             session.command(ALL, {["do"] = "ask", kind = "holidays"})
             session.idle(100)
             session.command(ALL, {["do"] = "ask", kind = "holidays"})
+        end)
+    end)
+
+    step("The trade calendar", "20260930 is a trade date, 20261001 a holiday; three trade dates on it is 20261012", function()
+        local seen = {}
+        for _, ask in ipairs({{kind = "is_trade_date", date = "20260930"}, {kind = "is_trade_date", date = "20261001"},
+                              {kind = "trade_date", date = "20260930", shiftday = 3}}) do
+            ask["do"] = "ask"
+            session.command(ALL, ask)
+            session.idle(100)
+            seen[#seen + 1] = session.view(ALL).text:match("\n(" .. ask.kind .. ": [^\n]*)")
+        end
+        while session.take_record() do end
+        local text = table.concat(seen, "\n              ")
+        return text:find("is_trade_date=yes", 1, true) and text:find("is_trade_date=no", 1, true) and
+                   text:find("tradeday=20261008,20261009,20261012", 1, true) ~= nil, text
+    end)
+
+    step("Views of both accounts", "made of what is there: the positions one below the other, and summed up", function()
+        return check(to(ALL, "positionmulti 880001,880002, 11 rows (from the cache)",
+                        "positionsum 880001,880002, 11 rows (from the cache)"), 0, function()
+            session.command(ALL, {["do"] = "ask", kind = "positionmulti", fund_token = "880001,880002"})
+            session.command(ALL, {["do"] = "ask", kind = "positionsum", fund_token = "880001,880002"})
         end)
     end)
 
@@ -169,18 +196,18 @@ function data_pages.run(session, step, pages_before)
     end)
 
     step("An account logs in", "its row is news; the host is asked to keep the account that came online (1903)", function()
-        local before = session.requests(1903)
+        local asked = session.requests(1903)
         local good, seen = check(to(ALL, "account 880002, 1 rows (push)"), 1, function() terminal.come_online("880002") end)
-        return good and session.requests(1903) == before + 1, seen
+        return good and session.requests(1903) == asked + 1, seen
     end)
 
     step("A question with a trace", "the log server gets its start and its end, in one batch (1466)", function()
-        local before = session.requests(1466)
-        local good, seen = check(to(ALL, "entrust 880001, 10 rows (answer)"), 1, function()
+        local shipped = session.requests(1466)
+        local good, seen = check(to(ALL, rows("entrust", 2, "answer")), 1, function()
             session.command(ALL, {["do"] = "ask", kind = "entrust", fund_token = "880001", refresh = 1, TraceID = "T1"})
         end)
-        local shipped = session.wait(function() return session.requests(1466) > before end)
-        return good and shipped == true, seen .. "\n              log records " .. (shipped and "shipped" or "NOT SHIPPED")
+        local more = session.wait(function() return session.requests(1466) > shipped end)
+        return good and more == true, seen .. "\n              log records " .. (more and "shipped" or "NOT SHIPPED")
     end)
 
     step("A page is closed while its answer is under way", "nobody gets that answer, and the page no news any more", function()

@@ -1,22 +1,9 @@
--- The scripted scenario: each step does something a user or a server would do, says what was expected and what was
--- seen, and fails when that differs or does not come in time.
+-- The scripted scenario: what a user or a server would do, step by step.
 local session = ...
 local FUNDS, POSITIONS = 1201, 1202
 local ACCOUNT, PAGE = "880001", "资金持仓"
-local failed, number = 0, 0
-
--- `act` answers whether what was expected came, and the text of what was seen.
-local function step(title, expected, act)
-    number = number + 1
-    print(("\n%2d  %s"):format(number, title))
-    print("    expected  " .. expected)
-    local began = terminal.ms()
-    local ran, good, seen = pcall(act)
-    if not ran then good, seen = false, good end
-    print("    seen      " .. tostring(seen))
-    print(("    %s  (%d ms)"):format(good and "ok" or "FAILED", terminal.ms() - began))
-    if not good then failed = failed + 1 end
-end
+local steps = require "steps"
+local step = steps.step
 
 local function show(page)
     local view = session.view(page)
@@ -205,7 +192,7 @@ step("A script sends a frame message", "it reaches the host window", function()
            frame and ("%d %s.%s %s"):format(frame.code, frame.target, frame.method, frame.body) or "nothing came"
 end)
 
-require("data_pages").run(session, step, {PAGE, "第二页"})
+require("data_pages").run(session, {pages = {PAGE, "第二页"}, orders = 8, shares = 14500})
 
 step("Clean end", "the UI thread ends within ten seconds and creates no page any more", function()
     local ended, reason = terminal.stop_ui()
@@ -213,10 +200,4 @@ step("Clean end", "the UI thread ends within ten seconds and creates no page any
     return ended == true and created == false, ended and "UI thread ended, page created: " .. tostring(created) or reason
 end)
 
-local names = {}
-for name in pairs(terminal.counters()) do names[#names + 1] = name end
-table.sort(names)
-print("\nDropped, refused or unreadable during the scenario:")
-for _, name in ipairs(names) do print(("    %-28s %d"):format(name, terminal.counters()[name])) end
-print(failed == 0 and ("\nAll %d steps passed."):format(number) or ("\n%d of %d steps FAILED."):format(failed, number))
-return failed == 0 and 0 or 1
+return steps.finish()

@@ -66,15 +66,25 @@ end
 
 function session.sleep(page, asleep) session.luadui.on_switchtab(to_codepage(page), asleep and 1 or 0) end
 
+-- An object of texts and numbers.
+local function json_of(fields)
+    local members = {}
+    for name, value in pairs(fields) do
+        local text = type(value) == "number" and tostring(value) or
+                         '"' .. value:gsub('[%c"\\]', function(c) return ("\\u%04x"):format(c:byte()) end) .. '"'
+        members[#members + 1] = ('"%s":%s'):format(name, text)
+    end
+    return "{" .. table.concat(members, ",") .. "}"
+end
+
 -- The host's message to the page, through its page sign.
 function session.tell(page, text)
-    local quoted = require("cjson").encode({message = text})
-    session.luadui.on_error("fundpage:" .. to_codepage(page), to_codepage(quoted))
+    session.luadui.on_error("fundpage:" .. to_codepage(page), to_codepage(json_of({message = text})))
 end
 
 -- What a data page is to do: {["do"] = "ask", kind = "fund"...}.
 function session.command(page, command)
-    session.luadui.on_error("datapage:" .. to_codepage(page), to_codepage(require("cjson").encode(command)))
+    session.luadui.on_error("datapage:" .. to_codepage(page), to_codepage(json_of(command)))
 end
 
 -- The next report of a record that a data page received, {page, kind, accounts, why, rows, code, message}; nil when there
