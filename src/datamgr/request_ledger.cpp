@@ -43,7 +43,7 @@ void RequestLedger::Sent(const CQueueReqItem& request) {
     entry->isCounted = true;
     entry->sentAt = GetTickCount();
     ++m_underWay[{entry->type, entry->fundToken}];
-    m_waiting.emplace_back(entry->sentAt, uuid);
+    entry->waiting = m_waiting.insert(m_waiting.end(), entry);
     _losePatience();
 }
 
@@ -84,17 +84,12 @@ void RequestLedger::_makeRoom() {
 
 void RequestLedger::_losePatience() {
     const uint32_t now = GetTickCount();
-    const auto isOver = [now](uint32_t sentAt) { return now - sentAt >= kPatience; };
-    while (!m_waiting.empty() && (isOver(m_waiting.front().first) || m_waiting.size() > kMaxEntries)) {
-        const auto [sentAt, uuid] = std::move(m_waiting.front());
-        m_waiting.pop_front();
-        Entry* const entry = Find(uuid);
-        if (entry && entry->sentAt == sentAt) _uncount(*entry);
-    }
+    while (!m_waiting.empty() && now - m_waiting.front()->sentAt >= kPatience) _uncount(*m_waiting.front());
 }
 
 void RequestLedger::_uncount(Entry& entry) {
     if (!std::exchange(entry.isCounted, false)) return;
+    m_waiting.erase(entry.waiting);
     const auto query = m_underWay.find(std::pair(entry.type, std::string_view(entry.fundToken)));
     if (--query->second == 0) m_underWay.erase(query);
 }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <list>
 #include <map>
 #include <string>
 #include <string_view>
@@ -32,10 +33,11 @@ class RequestLedger {
         bool isSub = false;     // further answers may follow
         bool wantsEndRecord = false;
         bool isDone = false;
-        bool isCounted = false;  // as under way
-        bool isDropped = false;  // not found any more
-        uint32_t sentAt = 0;     // GetTickCount()
-        CDataTable parts;        // rows of the parts of an answer that came so far
+        bool isCounted = false;               // as under way
+        bool isDropped = false;               // not found any more
+        uint32_t sentAt = 0;                  // GetTickCount()
+        CDataTable parts;                     // rows of the parts of an answer that came so far
+        std::list<Entry*>::iterator waiting;  // its place among those, while it is counted
     };
 
     static RequestLedger& Instance();
@@ -78,9 +80,9 @@ class RequestLedger {
     void _uncount(Entry& entry);
 
     Age m_lastAge = 0;
-    Entries m_entries;                                       // by UUID
-    std::deque<Entries::value_type*> m_order;                // all of them, oldest first
-    std::deque<std::pair<uint32_t, std::string>> m_waiting;  // sent at, UUID; oldest first
+    Entries m_entries;                         // by UUID
+    std::deque<Entries::value_type*> m_order;  // all of them, oldest first
+    std::list<Entry*> m_waiting;               // those under way, the one sent first in front
     std::map<Query, int, QueryLess> m_underWay;
 };
 
