@@ -1,0 +1,78 @@
+#include "datamgr/account_requests.h"
+
+#include "accounts/account_commands.h"
+#include "tests/datamgr/page_fixture.h"
+
+namespace luadui {
+namespace {
+
+class Commands : public AccountCommands {
+  public:
+    bool Execute(const std::string& command, const CUIData& arguments) override {
+        received = command + ' ' + Describe(arguments);
+        return accepts;
+    }
+    std::string received;
+    bool accepts = true;
+};
+
+constexpr char kAll[] =
+    " fund_token=F account_order_source=1 ActOrderSource=2 account_type=3 curGroupID=4 AccountOrder=5 "
+    "AccountKey=6 "
+    "Index=7 AccountProperty=8 version=9 expire=10 InstitutionID=11 balance=12 trade_type=13 broker_id=14 "
+    "portfolio_name=15 security_account_id=16 security_account_code=17 remark=18 product_id=19 qsflag=20";
+constexpr char kOrder[] =
+    "account_order_source=1 ActOrderSource=2 account_type=3 curGroupID=4 AccountOrder=5 AccountKey=6 Index=7 "
+    "AccountProperty=8";
+constexpr char kPortfolio[] =
+    "version=9 expire=10 InstitutionID=11 balance=12 trade_type=13 broker_id=14 portfolio_name=15 "
+    "security_account_id=16 security_account_code=17 remark=18 product_id=19 qsflag=20";
+
+struct CommandCase {
+    const char* kind;
+    const char* command;
+    const char* fields;
+};
+constexpr CommandCase kCommandCases[] = {
+    {"create_portfoil_account", "add_portfolio", kPortfolio},
+    {"all_account_order", "queryOrderFromPage", kOrder},
+    {"update_defaultgrp_accountorder", "modifyAccountOrder", kOrder},
+    {"update_customgrp_groupindex", "modifyOrderInGroup", kOrder},
+};
+
+using AccountRequestsTest = PageFixture;
+
+TEST_F(AccountRequestsTest, BecomeCommands) {
+    Commands commands;
+    router.SetAccountCommands(&commands);
+    for (const auto& [kind, command, fields] : kCommandCases) {
+        Set(kSetRequest, std::string(kind) + " handle=H" + kAll);
+        std::string got =
+            ReplaceText(commands.received, "handle=" + std::to_string(window.GetHandle()), "handle=H");
+        const size_t uuid = got.find("UUID=");
+        ASSERT_NE(uuid, std::string::npos) << got;
+        got.erase(uuid, got.find(' ', uuid) + 1 - uuid);
+        EXPECT_EQ(got, std::string(command) + " module=MODULE_STOCK_DATAMANAGER handle=H From=" +
+                           std::to_string(page->GetHandle()) + ' ' + fields);
+    }
+    CQueueReqItem request;
+    request.SetData("REQTYPE", 1801);
+    request.SetData("Params", RecordOf(" strSourceHandle=7 strFrom=8 struuid=u Index=1"));
+    EXPECT_TRUE(ForwardAccountRequest(&commands, request));
+    EXPECT_EQ(commands.received,
+              "queryOrderFromPage module=MODULE_STOCK_DATAMANAGER handle=7 From=8 UUID=u Index=1");
+    commands.accepts = false;
+    EXPECT_FALSE(ForwardAccountRequest(&commands, request));
+    router.SetAccountCommands(nullptr);
+    const auto before = CCounters::Get("account_manager_missing");
+    EXPECT_FALSE(ForwardAccountRequest(nullptr, request));
+    EXPECT_EQ(CCounters::Get("account_manager_missing"), before + 1);
+    request.SetData("REQTYPE", 1804);
+    commands.received.clear();
+    EXPECT_FALSE(ForwardAccountRequest(&commands, request));
+    EXPECT_EQ(commands.received, "");
+    EXPECT_TRUE(host.pushed.empty());
+}
+
+}  // namespace
+}  // namespace luadui

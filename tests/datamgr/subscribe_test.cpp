@@ -1,0 +1,134 @@
+// Subscriptions of windows: which topics the page gets, and which windows hear of what came.
+#include "datamgr/subscription_book.h"
+#include "messaging/subscription_dispatcher.h"
+#include "tests/datamgr/page_fixture.h"
+
+namespace luadui {
+namespace {
+
+class SubscribeTest : public PageFixture {
+  protected:
+    bool Gets(std::string_view topic) {
+        CQueueRespData push;
+        push.SetData("Topic", topic);
+        const auto receivers = CSubscriptionDispatcher::Instance().Receivers(push);
+        return std::ranges::find(receivers, page->GetHandle()) != receivers.end();
+    }
+    void SetFor(const Receiver& receiver, SET_DATA mode, std::string_view text) {
+        CUIData record = RecordOf(text, receiver.GetHandle());
+        page->SetData(&record, mode);
+    }
+    void Push(std::string_view topic, std::string_view json) {
+        CQueueRespData push = ResponseOf(json);
+        push.SetData("Topic", topic);
+        router.OnResponse(&push);
+    }
+};
+
+struct TopicCase {
+    const char* record;
+    const char* topic;
+};
+constexpr TopicCase kTopicCases[] = {
+    {"fund handle=H fund_token=F1", "Fund|F1"},
+    {"fund_ggt handle=H fund_token=F1", "FundGGT|F1"},
+    {"deal_ggt handle=H fund_token=F1", "TradeGGT|F1"},
+    {"own handle=H fund_token=F1 key=Mine|", "Mine|F1"},
+    {"own handle=H fund_token=F1 key=mine", "mine"},
+    {"fund handle=H fund_token=<F1,F2>", "Fund|F2"},
+    {"hq handle=H stock_code=600000", "600000"},
+    {"hq_zq handle=H stock_code=600000", "600000"},
+    {"other handle=H REQTYPE=1602 code=600001", "600001"},
+    {"sub_dui_uievent handle=H", "subkey_dui_uievent"},
+    {"STR_PB_SINGLE_INSTRUCTION handle=H instruction_id=1 stock_code=2", "instruction_push"},
+    {"str_subkey_inst_cond handle=H REQTYPE=1701", "condition_instruction"},
+};
+
+TEST_F(SubscribeTest, ThePageGetsTheTopic) {
+    for (const auto& [record, topic] : kTopicCases) {
+        EXPECT_FALSE(Gets(topic)) << record;
+        Set(kSetSubscribe, record);
+        EXPECT_TRUE(Gets(topic)) << record;
+        Set(kSetUnsubscribe, record);
+        EXPECT_FALSE(Gets(topic)) << record;
+    }
+    EXPECT_TRUE(host.pushed.empty());
+    const auto before = CCounters::Get("request_without_account");
+    Set(kSetSubscribe, "fund handle=H fund_token=<>");
+    EXPECT_EQ(CCounters::Get("request_without_account"), before + 1);
+}
+
+TEST_F(SubscribeTest, ATopicIsLeftByTheLastWindowOnly) {
+    constexpr char kBoth[] = "fund handle=H fund_token=<F1,F2>", kOne[] = "fund handle=H fund_token=F1";
+    SetFor(window, kSetSubscribe, kBoth);
+    SetFor(neighbour, kSetSubscribe, kOne);
+    SetFor(neighbour, kSetSubscribe, kOne);
+    SetFor(window, kSetUnsubscribe, kOne);
+    EXPECT_TRUE(Gets("Fund|F1") && Gets("Fund|F2"));
+    EXPECT_TRUE(page->Wants(window.GetHandle(), "fund"));  // of the other account
+    SetFor(neighbour, kSetUnsubscribe, kOne);
+    EXPECT_FALSE(Gets("Fund|F1"));
+    EXPECT_FALSE(page->Wants(neighbour.GetHandle(), "fund"));
+    page->RegisterNotify(window.GetHandle(), "fund");
+    SetFor(window, kSetUnsubscribe, kBoth);
+    SetFor(window, kSetUnsubscribe, kBoth);
+    EXPECT_FALSE(Gets("Fund|F2"));
+    EXPECT_TRUE(page->Wants(window.GetHandle(), "fund"));  // it registered besides
+}
+
+TEST_F(SubscribeTest, EventsOfOnePageReachTheOthers) {
+    SetFor(window, kSetSubscribe, "sub_dui_uievent handle=H");
+    CUIData event = RecordOf("send_dui_uievent Topic=chosen MapData={code=600000}");
+    event.SetData("table", TableOf("a;1"));
+    otherPage->SetData(&event, kSetRequest);
+    EXPECT_EQ(
+        window.Take(),
+        "sub_dui_uievent code=600000 Topic=chosen sub_dui_uievent=[a|1] handle=-1 ret_code=0 ret_message=");
+    SetFor(window, kSetUnsubscribe, "sub_dui_uievent handle=H");
+    otherPage->SetData(&event, kSetRequest);
+    EXPECT_EQ(window.Take(), "");
+    EXPECT_TRUE(host.pushed.empty());
+}
+
+// The common data manager alone publishes these, and to its own listeners only.
+TEST_F(SubscribeTest, NewsOfTheCommonDataReachSubscribersOnce) {
+    constexpr char kRecord[] = "entrustsubpush handle=H", kNews[] = R"({"no":1})";
+    SetFor(window, kSetSubscribe, kRecord);
+    page->RegisterNotify(window.GetHandle(), "entrustsubpush");
+    Push("entrustret", kNews);
+    EXPECT_EQ(window.Take(), "entrustsubpush no=1 handle=-1 ret_code=0 ret_message=");
+    page->UnRegisterNotify(window.GetHandle(), "entrustsubpush");
+    Push("entrustret", kNews);
+    EXPECT_NE(window.Take(), "");
+    SetFor(window, kSetUnsubscribe, kRecord);
+    Push("entrustret", kNews);
+    EXPECT_EQ(window.Take(), "");
+    SetFor(window, kSetSubscribe, kRecord);
+    page.reset();
+    Push("entrustret", kNews);
+    EXPECT_EQ(window.Take(), "");
+}
+
+// What is made here has no topic: to subscribe is to register.
+TEST_F(SubscribeTest, NewsWithoutTopic) {
+    SetFor(neighbour, kSetSubscribe, "checked_account handle=H");
+    Set(kSetSave, "checked_account a=1");
+    EXPECT_EQ(neighbour.Take(), "checked_account a=1 handle=-1");
+    SetFor(neighbour, kSetUnsubscribe, "checked_account handle=H");
+    Set(kSetSave, "checked_account a=2");
+    EXPECT_EQ(neighbour.Take(), "");
+}
+
+TEST_F(SubscribeTest, WindowsThatCloseWithoutAWordLeaveTheirTopics) {
+    SetFor(window, kSetSubscribe, "hq handle=H stock_code=stays");
+    for (size_t i = 0; i <= 2 * SubscriptionBook::kKept; ++i) {
+        const Receiver closing;
+        SetFor(closing, kSetSubscribe, "hq handle=H stock_code=" + std::to_string(i));
+    }
+    EXPECT_TRUE(Gets("stays"));
+    EXPECT_FALSE(Gets("0"));
+    EXPECT_FALSE(Gets(std::to_string(SubscriptionBook::kKept)));
+}
+
+}  // namespace
+}  // namespace luadui
