@@ -97,6 +97,13 @@ TEST_F(PushRoutesTest, ListsDecideWhatIsPublished) {
     m_manager.Answer(ask, ResponseOf("OrderID,No;O1,0;O2,0"));
     EXPECT_EQ(m_window.Take(),
               "entrust entrust=[OrderID,No|O1,1|O2,0] fund_token=F2 handle=H ret_code=0 ret_message=");
+
+    // Where that query fails, nothing is left for the push to wait for.
+    const auto failing = m_manager.Send({.type = 1204, .kind = "entrust", .fundToken = "F3"});
+    Pushed("Entrust|F3", push);
+    EXPECT_EQ(CCounters::Get("push_for_unqueried_account"), unknown + 1);
+    m_manager.Answer(failing, ResponseOf(R"({"retcode":1})"));
+    EXPECT_EQ(CCounters::Get("push_for_unqueried_account"), unknown + 2);
 }
 
 // The rows may be the "Table", an array among the fields of "RawData", or "RawData" itself; fields may come
