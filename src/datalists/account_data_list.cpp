@@ -18,6 +18,8 @@ int FindEither(const CDataTable& table, std::string_view name, std::string_view 
     return col >= 0 ? col : table.FindColumn(otherName);
 }
 
+int FindId(const CDataTable& accounts) { return FindEither(accounts, "account_id", "accountid"); }
+
 // The columns are those of `source`, or more.
 void AppendRowOf(const CDataTable& source, int row, CDataTable& target) {
     const int added = target.AppendRow();
@@ -93,8 +95,18 @@ bool CFamilyAccountList::IsInGroup(std::string_view group, std::string_view toke
     return view && view->tokens.Contains(token);
 }
 
+// An account that is not logged in has no token: it is known by its id.
+bool CFamilyAccountList::IsRowInGroup(std::string_view group, const CDataTable& accounts, int row) const {
+    const TextView token = accounts.GetItemText(row, accounts.FindColumn(kFundToken));
+    if (!token.empty()) return IsInGroup(group, token);
+    const TextView id = accounts.GetItemText(row, FindId(accounts));
+    if (!m_rows.contains(id)) return false;
+    const auto members = m_members.find(group);
+    return group.empty() || (members != m_members.end() && members->second.Contains(id));
+}
+
 void CFamilyAccountList::SetAccounts(const CDataTable& accounts) {
-    const int id = FindEither(accounts, "account_id", "accountid");
+    const int id = FindId(accounts);
     const int tradeType = FindEither(accounts, "trade_type", "tradetype");
     const int token = accounts.FindColumn(kFundToken);
     const int portfolios = accounts.FindColumn("portfolios");

@@ -33,6 +33,8 @@ class AccountDataList : public CUIData {
     // The tokens of a group; none, and false, when there is no such group.
     virtual bool GetGroupAccount(std::string_view group, CDataSet& tokens) const = 0;
     virtual bool IsInGroup(std::string_view group, std::string_view token) const = 0;
+    // Whether row `row` of a table like that of SetAccounts is of an account of the group, logged in or not.
+    virtual bool IsRowInGroup(std::string_view group, const CDataTable& accounts, int row) const = 0;
 
     // Replaces all accounts: a row each, with "account_id" or "accountid", "trade_type" or "tradetype",
     // "fund_token" and "portfolios" (JSON: an array of objects with "fund_token"). Rows of other families are
@@ -55,6 +57,7 @@ class CFamilyAccountList : public AccountDataList {
     bool GetData(CUIData& request) const override;
     bool GetGroupAccount(std::string_view group, CDataSet& tokens) const override;
     bool IsInGroup(std::string_view group, std::string_view token) const override;
+    bool IsRowInGroup(std::string_view group, const CDataTable& accounts, int row) const override;
     void SetAccounts(const CDataTable& accounts) override;
     void SetGroups(const CDataTable& groups) override;
 

@@ -34,13 +34,10 @@ bool CanBeAsked(std::string_view kind, const CUIData& record) {
            record.Has("updatecode");
 }
 
-CDataTable RowsOf(const CDataTable& table, const CDataSet& tokens) {
-    CDataTable rows;
-    rows.CopyHeader(table);
-    rows.InsertTable(table);
-    const int column = table.FindColumn("fund_token");
+CDataTable RowsOf(const CDataTable& table, const AccountDataList& accounts, std::string_view group) {
+    CDataTable rows = table;
     for (int row = table.GetRowNumber() - 1; row >= 0; --row) {
-        if (!tokens.Contains(table.GetItemText(row, column))) rows.DeleteRow(row);
+        if (!accounts.IsRowInGroup(group, table, row)) rows.DeleteRow(row);
     }
     return rows;
 }
@@ -215,7 +212,7 @@ void CUIPageData::_sendNoted() {
 }
 
 void CUIPageData::_onTick() {
-    if (m_pushToQuery && isActive()) _sendNoted();
+    if (isActive()) _sendNoted();
 }
 
 // What is published passes here first.
@@ -263,8 +260,10 @@ bool CUIPageData::HandleNotifyAccountData(const CUIData* record, int handle, boo
 }
 
 bool CUIPageData::FilterMultiAccountPush(CUIData& record, const std::string& kind) const {
+    const auto family = ListStore::FamilyOf(kind);
+    const AccountDataList* const accounts = _accounts(family);
     CDataSet group, tokens;
-    _groupTokens(ListStore::FamilyOf(kind), group);
+    _groupTokens(family, group);
     for (const char* key : {"fund_token", "all_update_account"}) {
         CDataSet named;
         if (!record.GetData(key, named)) continue;
@@ -272,8 +271,12 @@ bool CUIPageData::FilterMultiAccountPush(CUIData& record, const std::string& kin
         record.SetData(key, named);
         if (tokens.IsEmpty()) tokens = named;
     }
-    if (CDataTable table; record.GetData(kind, table)) record.SetData(kind, RowsOf(table, group));
-    return !tokens.IsEmpty();
+    CDataTable rows;
+    if (accounts && record.GetData(kind, rows)) {
+        rows = RowsOf(rows, *accounts, m_groups[family].name);
+        record.SetData(kind, rows);
+    }
+    return !tokens.IsEmpty() || rows.GetRowNumber() != 0;
 }
 
 // The page's current groups.
@@ -284,13 +287,17 @@ void CUIPageData::SaveCurAccountGroup(const CUIData& record, ListStore::Family f
         .isChosen = true, .kind = record.GetType(), .name = record.GetDataString("groupname")};
 }
 
+const AccountDataList* CUIPageData::_accounts(ListStore::Family family) {
+    return Router().CommonData().Lists().Accounts(family);
+}
+
 void CUIPageData::_groupTokens(ListStore::Family family, CDataSet& tokens) const {
-    const AccountDataList* const accounts = Router().CommonData().Lists().Accounts(family);
+    const AccountDataList* const accounts = _accounts(family);
     if (accounts) accounts->GetGroupAccount(m_groups[family].name, tokens);
 }
 
 bool CUIPageData::IsCurrentGroup(ListStore::Family family, std::string_view fundToken) const {
-    const AccountDataList* const accounts = Router().CommonData().Lists().Accounts(family);
+    const AccountDataList* const accounts = _accounts(family);
     return accounts && accounts->IsInGroup(m_groups[family].name, fundToken);
 }
 

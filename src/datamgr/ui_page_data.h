@@ -49,7 +49,8 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     void Sleep(bool asleep);
     // Asks again for the account data of the page's current groups.
     void ResumeNotify();
-    // Lets news be noted and asked at the next tick instead of delivered, also while the page is awake.
+    // Lets news be noted and asked at the next tick instead of delivered, also while the page is awake. What was noted is
+    // asked even when this is off again by then.
     void SetPushToQuery(bool on) { m_pushToQuery = on; }
 
     // What a published record passes before ResponseNotify. True when it is done with: noted to be asked again, delivered in
@@ -68,6 +69,8 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     bool HandleNotifyAccountData(const CUIData* record, int handle, bool flag);
     bool FilterMultiAccountPush(CUIData& record, const std::string& kind) const;
     void SaveCurAccountGroup(const CUIData& record, ListStore::Family family);
+    // The accounts that all pages share; null before the common data manager is set up.
+    static const AccountDataList* _accounts(ListStore::Family family);
     void _groupTokens(ListStore::Family family, CDataSet& tokens) const;
     bool IsCurrentGroup(ListStore::Family family, std::string_view fundToken) const;
     void _askAccountData(ListStore::Family family);
