@@ -34,7 +34,7 @@ bool Merge(CUIDataManager& manager, Push& push, const PushedList& row) {
         CCounters::Add("push_without_table");
         return false;
     }
-    const bool isQueried = RequestLedger::Instance().IsUnderWay(RequestTypeOfKind(row.list), token);
+    const bool isQueried = RequestLedger::Instance().IsUnderWay(RequestTypeOfKind(row.query), token);
     switch (list->TakePush(token, push.table, push.age, isQueried)) {
         case PushResult::kTaken:
         case PushResult::kUnchanged:  // the list knew it from an answer, which went to its asker only

@@ -20,6 +20,7 @@ struct PushedList {
     std::string_view key;  // of the push
     std::string_view list;
     PushedRows rows;
+    std::string_view query = list;  // the kind whose answers fill the list
 };
 inline constexpr PushedList kPushedLists[] = {
     {"Fund|", "fund", PushedRows::kWholeTable},
@@ -34,7 +35,7 @@ inline constexpr PushedList kPushedLists[] = {
     {"Entrust|", "entrust", PushedRows::kSingle},
     {"EntrustCredit|", "entrustcredit", PushedRows::kSingle},
     {"EntrustGGT|", "entrust_ggt", PushedRows::kSingle},
-    {"rechase_instruction", "auto_algo_inst", PushedRows::kOfPage},
+    {"rechase_instruction", "auto_algo_inst", PushedRows::kOfPage, "query_inst_autoalgo"},
 };
 using PushedListIndex = KindIndex<kPushedLists, &PushedList::key>;
 
