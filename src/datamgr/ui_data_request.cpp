@@ -39,8 +39,8 @@ CUIData MakeParams(const CUIData& record) {
     return params;
 }
 
-// Puts the tables of several accounts side by side, as a list holds them. False when one is missing.
-bool TakeTables(const CTokenTableList& list, const CDataSet& tokens, CUIData& request) {
+// Puts the tables of several accounts side by side, as the list holds them.
+void TakeTables(const CTokenTableList& list, const CDataSet& tokens, CUIData& request) {
     for (const std::string& token : tokens) {
         CDataTable table;
         list.GetTable(token, table);
@@ -51,7 +51,6 @@ bool TakeTables(const CTokenTableList& list, const CDataSet& tokens, CUIData& re
             request.SetData(token, table);
         }
     }
-    return true;
 }
 
 }  // namespace
@@ -61,9 +60,10 @@ bool CUIDataManager::GetData(CUIData& request, bool cacheOnly, bool flag) {
         _onTick();
         return false;
     }
-    const int32_t handle = HandleOf(request);
+    const int32_t handle = HandleOf(request), self = GetHandle();
     const bool isFound = _GetData(request);
-    if (cacheOnly) return isFound;
+    // A factory asks the host, who may close the page.
+    if (cacheOnly || CBaseObject::Find(self) != this) return isFound;
     if (isFound) {
         request.SetData("ret_code", 0);
         request.SetData("ret_message", "");
@@ -135,7 +135,10 @@ bool CUIDataManager::_findTables(const CTokenTableList& list, CUIData& request) 
     std::string token = request.GetDataString("fund_token");
     if (request.GetData("fund_token", tokens)) {
         if (!list.Holds(tokens)) return false;
-        if (tokens.Size() > 1) return TakeTables(list, tokens, request);
+        if (tokens.Size() > 1) {
+            TakeTables(list, tokens, request);
+            return true;
+        }
         token = *tokens.begin();
         request.SetData("fund_token", token);
     }
@@ -205,7 +208,9 @@ bool CUIDataManager::_handleSingleReq(const CUIData& record, const CDataSet& tok
     }
     CQueueReqItem item;
     _fillItem(item, record, type);
+    const int32_t self = GetHandle();
     _saveMultiServerInstRecord(item);
+    if (CBaseObject::Find(self) != this) return false;  // the host was told meanwhile
     _getDestServer(item);
     _getReqMsgRouteType(item);
     const std::string uuid = NewGuid();
@@ -218,7 +223,6 @@ bool CUIDataManager::_handleSingleReq(const CUIData& record, const CDataSet& tok
     entry.tokens = tokens;
     entry.wantsEndRecord = record.GetDataLong("refresh_record") != 0;
     RequestLedger::Instance().Describe(uuid, std::move(entry));
-    const int32_t self = GetHandle();
     _beginTrace(item, kind);
     const bool isSent = Request(item);
     if (!isSent || IsPageRegistration(type)) RequestLedger::Instance().Drop(uuid);
