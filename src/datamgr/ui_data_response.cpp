@@ -95,7 +95,7 @@ bool IsAboutInstructions(int type) {
 void LearnServer(const Answer& answer) {
     if (!IsAboutInstructions(answer.type)) return;
     CJsonObject json;
-    answer.response.GetData("JsonData", json);
+    ReadJsonData(answer.response, json);
     std::string server = answer.response.GetDataString("SrcServer");
     if (server.empty()) server = json.GetString("session_flag");
     if (server.empty()) return;
@@ -265,10 +265,9 @@ size_t CUIDataManager::_notify(const CUIData& record, int64_t except, int64_t as
         // One told before may have removed this one meanwhile.
         if (handle == except || !m_notify.Has(handle, kind) || _isToldElsewhere(handle, kind, asker))
             continue;
-        const bool isTaken = _deliver(record, handle);
-        if (isTaken) ++delivered;
+        if (_deliver(record, handle)) ++delivered;
         if (CBaseObject::Find(self) != this) break;
-        if (!isTaken && m_notify.RemoveAll(handle, kind)) _kindUnwanted(kind);
+        if (!CBaseObject::Find(handle) && m_notify.RemoveAll(handle, kind)) _kindUnwanted(kind);
     }
     return delivered;
 }
@@ -282,7 +281,9 @@ bool CUIDataManager::_deliver(const CUIData& record, int64_t handle) {
     }
     CUIData copy = record;  // what the receiver does with it stays its own
     if (auto* const window = dynamic_cast<CDuiBaseWnd*>(object)) {
-        if (CDuiBaseWnd::SendRecord(window->GetHWND(), copy)) return true;
+        const HWND hwnd = window->GetHWND();
+        if (CDuiBaseWnd::SendRecord(hwnd, copy) || ::IsWindow(hwnd))
+            return true;  // or it failed at it, counted there
         CCounters::Add("record_receiver_gone");
         return false;
     }
