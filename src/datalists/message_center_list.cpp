@@ -14,6 +14,7 @@
 #include "codedata/data_manager.h"
 #include "datalists/json_array.h"
 #include "platform/win32.h"
+#include "trade/server_result.h"
 
 namespace luadui {
 namespace {
@@ -184,7 +185,7 @@ void CMessageCenterList::AddErrorMessage(const CUIData& response, const CUIData&
     CJsonObject json;
     response.GetData("Request", request);
     request.GetData("Params", params);
-    response.GetData("JsonData", json);
+    ReadJsonData(response, json);
 
     std::string token = response.GetDataString("FundToken");
     if (token.empty()) token = params.GetDataString("fund_token");
