@@ -64,10 +64,24 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // timer window. Once.
     void Init(const std::string& pageName);
 
-    // Asking. The record form is the main one: answers from local data at once (through ResponseNotify with `flag`, unless
-    // `cacheOnly`), or else, unless `cacheOnly`, sends what is needed. True when local data answered; they are in `request`.
-    // A record with "refresh" always asks the server.
-    bool GetData(CUIData& request, bool cacheOnly, bool flag) override;
+    // What follows stands in the order of the table of virtual functions, which page libraries are compiled against.
+
+    void OnResponse(const CQueueRespData* response) override;
+    // Completes and sends a request: "UUID", "From" and, in "Params", "id", "log_source", "bNeedRefresh", "routeType",
+    // "destServer". False when it was not sent.
+    bool Request(CQueueReqItem& request) override;
+    bool RequestSync(unsigned int type, const std::string& key, std::string& value,
+                     const std::string& file) override;
+
+    // Delivers news of a kind to the window or object with that CBaseObject handle from now on, or no longer.
+    void RegisterNotify(unsigned int handle, std::string kind) override;
+    virtual void UnRegisterNotify(unsigned int handle, std::string kind);
+    // Delivers `record` to the window `handle` and, with `notifyOthers`, to all others that registered for its kind.
+    void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
+
+    // Does with the record what `mode` says. Null and other modes do nothing.
+    virtual void SetData(CUIData* record, SET_DATA mode);
+
     // The whole list or shared record of a kind, empty when there is none.
     virtual CUIData GetData(const std::string& kind);
     bool GetData(const std::string& kind, CUIData& out) override;
@@ -77,27 +91,16 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     virtual bool GetData(unsigned int handle, std::string kind, std::string fundToken, CUIData& out);
     // The table of one account as it is held; never asks (`handle` is not used).
     virtual bool GetData(unsigned int handle, std::string kind, std::string fundToken, CDataTable& out);
+    // The main way to ask: answers from local data at once (through ResponseNotify with `flag`, unless `cacheOnly`), or
+    // else, unless `cacheOnly`, sends what is needed. True when local data answered; they are in `request`. A record with
+    // "refresh" always asks the server.
+    bool GetData(CUIData& request, bool cacheOnly, bool flag) override;
     // As GetData(kind, out), but attached: later changes of the list show in `out`.
     virtual bool GetDataShared(const std::string& kind, CUIData& out);
 
-    // Does with the record what `mode` says. Null and other modes do nothing.
-    virtual void SetData(CUIData* record, SET_DATA mode);
-
-    // Delivers news of a kind to the window or object with that CBaseObject handle from now on, or no longer.
-    void RegisterNotify(unsigned int handle, std::string kind) override;
-    virtual void UnRegisterNotify(unsigned int handle, std::string kind);
-    // Delivers `record` to the window `handle` and, with `notifyOthers`, to all others that registered for its kind.
-    void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
     // What registering and subscribing have in common: from now on the window hears of the kind for that reason, or no
     // longer.
     virtual void Listen(uint32_t window, const std::string& kind, NotifyTable::Reason reason, bool wants);
-
-    // Completes and sends a request: "UUID", "From" and, in "Params", "id", "log_source", "bNeedRefresh", "routeType",
-    // "destServer". False when it was not sent.
-    bool Request(CQueueReqItem& request) override;
-    bool RequestSync(unsigned int type, const std::string& key, std::string& value,
-                     const std::string& file) override;
-    void OnResponse(const CQueueRespData* response) override;
 
     static bool IsCommonData(const std::string& kind);
     // Adds a trace record to the queue of the log server.
