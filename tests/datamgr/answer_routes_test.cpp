@@ -46,6 +46,12 @@ TEST_F(AnswerRoutesTest, TheAskerReceives) {
             << row.type << ' ' << row.asked;
         types.insert(row.type);
     }
+    // Trading tables stay with their lists.
+    for (const char* kind :
+         {"position", "deal", "entrust", "positioncredit", "dealcredit", "entrustcredit", "position_ggt",
+          "deal_ggt", "entrust_ggt", "deal_his_ggt", "fund_ggt", "rate_ggt", "tb_price_spred_ggt"}) {
+        EXPECT_TRUE(m_manager.Lists().Find(kind) && m_manager.Lists().Find(kind)->Holds("F1")) << kind;
+    }
     for (const int type : {1034, 1035, 1099, 1201, 1205}) types.insert(type);  // below
     EXPECT_EQ(types.size(), AnswerRoutes().size());
     for (const AnswerRoute& route : AnswerRoutes()) EXPECT_TRUE(types.contains(route.type)) << route.type;
@@ -178,6 +184,8 @@ TEST_F(AnswerRoutesTest, AccountsReachEachFamily) {
             " / accountdatalistcredit accountdatalistcredit=[account_id,trade_type,fund_token|2,2,C1] "
             "fund_token=<C1>" +
             kEnd);
+    for (const char* entry : {"handle", "sleep_refresh_request"})
+        EXPECT_FALSE(m_manager.GetData("account").Has(entry)) << entry;
     EXPECT_EQ(Describe(m_manager.GetData("account_xy").GetDataView("account_xy")),
               "[account_id,trade_type,fund_token|2,2,C1]");
     m_manager.Answer(
@@ -188,6 +196,13 @@ TEST_F(AnswerRoutesTest, AccountsReachEachFamily) {
     EXPECT_EQ(
         Heard(),
         "account account=[account_id,trade_type,fund_token|1,1,F1|2,2,C1] handle=A ret_code=0 ret_message=");
+}
+
+TEST_F(AnswerRoutesTest, WhereNobodyTradesOnCreditNobodyHearsOfIt) {
+    for (const char* kind : {"account_xy", "accountdatalistcredit"})
+        m_manager.RegisterNotify(m_other.GetHandle(), kind);
+    Answered({1034, "account"}, "account_id,trade_type,fund_token;1,1,F1");
+    EXPECT_EQ(Heard(), "");
 }
 
 TEST_F(AnswerRoutesTest, GroupsReachEachFamily) {
@@ -221,6 +236,11 @@ TEST_F(AnswerRoutesTest, GroupsReachEachFamily) {
     EXPECT_EQ(Heard(), as(plain, "=A") + " / " + plainRows + " / " + as(credit, "=-1") + " / " + creditRows);
     EXPECT_EQ(Answered({.type = 1035, .kind = "accountgroupcredit", .fundToken = ""}, kGroups), credit);
     EXPECT_EQ(Heard(), as(plain, "=-1") + " / " + plainRows + " / " + as(credit, "=A") + " / " + creditRows);
+    CUIData waking;
+    waking.SetData("sleep_refresh_request", "true");
+    Answered({.type = 1035, .kind = "accountgroup", .fundToken = "", .params = waking}, kGroups);
+    EXPECT_EQ(Heard(), as(plain, "=A") + " sleep_refresh_request=true / " + plainRows + " / " +
+                           as(credit, "=-1") + " / " + creditRows);
     EXPECT_TRUE(m_manager.Lists().Accounts(ListStore::kPlain)->IsInGroup("G", "F1"));
     EXPECT_EQ(Describe(m_manager.GetData("accountgroupcredit").GetDataView("accountgroupcredit")),
               R"([groupid,groupname,account|g,G,["1"]])");
