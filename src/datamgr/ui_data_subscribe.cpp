@@ -28,7 +28,8 @@ constexpr SubscriptionType kSubscriptionTypes[] = {
 };
 
 int TypeOf(const CUIData& record) {
-    if (const int type = RequestTypeOf(record)) return type;
+    const int type = RequestTypeOf(record);
+    if (IsSubscription(type) || IsInstructionSubscription(type)) return type;
     for (const SubscriptionType& row : kSubscriptionTypes) {
         if (row.kind == record.GetTypeText()) return row.type;
     }
@@ -102,6 +103,7 @@ void CUIDataManager::_handleSingeSubReq(const CUIData& record, bool subscribe) {
 
 void CUIDataManager::_leaveTopicsOfGone() {
     for (const std::string& topic : m_subscriptions.DropGone()) {
+        if (topic.empty()) continue;
         CUIData params;
         params.SetData("key", topic);
         params.SetData("unsub", "true");

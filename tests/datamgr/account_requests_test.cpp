@@ -58,9 +58,11 @@ TEST_F(AccountRequestsTest, BecomeCommands) {
     CQueueReqItem request;
     request.SetData("REQTYPE", 1801);
     request.SetData("Params", RecordOf(" strSourceHandle=7 strFrom=8 struuid=u Index=1"));
+    request.SetData("Table", TableOf("a;1"));
     EXPECT_TRUE(ForwardAccountRequest(&commands, request));
-    EXPECT_EQ(commands.received,
-              "queryOrderFromPage module=MODULE_STOCK_DATAMANAGER handle=7 From=8 UUID=u Index=1");
+    EXPECT_EQ(
+        commands.received,
+        "queryOrderFromPage module=MODULE_STOCK_DATAMANAGER handle=7 From=8 UUID=u Index=1 Table=[a|1]");
     commands.accepts = false;
     EXPECT_FALSE(ForwardAccountRequest(&commands, request));
     router.SetAccountCommands(nullptr);

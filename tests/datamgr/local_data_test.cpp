@@ -10,6 +10,10 @@ namespace {
 
 std::string g_skin;  // the module's
 
+constexpr const char* kViewLists[] = {"entrust",  "entrustcredit",  "entrust_ggt",
+                                      "deal",     "dealcredit",     "deal_ggt",
+                                      "position", "positioncredit", "position_ggt"};
+
 class LocalDataTest : public PageFixture {
   protected:
     LocalDataTest() {
@@ -20,8 +24,10 @@ class LocalDataTest : public PageFixture {
     }
     ~LocalDataTest() override {
         CUIDataManager::SetSkinAccess({});
-        for (const char* token : {"F1", "F2"}) {
-            if (auto* const list = Common().Find("position")) list->Remove(token);
+        for (const char* name : kViewLists) {
+            for (const char* token : {"F1", "F2"}) {
+                if (auto* const list = Common().Find(name)) list->Remove(token);
+            }
         }
     }
 
@@ -94,12 +100,16 @@ TEST_F(LocalDataTest, FactoriesAnswerBothWaysOfAsking) {
 }
 
 TEST_F(LocalDataTest, TheCalendarOfTheCommonDataServesAll) {
-    CUIData record = RecordOf("is_trade_date date=20240105");
+    CUIData record = RecordOf("is_trade_date date=20240105"),
+            shift = RecordOf("trade_date date=20240105 shiftday=-1");
     EXPECT_TRUE(page->GetData(record, true, false));
     EXPECT_FALSE(record.GetDataBool("is_trade_date"));  // there is none yet
+    EXPECT_FALSE(page->GetData(shift, true, false));
     ShareHolidays(router.CommonData());
     EXPECT_TRUE(page->GetData(record, true, false));
     EXPECT_TRUE(record.GetDataBool("is_trade_date"));
+    EXPECT_TRUE(page->GetData(shift, true, false));
+    EXPECT_EQ(Describe(shift.GetDataView("tradeday")), "(20240104)");
     router.CommonData().Lists().Shared().Remove("holidays");
 }
 
@@ -128,6 +138,24 @@ TEST_F(LocalDataTest, ViewsAreMadeWhenAllAccountsAreHeld) {
               "positionmulti=[SecurityID,Market,StockBalance|600000,1,50]");
     EXPECT_EQ(host.pushed.size(), 2);
     EXPECT_EQ(ask("positionmulti handle=H fund_token=<F1,F2> refresh=1"), "");
+    EXPECT_EQ(host.pushed.size(), 4);
+
+    // Each view is of its own list; two of them go out under the name of their list.
+    for (const char* name : kViewLists)
+        Common().FindOrMake(name)->TakeAnswer("F1", TableOf("of;" + std::string(name)), ledger.NextAge());
+    for (const auto& [view, list, told] : std::initializer_list<std::array<std::string, 3>>{
+             {"entrustmulti", "entrust", "entrustmulti"},
+             {"entrustmulticredit", "entrustcredit", "entrustmulticredit"},
+             {"entrust_ggt_multi", "entrust_ggt", "entrust_ggt"},
+             {"dealmulti", "deal", "dealmulti"},
+             {"dealmulticredit", "dealcredit", "dealmulticredit"},
+             {"deal_ggt_multi", "deal_ggt", "deal_ggt"},
+             {"positionmulti", "position", "positionmulti"},
+             {"positionmulticredit", "positioncredit", "positionmulticredit"},
+             {"position_ggt_multi", "position_ggt", "position_ggt_multi"}}) {
+        EXPECT_EQ(ask((view + " handle=H fund_token=F1").c_str()),
+                  told + " handle=H fund_token=<F1> pageName=P " + told + "=[of|" + list + ']');
+    }
     EXPECT_EQ(host.pushed.size(), 4);
 }
 
@@ -214,6 +242,26 @@ TEST_F(LocalDataTest, SavingDoesItsWork) {
     }
 }
 
+// The settings of baskets are there with their defaults before anybody saves one.
+TEST_F(LocalDataTest, BasketSettingsChangeWhereTheyAreRead) {
+    host.files["\\qsclient\\users\\user.cfg"] = {{"algorithm_type", "7"}};
+    CUIPageData baskets("MULTIINST_DUI");
+    ASSERT_TRUE(baskets.Init());
+    baskets.RegisterNotify(stranger.GetHandle(), "mutiinst_config");
+    CUIData attached;
+    ASSERT_TRUE(baskets.GetDataShared("mutiinst_config", attached));
+    CUIData saved = RecordOf("mutiinst_config_save handle=H basket_alloc_type=2", window.GetHandle());
+    baskets.SetData(&saved, kSetSave);
+    const CUIData read = baskets.GetData("mutiinst_config");
+    EXPECT_EQ(stranger.Take(), "mutiinst_config " + Describe(attached) + " handle=-1");
+    for (const CUIData& config : {attached, read}) {
+        EXPECT_EQ(config.GetDataString("basket_alloc_type"), "2");
+        EXPECT_EQ(config.GetDataString("algorithm_type"), "7");
+        EXPECT_EQ(config.GetDataString("commbine_position"), "true");
+    }
+    EXPECT_EQ(host.files["\\qsclient\\users\\user.cfg"]["basket_alloc_type"], "2");
+}
+
 TEST_F(LocalDataTest, PagesWriteLogsByNameOnly) {
     namespace fs = std::filesystem;
     const fs::path folder = fs::temp_directory_path() / "luadui_local_data_test";
@@ -221,7 +269,10 @@ TEST_F(LocalDataTest, PagesWriteLogsByNameOnly) {
     fs::create_directories(folder);
     SetClientFolder(folder);
     Set(kSetSave, "write_log log_filename=trade log_value=bought");
-    Set(kSetSave, "write_log log_filename=..\\trade log_value=bought");
+    const auto refused = CCounters::Get("client_log_name_refused");
+    const char* const names[] = {"..\\trade", "../trade", "C:trade", "NUL", "com1.txt", "a/b", "trade."};
+    for (const std::string name : names) Set(kSetSave, "write_log log_value=bought log_filename=" + name);
+    EXPECT_EQ(CCounters::Get("client_log_name_refused"), refused + std::size(names));
     SetClientFolder({});
     std::vector<std::string> files;
     for (const auto& file : fs::recursive_directory_iterator(folder)) {
@@ -249,6 +300,9 @@ TEST_F(LocalDataTest, CallsTheHostsScripts) {
          R"(sync getInfo {"a":"x","set":["1","2"],"none":[]}  )"},
         {"lua_request handle=H method=m params=[1] a=x", "sync m [1]  "},
         {"lua_request handle=H method=m page_sign=s", "sync m {} s "},
+        // A character of code page 936 whose second byte is a backslash, and a true backslash.
+        {"getInfo handle=H name=\x81\x5c path=a\\b",
+         "sync getInfo {\"name\":\"\x81\x5c\",\"path\":\"a\\\\b\"}  "},
     };
     for (const auto& [call, result] : cases) {
         CUIData record = RecordOf(call, window.GetHandle());
@@ -270,6 +324,7 @@ TEST_F(LocalDataTest, MessagesToTheHostGoOutAsRequests) {
         {"send_copydata code=600000", "1070 600000 "},
         {"dui_send_2_lua code=1 method=m", "65539 1 m"},
         {"start_tactic code=2", "65539 2 start_tactic"},
+        {"send_http_request code=3", "1468 3 "},
     };
     for (const auto& [message, sent] : cases) {
         Set(kSetLua, message);
@@ -302,6 +357,14 @@ TEST_F(LocalDataTest, ThePageMayEndWhileTheHostIsAsked) {
         EXPECT_EQ(window.Take() + neighbour.Take(), "") << text;
         EXPECT_FALSE(page) << text;
     }
+    host.onAsk = [](CQueueReqItem&) {};
+    page = std::make_unique<CUIPageData>("P");
+    ASSERT_TRUE(page->Init());
+    host.onAsk = [this](CQueueReqItem&) { page.reset(); };
+    CUIData asked = RecordOf("config handle=H config_key=a", window.GetHandle());
+    page->GetData(asked, false, true);
+    EXPECT_EQ(window.Take(), "");
+    EXPECT_FALSE(page);
 }
 
 }  // namespace

@@ -31,8 +31,21 @@ struct TopicCase {
 };
 constexpr TopicCase kTopicCases[] = {
     {"fund handle=H fund_token=F1", "Fund|F1"},
+    {"fund handle=H fund_token=<F1>", "Fund|F1"},
+    {"fund handle=H key=Fund|F1 fund_token=F1", "Fund|F1"},  // complete already
+    {"credit_fund handle=H fund_token=F1", "FundCredit|F1"},
+    {"positionsum handle=H fund_token=F1", "Position|F1"},
+    {"positionmulticredit handle=H fund_token=F1", "PositionCredit|F1"},
+    {"entrustmulti handle=H fund_token=F1", "Entrust|F1"},
+    {"entrustpushcredit handle=H fund_token=F1", "EntrustCredit|F1"},
+    {"dealpush handle=H key=Trade| fund_token=F1", "Trade|F1"},
+    {"dealpushcredit handle=H fund_token=F1", "TradeCredit|F1"},
     {"fund_ggt handle=H fund_token=F1", "FundGGT|F1"},
+    {"position_ggt_multi handle=H fund_token=F1", "PositionGGT|F1"},
+    {"entrust_ggt handle=H fund_token=F1", "EntrustGGT|F1"},
     {"deal_ggt handle=H fund_token=F1", "TradeGGT|F1"},
+    {"fund fund_token=F1", "Fund|F1"},                        // for the page itself
+    {"fund handle=H REQTYPE=1101 fund_token=F1", "Fund|F1"},  // nobody orders by subscribing
     {"own handle=H fund_token=F1 key=Mine|", "Mine|F1"},
     {"own handle=H fund_token=F1 key=mine", "mine"},
     {"fund handle=H fund_token=<F1,F2>", "Fund|F2"},
@@ -45,6 +58,7 @@ constexpr TopicCase kTopicCases[] = {
 };
 
 TEST_F(SubscribeTest, ThePageGetsTheTopic) {
+    const size_t topics = CSubscriptionDispatcher::Instance().TopicCount();
     for (const auto& [record, topic] : kTopicCases) {
         EXPECT_FALSE(Gets(topic)) << record;
         Set(kSetSubscribe, record);
@@ -52,6 +66,7 @@ TEST_F(SubscribeTest, ThePageGetsTheTopic) {
         Set(kSetUnsubscribe, record);
         EXPECT_FALSE(Gets(topic)) << record;
     }
+    EXPECT_EQ(CSubscriptionDispatcher::Instance().TopicCount(), topics);
     EXPECT_TRUE(host.pushed.empty());
     const auto before = CCounters::Get("request_without_account");
     Set(kSetSubscribe, "fund handle=H fund_token=<>");
@@ -76,17 +91,56 @@ TEST_F(SubscribeTest, ATopicIsLeftByTheLastWindowOnly) {
     EXPECT_TRUE(page->Wants(window.GetHandle(), "fund"));  // it registered besides
 }
 
-TEST_F(SubscribeTest, EventsOfOnePageReachTheOthers) {
-    SetFor(window, kSetSubscribe, "sub_dui_uievent handle=H");
-    CUIData event = RecordOf("send_dui_uievent Topic=chosen MapData={code=600000}");
+TEST_F(SubscribeTest, KindsOfOneTopicAreLeftOneByOne) {
+    Set(kSetSubscribe, "position handle=H fund_token=F1");
+    Set(kSetSubscribe, "positionmulti handle=H fund_token=F1");
+    for (const char* other :
+         {"position handle=H fund_token=F2", "positionsum handle=H fund_token=F1",
+          "position handle=H key=Fund| fund_token=F1", "position fund_token=F1", "position handle=H"})
+        Set(kSetUnsubscribe, other);  // nobody subscribed to that
+    EXPECT_TRUE(Gets("Position|F1") && page->Wants(window.GetHandle(), "position"));
+    Set(kSetUnsubscribe, "position handle=H fund_token=F1");
+    EXPECT_TRUE(Gets("Position|F1") && page->Wants(window.GetHandle(), "positionmulti"));
+    EXPECT_FALSE(page->Wants(window.GetHandle(), "position"));
+    Set(kSetUnsubscribe, "positionmulti handle=H fund_token=F1");
+    EXPECT_FALSE(Gets("Position|F1") || page->Wants(window.GetHandle(), "positionmulti"));
+}
+
+TEST_F(SubscribeTest, ManyAccountsAtOnce) {
+    constexpr int kAccounts = 10'000;
+    CDataSet tokens;
+    for (int i = 0; i < kAccounts; ++i) tokens.Insert("F" + std::to_string(i));
+    CUIData record = RecordOf("fund handle=H", window.GetHandle());
+    record.SetData("fund_token", tokens);
+    const auto& dispatcher = CSubscriptionDispatcher::Instance();
+    const size_t topics = dispatcher.TopicCount();
+    for (int i = 0; i < 2; ++i) {  // again is no harm
+        page->SetData(&record, kSetSubscribe);
+        EXPECT_EQ(dispatcher.TopicCount(), topics + kAccounts);
+    }
+    EXPECT_TRUE(Gets("Fund|F0") && Gets("Fund|F9999"));
+    page->SetData(&record, kSetUnsubscribe);
+    EXPECT_EQ(dispatcher.TopicCount(), topics);
+    EXPECT_FALSE(page->Wants(window.GetHandle(), "fund"));
+}
+
+TEST_F(SubscribeTest, EventsReachTheWindowsThatSubscribed) {
+    constexpr char kSubscription[] = "sub_dui_uievent handle=H";
+    constexpr char kEvent[] =
+        "sub_dui_uievent code=600000 Topic=chosen sub_dui_uievent=[a|1] handle=-1 ret_code=0 ret_message=";
+    CUIData own = RecordOf(kSubscription, stranger.GetHandle());
+    otherPage->SetData(&own, kSetSubscribe);
+    SetFor(window, kSetSubscribe, kSubscription);
+    CUIData event = RecordOf("send_dui_uievent handle=H Topic=chosen MapData={code=600000}", 1);
     event.SetData("table", TableOf("a;1"));
     otherPage->SetData(&event, kSetRequest);
-    EXPECT_EQ(
-        window.Take(),
-        "sub_dui_uievent code=600000 Topic=chosen sub_dui_uievent=[a|1] handle=-1 ret_code=0 ret_message=");
-    SetFor(window, kSetUnsubscribe, "sub_dui_uievent handle=H");
-    otherPage->SetData(&event, kSetRequest);
+    EXPECT_EQ(window.Take(), kEvent);
+    EXPECT_EQ(stranger.Take(), kEvent);
+    EXPECT_EQ(neighbour.Take(), "");
+    SetFor(window, kSetUnsubscribe, kSubscription);
+    page->SetData(&event, kSetRequest);
     EXPECT_EQ(window.Take(), "");
+    EXPECT_EQ(stranger.Take(), kEvent);
     EXPECT_TRUE(host.pushed.empty());
 }
 
@@ -120,11 +174,14 @@ TEST_F(SubscribeTest, NewsWithoutTopic) {
 }
 
 TEST_F(SubscribeTest, WindowsThatCloseWithoutAWordLeaveTheirTopics) {
+    const auto refused = CCounters::Get("subscription_refused");
     SetFor(window, kSetSubscribe, "hq handle=H stock_code=stays");
     for (size_t i = 0; i <= 2 * SubscriptionBook::kKept; ++i) {
         const Receiver closing;
         SetFor(closing, kSetSubscribe, "hq handle=H stock_code=" + std::to_string(i));
+        SetFor(closing, kSetSubscribe, "checked_account handle=H");  // without topic
     }
+    EXPECT_EQ(CCounters::Get("subscription_refused"), refused);
     EXPECT_TRUE(Gets("stays"));
     EXPECT_FALSE(Gets("0"));
     EXPECT_FALSE(Gets(std::to_string(SubscriptionBook::kKept)));
