@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <vector>
 
 #include "base/counters.h"
 #include "base/data_list.h"
@@ -32,10 +33,16 @@ bool IsOneOf(std::string_view name, const Names& names) {
     return std::ranges::find(names, name) != std::end(names);
 }
 
+std::vector<std::string> NamesOf(std::string_view list) {
+    std::vector<std::string> names;
+    for (const std::string_view name : luadui::SplitText(list, ','))
+        if (!name.empty()) names.emplace_back(name);
+    return names;
+}
+
 CDataSet SetOf(std::string_view list) {
     CDataSet names;
-    for (const std::string_view name : luadui::SplitText(list, ','))
-        if (!name.empty()) names.Insert(name);
+    for (const std::string& name : NamesOf(list)) names.Insert(name);
     return names;
 }
 
@@ -121,7 +128,7 @@ DataPage::DataPage(const luadui::PageInit& init)
       m_group(_parameter(init.info, "group")) {}
 
 DataPage* DataPage::Create(const luadui::PageInit& init) {
-    if (_parameter(init.info, "kinds").empty()) return nullptr;
+    if (NamesOf(_parameter(init.info, "kinds")).empty()) return nullptr;
     std::unique_ptr<DataPage> page(new DataPage(init));
     if (!page->m_data.Init() || !page->_open(init)) return nullptr;
     page->_start();
@@ -133,12 +140,12 @@ TextPage* CreatePage(const luadui::PageInit& init) { return DataPage::Create(ini
 void DataPage::_start() {
     m_data.SetRequestSource("datapage");
     m_data.SendLuaSync("page_register", "{}", "datapage:" + m_name);
-    const std::string kinds = _parameter(m_info, "kinds");
+    const auto kinds = NamesOf(_parameter(m_info, "kinds"));
     m_data.RegisterNotify(GetHandle(), kHostMessage);
-    for (const std::string& list : {kinds, _parameter(m_info, "hear")})
-        for (const std::string_view kind : luadui::SplitText(list, ','))
-            m_data.RegisterNotify(GetHandle(), std::string(kind));
-    for (const std::string_view kind : luadui::SplitText(kinds, ',')) {
+    for (const std::string& kind : kinds) m_data.RegisterNotify(GetHandle(), kind);
+    for (const std::string& kind : NamesOf(_parameter(m_info, "hear")))
+        m_data.RegisterNotify(GetHandle(), kind);
+    for (const std::string& kind : kinds) {
         // An ask for groups never goes to the server.
         kind == "accountgroup" ? _send(CUIData(kind)) : _ask(CUIData(kind));
     }
