@@ -1,6 +1,7 @@
 #include "datalists/token_table_list.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "base/counters.h"
@@ -34,8 +35,10 @@ CTokenTableList::~CTokenTableList() = default;
 const char* CTokenTableList::ClassName() const { return "CTokenTableList"; }
 
 bool CTokenTableList::Holds(const CDataSet& tokens) const {
-    return !tokens.IsEmpty() && std::all_of(tokens.begin(), tokens.end(),
-                                            [this](const std::string& token) { return Holds(token); });
+    // Accounts are asked, and mostly answered, in the order of the set: the last one tells soonest.
+    return !tokens.IsEmpty() && Holds(*std::prev(tokens.end())) &&
+           std::all_of(tokens.begin(), tokens.end(),
+                       [this](const std::string& token) { return Holds(token); });
 }
 
 bool CTokenTableList::TakeAnswer(std::string_view token, const CDataTable& table, uint64_t age) {

@@ -43,10 +43,11 @@ void TellAll(CUIDataManager& manager, const Answer& answer) {
 void DeliverView(CUIDataManager& manager, const CTokenTableList& list, Answer& answer) {
     CDataSet tokens = answer.tokens;
     if (tokens.IsEmpty()) tokens.Insert(answer.fundToken);
+    if (!list.Holds(tokens)) return CCounters::Add("view_waits_for_accounts");
     answer.hasTable = false;  // that of one account
     CUIData view = MakeAnswerRecord(answer, answer.kind);
     view.SetData("fund_token", tokens);
-    if (!list.MergeMultiAccount(view)) return CCounters::Add("view_waits_for_accounts");
+    if (!list.MergeMultiAccount(view)) return DeliverAnswer(manager, answer);  // there is no view of it
     if (answer.kind == "positionsum") SumView(view);
     Tell(manager, view, answer.handle);
 }
