@@ -265,9 +265,11 @@ size_t CUIDataManager::_notify(const CUIData& record, int64_t except, int64_t as
         // One told before may have removed this one meanwhile.
         if (handle == except || !m_notify.Has(handle, kind) || _isToldElsewhere(handle, kind, asker))
             continue;
-        if (_deliver(record, handle)) ++delivered;
+        const bool isTaken = _deliver(record, handle);
+        if (isTaken) ++delivered;
         if (CBaseObject::Find(self) != this) break;
-        if (!CBaseObject::Find(handle) && m_notify.RemoveAll(handle, kind)) _kindUnwanted(kind);
+        const bool isGone = !isTaken && !CBaseObject::Find(handle);
+        if (isGone && m_notify.RemoveAll(handle, kind)) _kindUnwanted(kind);
     }
     return delivered;
 }
