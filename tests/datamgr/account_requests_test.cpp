@@ -63,6 +63,12 @@ TEST_F(AccountRequestsTest, BecomeCommands) {
     EXPECT_EQ(
         commands.received,
         "queryOrderFromPage module=MODULE_STOCK_DATAMANAGER handle=7 From=8 UUID=u Index=1 Table=[a|1]");
+    // What the request says of itself comes first.
+    CQueueReqItem named = request;
+    named.SetData("From", "1");
+    named.SetData("Params", RecordOf(" handle=2 strSourceHandle=7 From=8 strFrom=9 struuid=u"));
+    EXPECT_TRUE(ForwardAccountRequest(&commands, named));
+    EXPECT_TRUE(commands.received.ends_with(" handle=2 From=1 UUID=u Table=[a|1]")) << commands.received;
     commands.accepts = false;
     EXPECT_FALSE(ForwardAccountRequest(&commands, request));
     router.SetAccountCommands(nullptr);
@@ -74,6 +80,23 @@ TEST_F(AccountRequestsTest, BecomeCommands) {
     EXPECT_FALSE(ForwardAccountRequest(&commands, request));
     EXPECT_EQ(commands.received, "");
     EXPECT_TRUE(host.pushed.empty());
+}
+
+TEST(UIEventTest, TakesItsPartsFromTheRequestOrItsParameters) {
+    const auto eventOf = [](const CQueueReqItem& request) {
+        const CQueueRespData event = MakeUIEvent(request);
+        return event.GetDataString("Topic") + ' ' + Describe(event.GetDataView("MapData")) +
+               (event.Has("Table") ? Describe(event.GetDataView("Table")) : "");
+    };
+    CQueueReqItem request;
+    request.SetData("REQTYPE", 1605);
+    EXPECT_EQ(eventOf(request), "subkey_dui_uievent {Topic=}");
+    request.SetData("Params", RecordOf(" Topic=inner MapData={a=inner}"));
+    EXPECT_EQ(eventOf(request), "subkey_dui_uievent {a=inner Topic=inner}");
+    request.SetData("Topic", "own");
+    request.SetData("MapData", RecordOf(" a=own"));
+    request.SetData("Table", TableOf("a;1"));
+    EXPECT_EQ(eventOf(request), "subkey_dui_uievent {a=own Topic=own}[a|1]");
 }
 
 }  // namespace

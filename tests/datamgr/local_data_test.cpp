@@ -205,6 +205,13 @@ TEST_F(LocalDataTest, WhatIsSavedIsReadByNameAndTold) {
     EXPECT_EQ(Calls(), "");
 }
 
+TEST_F(LocalDataTest, PagesSaveForAllWhereTheySaySo) {
+    Set(kSetSave, "checked_account handle=H force_sendmoudle=module_commondata a=1");
+    EXPECT_EQ(Describe(router.CommonData().GetData("checked_account")), "a=1");
+    EXPECT_TRUE(page->GetData("checked_account").IsEmpty());
+    router.CommonData().Lists().Shared().Remove("checked_account");
+}
+
 struct SaveCase {
     const char* saved;
     const char* news;   // to those who listen for its kind
@@ -304,18 +311,22 @@ TEST_F(LocalDataTest, CallsTheHostsScripts) {
         {"getInfo handle=H name=\x81\x5c path=a\\b",
          "sync getInfo {\"name\":\"\x81\x5c\",\"path\":\"a\\\\b\"}  "},
     };
+    const auto dropped = CCounters::Get("lua_parameter_dropped");
     for (const auto& [call, result] : cases) {
         CUIData record = RecordOf(call, window.GetHandle());
         page->SetData(&record, kSetLua);
         EXPECT_EQ(record.GetDataString("result"), result);
         EXPECT_TRUE(window.Take().ends_with("result=" + std::string(result))) << call;
     }
+    EXPECT_EQ(CCounters::Get("lua_parameter_dropped"), dropped + 1);
+    const auto lost = CCounters::Get("record_without_receiver");
     CUIData numbers("f");
     numbers.SetData("i", 5);
     numbers.SetData("d", 0.5);
     numbers.SetData("b", true);
     page->SetData(&numbers, kSetLua);
     EXPECT_EQ(numbers.GetDataString("result"), R"(sync f {"i":5,"d":0.5,"b":true}  )");
+    EXPECT_EQ(CCounters::Get("record_without_receiver"), lost);  // nobody waits for it
     EXPECT_TRUE(host.pushed.empty());
 }
 

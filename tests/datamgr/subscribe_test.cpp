@@ -1,5 +1,7 @@
 // Subscriptions of windows: which topics the page gets, and which windows hear of what came.
+#include "datamgr/quote_fields.h"
 #include "datamgr/subscription_book.h"
+#include "messaging/request_types.h"
 #include "messaging/subscription_dispatcher.h"
 #include "tests/datamgr/page_fixture.h"
 
@@ -71,6 +73,48 @@ TEST_F(SubscribeTest, ThePageGetsTheTopic) {
     const auto before = CCounters::Get("request_without_account");
     Set(kSetSubscribe, "fund handle=H fund_token=<>");
     EXPECT_EQ(CCounters::Get("request_without_account"), before + 1);
+}
+
+struct RequestCase {
+    const char* record;
+    int type;
+    const char* params;  // after the handle
+};
+constexpr RequestCase kRequestCases[] = {
+    {"fund handle=H fund_token=F1", 1601, "fund_token=F1 handle=H key=Fund|"},
+    {"fund_ggt handle=H fund_token=F1 set=<a>", 1601, "fund_token=F1 handle=H key=FundGGT|F1"},
+    {"hq handle=H stock_code=1", 1602, "stock_code=1 handle=H DataItems=... code=1"},
+    {"hq_zq handle=H stock_code=1 code=2", 1602, "stock_code=1 code=2 handle=H DataItems=..."},
+    {"sub_dui_uievent handle=H", 1604, "handle=H key=subkey_dui_uievent"},
+    {"STR_PB_SINGLE_INSTRUCTION handle=H stock_code=2", 1702,
+     "stock_code=2 handle=H code=2 key=instruction_push"},
+    {"own handle=H key=k Params={a=1}", 1601, "a=1 key=k handle=H"},
+};
+
+TEST_F(SubscribeTest, WhatIsRequested) {
+    class Page : public CUIPageData {
+      public:
+        using CUIPageData::CUIPageData;
+        bool Request(CQueueReqItem& request) override {
+            requested = RequestTypeOf(request);
+            params = FakeHost::Params(request);
+            return true;
+        }
+        int requested = 0;
+        CUIData params;
+    } asking("asking");
+    ASSERT_TRUE(asking.Init());
+    for (const auto& [text, type, params] : kRequestCases) {
+        for (const auto mode : {kSetSubscribe, kSetUnsubscribe}) {
+            CUIData record = RecordOf(text, window.GetHandle());
+            asking.SetData(&record, mode);
+            asking.params.Remove("pageName");
+            const std::string got = ReplaceText(ReplaceText(Describe(asking.params), kQuoteDataItems, "..."),
+                                                "handle=" + std::to_string(window.GetHandle()), "handle=H");
+            EXPECT_EQ(got, std::string(params) + (mode == kSetUnsubscribe ? " unsub=true" : ""));
+            EXPECT_EQ(asking.requested, type) << text;
+        }
+    }
 }
 
 TEST_F(SubscribeTest, ATopicIsLeftByTheLastWindowOnly) {

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
+#include <string>
+#include <vector>
 
 #include "base/base_object.h"
 
@@ -73,6 +74,18 @@ TEST(SubscriptionBookTest, ForgetsWindowsThatHaveGone) {
     EXPECT_EQ(Text(book.Add(closedOnly[0], "hq", window)), "t");
     EXPECT_EQ(Text(book.Remove("both", "hq", window)), "t");
     EXPECT_EQ(Text(book.Remove("own", "hq", 0)), "tk");
+}
+
+TEST(SubscriptionBookTest, StaysSmallHoweverManyWindowsCome) {
+    SubscriptionBook book;
+    for (int round = 0; round < 4; ++round) {
+        {
+            const CBaseObject closing;
+            for (size_t i = 0; i <= SubscriptionBook::kKept; ++i)
+                book.Add(std::to_string(i), "hq", static_cast<uint32_t>(closing.GetHandle()));
+        }
+        EXPECT_EQ(book.DropGone().size(), SubscriptionBook::kKept + 1) << round;
+    }
 }
 
 }  // namespace
