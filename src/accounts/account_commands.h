@@ -10,8 +10,8 @@ class CUIData;
 // Threads: the UI thread.
 class AccountCommands {
   public:
-    // Runs a command of the account manager, such as "modifyAccountOrder". `arguments` is borrowed for the call: the
-    // command's own fields (texts, also JSON) by name and, as far as there are any,
+    // Runs a command of the account manager, such as "modifyAccountOrder". `arguments` is borrowed for the
+    // call: the command's own fields (texts, also JSON) by name and, as far as there are any,
     //
     //   "module"   who asks, for the log
     //   "handle"   the window that gets the answer

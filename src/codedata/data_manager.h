@@ -1,5 +1,5 @@
-// CDataManager: the code list - which securities there are, under which code, name and market - and the queue of
-// records for the central log.
+// CDataManager: the code list - which securities there are, under which code, name and market - and the queue
+// of records for the central log.
 #pragma once
 
 #include <cstddef>
@@ -32,8 +32,8 @@ class LUADUI_API CDataManager {
     // The market id of the security with this code and short name; empty when there is none.
     std::wstring GetMarketByCodeAndZQMC(const std::wstring& code, const std::wstring& name) const;
 
-    // Queues what the item holds for shipping; the item stays the caller's. What becomes of it when too many wait:
-    // codedata/elk_queue.h.
+    // Queues what the item holds for shipping; the item stays the caller's. What becomes of it when too many
+    // wait: codedata/elk_queue.h.
     void PushELK(CQueueLogElkItem& item);
     // Whom ShipELK gives batches to; not owned. Null: nobody, items wait.
     void SetElkSink(ElkSink* sink) { m_elkSink = sink; }

@@ -9,8 +9,8 @@
 
 namespace luadui {
 
-// A task whose tag is the item type, with the text entries "TraceID", "LogSource", "Module", "ClientUser" and "Stage"
-// and the record "Fields" of further texts by name. Texts are code page 936.
+// A task whose tag is the item type, with the text entries "TraceID", "LogSource", "Module", "ClientUser" and
+// "Stage" and the record "Fields" of further texts by name. Texts are code page 936.
 //
 // Threads: as for every record, one at a time.
 class CQueueLogElkItem : public CQueueTaskItem {

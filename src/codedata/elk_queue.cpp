@@ -23,7 +23,8 @@ std::string TimeText(const LogTime& time) {
     return buffer;
 }
 
-// An item may have been filled by other means than SetField: secrets are looked for once more where texts leave.
+// An item may have been filled by other means than SetField: secrets are looked for once more where texts
+// leave.
 std::string FieldsText(const CUIData& item) {
     CUIData fields;
     item.GetData("Fields", fields);

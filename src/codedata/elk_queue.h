@@ -18,18 +18,20 @@ class CQueueLogElkItem;
 // Takes batches to the server of logs.
 class ElkSink {
   public:
-    // Ships a batch: a record with the table "Table", one row an item in the order of arrival, whose columns are
-    // "Time" (local, "2026-11-21 09:03:47.123", when the item was queued), "ItemType" (decimal), "TraceID",
-    // "LogSource", "Module", "ClientUser", "Stage" and "Fields" (a JSON object). False: not now; the same items come
-    // again with a later call. Runs on the UI thread; it may queue items, and may detach itself.
+    // Ships a batch: a record with the table "Table", one row an item in the order of arrival, whose columns
+    // are "Time" (local, "2026-11-21 09:03:47.123", when the item was queued), "ItemType" (decimal),
+    // "TraceID", "LogSource", "Module", "ClientUser", "Stage" and "Fields" (a JSON object). False: not now;
+    // the same items come again with a later call. Runs on the UI thread; it may queue items, and may detach
+    // itself.
     virtual bool ShipLogs(const CUIData& batch) = 0;
 
   protected:
     ~ElkSink() = default;
 };
 
-// A bounded queue. When it is full the oldest items go, since the latest ones tell what is wrong now; each counts as
-// "elk_dropped". An item above kMaxItemBytes is not taken at all and counts as "elk_item_too_large".
+// A bounded queue. When it is full the oldest items go, since the latest ones tell what is wrong now; each
+// counts as "elk_dropped". An item above kMaxItemBytes is not taken at all and counts as
+// "elk_item_too_large".
 //
 // Threads: Push and the sizes from any; Ship on one thread.
 class ElkQueue {
@@ -46,11 +48,12 @@ class ElkQueue {
     ElkQueue(const ElkQueue&) = delete;
     ElkQueue& operator=(const ElkQueue&) = delete;
 
-    // Queues what `item` holds now. Never throws: without memory the item is lost and counts as "elk_dropped".
+    // Queues what `item` holds now. Never throws: without memory the item is lost and counts as
+    // "elk_dropped".
     void Push(const CQueueLogElkItem& item) noexcept;
-    // Hands up to kBatchItems of the oldest items to `sink` in one batch and answers how many it took. What it refuses
-    // goes back to its place, within the limits, and counts as "elk_batch_refused"; an exception of the sink is such a
-    // refusal. Without effect, 0, inside a call of itself.
+    // Hands up to kBatchItems of the oldest items to `sink` in one batch and answers how many it took. What
+    // it refuses goes back to its place, within the limits, and counts as "elk_batch_refused"; an exception
+    // of the sink is such a refusal. Without effect, 0, inside a call of itself.
     size_t Ship(ElkSink& sink);
 
     size_t Items() const;

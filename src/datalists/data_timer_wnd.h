@@ -14,12 +14,12 @@ class TimerClient;
 //   kQuoteTick    the client's GetData with a record "update_push_hq", true and false
 //
 // and three timers: kQuoteTimer sends kQuoteTick to the window, kOrderTimer runs the account command
-// "notifyOrderToServer" until it is stopped, kOnlineTimer runs "timer_accountonline_changed" once. Other ids are refused
-// and count as "timer_refused"; a period outside [kMinPeriod, kMaxPeriod] is taken as the nearer limit and counts as
-// "timer_period_cut".
+// "notifyOrderToServer" until it is stopped, kOnlineTimer runs "timer_accountonline_changed" once. Other ids
+// are refused and count as "timer_refused"; a period outside [kMinPeriod, kMaxPeriod] is taken as the nearer
+// limit and counts as "timer_period_cut".
 //
-// The client may destroy this object inside any call that it gets. An exception of the client ends here and counts as
-// "timer_client_failed".
+// The client may destroy this object inside any call that it gets. An exception of the client ends here and
+// counts as "timer_client_failed".
 //
 // Threads: all calls on one thread, which runs a message loop; messages may be sent and posted from any.
 class CDataTimerWnd final : public CWindowWnd {
@@ -34,8 +34,8 @@ class CDataTimerWnd final : public CWindowWnd {
     // Destroys the window, and with it its timers.
     ~CDataTimerWnd() override;
 
-    // Makes the window and starts kQuoteTimer. True when both are there, also when they already were; a failure counts
-    // as "timer_window_failed".
+    // Makes the window and starts kQuoteTimer. True when both are there, also when they already were; a
+    // failure counts as "timer_window_failed".
     bool Create();
     // Starts a timer, or starts it anew. False without a window and for what is refused.
     bool StartTimer(UINT_PTR id, LPARAM milliseconds);

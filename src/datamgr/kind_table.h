@@ -1,5 +1,6 @@
-// Lookup in constant tables: by text through a hash index, by number in sorted order. Tables and indexes are made by
-// the compiler, lie in read-only memory and allocate nothing; a table with doubled keys does not compile.
+// Lookup in constant tables: by text through a hash index, by number in sorted order. Tables and indexes are
+// made by the compiler, lie in read-only memory and allocate nothing; a table with doubled keys does not
+// compile.
 //
 //     constexpr KindType kRows[] = {{"fund", 1201}, {"position", 1202}};
 //     using Index = KindIndex<kRows, &KindType::kind>;
@@ -37,8 +38,8 @@ constexpr uint64_t Mix(uint64_t hash, uint64_t word) noexcept {
     return hash ^ (hash >> 32);
 }
 
-// Eight bytes at a time, the last eight once more: names are long. Whoever chooses the text to look up cannot make it
-// slow: what counts is how the table's own names lie.
+// Eight bytes at a time, the last eight once more: names are long. Whoever chooses the text to look up cannot
+// make it slow: what counts is how the table's own names lie.
 constexpr uint64_t Hash(std::string_view text) noexcept {
     const char* const bytes = text.data();
     const size_t size = text.size();
@@ -52,8 +53,8 @@ constexpr uint64_t Hash(std::string_view text) noexcept {
     return hash;
 }
 
-// Where the rows lie in a hash table: row number + 1 a slot, 0 ends a search. At most a quarter full, so that every
-// search ends soon.
+// Where the rows lie in a hash table: row number + 1 a slot, 0 ends a search. At most a quarter full, so that
+// every search ends soon.
 template <size_t kRowCount>
 struct Places {
     static_assert(kRowCount < UINT16_MAX);
@@ -97,8 +98,8 @@ constexpr bool IsSortedUnique(const Row (&rows)[kCount], Key key = {}) {
     return true;
 }
 
-// The rows of `kRows`, a constexpr array in any order, by their text: the member `kKey`, or the row itself when it is
-// a std::string_view.
+// The rows of `kRows`, a constexpr array in any order, by their text: the member `kKey`, or the row itself
+// when it is a std::string_view.
 template <const auto& kRows, auto kKey = std::identity{}>
 class KindIndex {
   public:

@@ -36,7 +36,8 @@ constexpr std::array kTableKinds = std::to_array<TableKind>({
     {"rate_ggt", "", ""},
 });
 
-// Which list the views of several accounts come from. The two Stock Connect views go out under the kind of their list.
+// Which list the views of several accounts come from. The two Stock Connect views go out under the kind of
+// their list.
 struct View {
     std::string_view name;
     std::string_view list;

@@ -14,15 +14,16 @@
 
 namespace luadui {
 
-// The shared data hold every list and settings record by name; the lists live as long as the store. Lists of trading
-// tables are made when their kind is first handled.
+// The shared data hold every list and settings record by name; the lists live as long as the store. Lists of
+// trading tables are made when their kind is first handled.
 //
 // Threads: the UI thread.
 class ListStore {
   public:
     enum Family { kPlain, kCredit, kGGT, kFamilies };
 
-    // The lists that every manager of the shared data has: the three account data lists and the message center.
+    // The lists that every manager of the shared data has: the three account data lists and the message
+    // center.
     void MakeCommonLists(ListOwner* owner);
     // The lists of the page with that name; every page has "trade".
     void MakePageLists(const std::string& pageName, ListOwner* owner);

@@ -9,8 +9,8 @@
 
 namespace luadui {
 
-// Handles of windows and objects by data kind. A handle may be there for two reasons at once, and stays until both are
-// gone.
+// Handles of windows and objects by data kind. A handle may be there for two reasons at once, and stays until
+// both are gone.
 //
 // Threads: the UI thread.
 class NotifyTable {

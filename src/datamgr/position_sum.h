@@ -12,8 +12,8 @@ namespace luadui {
 // of the security agree on, and is empty where they do not. A row without "SecurityID" stays as it is.
 CDataTable SumPositions(const CDataTable& positions);
 
-// Makes "positionsum" of a view of several accounts' positions: the sum takes the place of the joined table, which stands
-// under the type of the view.
+// Makes "positionsum" of a view of several accounts' positions: the sum takes the place of the joined table,
+// which stands under the type of the view.
 void SumView(CUIData& view);
 
 }  // namespace luadui

@@ -11,20 +11,20 @@
 
 namespace luadui {
 
-// One entry per data kind, with all accounts (for quotes: securities) whose data changed: however many pushes there were, each
-// is asked once.
+// One entry per data kind, with all accounts (for quotes: securities) whose data changed: however many pushes
+// there were, each is asked once.
 //
 // Threads: the UI thread.
 class RequeryStore {
   public:
-    // Takes note of a published record; `queryKind` is the kind to ask for. False, counted as "requery_refused", when
-    // that would go beyond kMaxNames names.
+    // Takes note of a published record; `queryKind` is the kind to ask for. False, counted as
+    // "requery_refused", when that would go beyond kMaxNames names.
     bool Add(std::string_view queryKind, const CUIData& record);
     void Drop(std::string_view queryKind);
     bool IsEmpty() const { return m_queries.empty(); }
 
-    // The queries, one record per kind with "fund_token" (a set) or "stock_code" (separated by commas), and empties the
-    // store.
+    // The queries, one record per kind with "fund_token" (a set) or "stock_code" (separated by commas), and
+    // empties the store.
     std::vector<CUIData> Take();
 
     static constexpr size_t kMaxNames = 100'000;

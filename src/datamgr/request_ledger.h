@@ -16,8 +16,9 @@
 
 namespace luadui {
 
-// One process-wide count orders everything that is sent and everything that is pushed. The age of an answer is the
-// count at which its request left, the age of a push the one at which it came in: the larger is the newer content.
+// One process-wide count orders everything that is sent and everything that is pushed. The age of an answer
+// is the count at which its request left, the age of a push the one at which it came in: the larger is the
+// newer content.
 using Age = uint64_t;
 
 // Threads: the UI thread.

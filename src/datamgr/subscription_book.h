@@ -11,8 +11,9 @@
 
 namespace luadui {
 
-// A window subscribes to a topic in order to hear of a data kind. Several kinds may come with one topic, and several topics
-// (one per account) bring the same kind; a subscription is known by all three. Window 0 is the manager itself.
+// A window subscribes to a topic in order to hear of a data kind. Several kinds may come with one topic, and
+// several topics (one per account) bring the same kind; a subscription is known by all three. Window 0 is the
+// manager itself.
 //
 // Threads: the UI thread.
 class SubscriptionBook {
@@ -25,8 +26,8 @@ class SubscriptionBook {
     Change Add(const std::string& topic, const std::string& kind, uint32_t window);
     Change Remove(const std::string& topic, const std::string& kind, uint32_t window);
 
-    // Most windows close without a word. When the book has grown much since it was last looked through, forgets those
-    // that have gone, and returns the topics that nobody wants any more.
+    // Most windows close without a word. When the book has grown much since it was last looked through,
+    // forgets those that have gone, and returns the topics that nobody wants any more.
     std::vector<std::string> DropGone();
 
     static constexpr size_t kKept = 1024;  // subscriptions that are not worth the look

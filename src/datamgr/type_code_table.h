@@ -1,5 +1,5 @@
-// The request type of every data kind. Append only: pages and the host send these very names, odd spellings included,
-// and a number never changes its meaning.
+// The request type of every data kind. Append only: pages and the host send these very names, odd spellings
+// included, and a number never changes its meaning.
 #pragma once
 
 #include "datamgr/ui_registry.h"

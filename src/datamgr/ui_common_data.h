@@ -10,8 +10,9 @@ class LUADUI_API CUICommonData : public CUIDataManager {
   public:
     CUICommonData() { InitRunType(kTypeCommonData); }
 
-    // Tells its own listeners, then the pages: the one of the window `handle`, or for news (handle -1) those that subscribed to the
-    // kind. A record that names its asker reaches that page whatever its kind; news only of common kinds.
+    // Tells its own listeners, then the pages: the one of the window `handle`, or for news (handle -1) those
+    // that subscribed to the kind. A record that names its asker reaches that page whatever its kind; news
+    // only of common kinds.
     void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
 
   protected:

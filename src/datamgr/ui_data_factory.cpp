@@ -1,4 +1,5 @@
-// Local factories: what is answered without the server, because it is made of what is here or kept by the host.
+// Local factories: what is answered without the server, because it is made of what is here or kept by the
+// host.
 #include "base/data_set.h"
 #include "datamgr/config_store.h"
 #include "datamgr/kind_table.h"

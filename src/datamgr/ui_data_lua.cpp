@@ -48,8 +48,8 @@ bool AddParameter(CJsonObject& params, std::string_view name, const ValueView& v
     return false;
 }
 
-// The parameters of a call as JSON: "params" as it is, or else what the record holds. Records and tables have no form that
-// scripts would expect.
+// The parameters of a call as JSON: "params" as it is, or else what the record holds. Records and tables have
+// no form that scripts would expect.
 std::string ParamsOf(const CUIData& record) {
     if (record.GetDataType("params") == kDataString) return record.GetDataString("params");
     CJsonObject params;

@@ -35,17 +35,18 @@ enum SET_DATA : int {
     kSetLua = 5,   // send to the host's Lua side
 };
 
-// A page asks for a data kind with a record of that type: "handle" is the CBaseObject handle of the window (or object)
-// that gets the answer, "fund_token" the account (text) or accounts (a set), further entries are the parameters of the
-// kind. It is answered from the lists and shared data, by a local factory, or by a request to the server. What comes
-// back is merged into its list and delivered: an answer to the window that asked, and to the others of its page that
-// registered for the kind; a push to all that registered.
+// A page asks for a data kind with a record of that type: "handle" is the CBaseObject handle of the window
+// (or object) that gets the answer, "fund_token" the account (text) or accounts (a set), further entries are
+// the parameters of the kind. It is answered from the lists and shared data, by a local factory, or by a
+// request to the server. What comes back is merged into its list and delivered: an answer to the window that
+// asked, and to the others of its page that registered for the kind; a push to all that registered.
 //
-// Delivery is a synchronous call: a window gets message 3024 (see CDuiBaseWnd), another object its OnNotify. The record is
-// valid during the call only; what a receiver changes in it, nobody else sees. A receiver may do anything meanwhile: ask, register, close windows and pages.
+// Delivery is a synchronous call: a window gets message 3024 (see CDuiBaseWnd), another object its OnNotify.
+// The record is valid during the call only; what a receiver changes in it, nobody else sees. A receiver may
+// do anything meanwhile: ask, register, close windows and pages.
 //
-// The published record of a kind K: type K, "fund_token" when it is about one account, K -> the table, the fields of the answer each
-// under its own name, "ret_code" (0: success), "ret_message", "handle".
+// The published record of a kind K: type K, "fund_token" when it is about one account, K -> the table, the
+// fields of the answer each under its own name, "ret_code" (0: success), "ret_message", "handle".
 //
 // Threads:  the UI thread only.
 // Failure:  nothing throws. What is not sent or not delivered is counted under its reason.
@@ -60,15 +61,16 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // "TypeCommonData" or "TypePageData"; before Init.
     void InitRunType(std::string runType) { m_runType = std::move(runType); }
     std::string getRunType() const { return m_runType; }
-    // Makes the lists of the page with that name, restores the record of multi-server instructions and starts the
-    // timer window. Once.
+    // Makes the lists of the page with that name, restores the record of multi-server instructions and starts
+    // the timer window. Once.
     void Init(const std::string& pageName);
 
-    // What follows stands in the order of the table of virtual functions, which page libraries are compiled against.
+    // What follows stands in the order of the table of virtual functions, which page libraries are compiled
+    // against.
 
     void OnResponse(const CQueueRespData* response) override;
-    // Completes and sends a request: "UUID", "From" and, in "Params", "id", "log_source", "bNeedRefresh", "routeType",
-    // "destServer". False when it was not sent.
+    // Completes and sends a request: "UUID", "From" and, in "Params", "id", "log_source", "bNeedRefresh",
+    // "routeType", "destServer". False when it was not sent.
     bool Request(CQueueReqItem& request) override;
     bool RequestSync(unsigned int type, const std::string& key, std::string& value,
                      const std::string& file) override;
@@ -76,7 +78,8 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // Delivers news of a kind to the window or object with that CBaseObject handle from now on, or no longer.
     void RegisterNotify(unsigned int handle, std::string kind) override;
     virtual void UnRegisterNotify(unsigned int handle, std::string kind);
-    // Delivers `record` to the window `handle` and, with `notifyOthers`, to all others that registered for its kind.
+    // Delivers `record` to the window `handle` and, with `notifyOthers`, to all others that registered for
+    // its kind.
     void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
 
     // Does with the record what `mode` says. Null and other modes do nothing.
@@ -85,21 +88,21 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // The whole list or shared record of a kind, empty when there is none.
     virtual CUIData GetData(const std::string& kind);
     bool GetData(const std::string& kind, CUIData& out) override;
-    // Asks for `kind` of several accounts, or of one, for the window `handle`. True when local data answered: they are in
-    // `out` (nothing is delivered then); otherwise the request is on its way.
+    // Asks for `kind` of several accounts, or of one, for the window `handle`. True when local data answered:
+    // they are in `out` (nothing is delivered then); otherwise the request is on its way.
     virtual bool GetData(unsigned int handle, std::string kind, CDataSet& tokens, CUIData& out);
     virtual bool GetData(unsigned int handle, std::string kind, std::string fundToken, CUIData& out);
     // The table of one account as it is held; never asks (`handle` is not used).
     virtual bool GetData(unsigned int handle, std::string kind, std::string fundToken, CDataTable& out);
-    // The main way to ask: answers from local data at once (through ResponseNotify with `flag`, unless `cacheOnly`), or
-    // else, unless `cacheOnly`, sends what is needed. True when local data answered; they are in `request`. A record with
-    // "refresh" always asks the server.
+    // The main way to ask: answers from local data at once (through ResponseNotify with `flag`, unless
+    // `cacheOnly`), or else, unless `cacheOnly`, sends what is needed. True when local data answered; they
+    // are in `request`. A record with "refresh" always asks the server.
     bool GetData(CUIData& request, bool cacheOnly, bool flag) override;
     // As GetData(kind, out), but attached: later changes of the list show in `out`.
     virtual bool GetDataShared(const std::string& kind, CUIData& out);
 
-    // What registering and subscribing have in common: from now on the window hears of the kind for that reason, or no
-    // longer.
+    // What registering and subscribing have in common: from now on the window hears of the kind for that
+    // reason, or no longer.
     virtual void Listen(uint32_t window, const std::string& kind, NotifyTable::Reason reason, bool wants);
 
     static bool IsCommonData(const std::string& kind);
@@ -107,7 +110,8 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     void RecordTraceLog(const std::string& traceId, const std::string& source, const std::string& module,
                         const std::string& user, const std::string& stage, const StringMap& fields);
     void RecordELK(CQueueLogElkItem& item);
-    // Where the name of the user interface's skin is read and set (any of the two may be null); the module provides them.
+    // Where the name of the user interface's skin is read and set (any of the two may be null); the module
+    // provides them.
     struct SkinAccess {
         std::string (*get)() = nullptr;
         void (*set)(const std::string& skin) = nullptr;

@@ -36,8 +36,8 @@ int TypeOf(const CUIData& record) {
     return kReqSubscribe;
 }
 
-// The topic of the server's pushes. The eight ordinary account topics are completed by the subscription dispatcher, the
-// others that end in "|" here.
+// The topic of the server's pushes. The eight ordinary account topics are completed by the subscription
+// dispatcher, the others that end in "|" here.
 std::string KeyOf(const CUIData& record) {
     std::string key = record.GetDataString("key");
     if (key.empty()) key = PushKeyOfKind(record.GetTypeText());

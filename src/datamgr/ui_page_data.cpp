@@ -16,7 +16,8 @@ constexpr char kOnWaking[] = "sleep_refresh_request";
 
 CUIStockDataManager& Router() { return CUIStockDataManager::get_mutable_instance(); }
 
-// Kinds that the common data manager publishes although they are no common kinds: its own listeners alone hear of them.
+// Kinds that the common data manager publishes although they are no common kinds: its own listeners alone
+// hear of them.
 bool IsHeardThere(std::string_view kind) {
     constexpr std::string_view kKinds[] = {"messagecenter", "str_subkey_risk_push", "positionsum",
                                            "entrustsubpush", "dealsubpush"};

@@ -9,22 +9,22 @@
 
 namespace luadui {
 
-// A page creates one under its name and asks it; what all pages share comes from the common data manager. What is
-// published there reaches the page filtered to its current account group.
+// A page creates one under its name and asks it; what all pages share comes from the common data manager.
+// What is published there reaches the page filtered to its current account group.
 //
-// While the page sleeps (or asked for it with SetPushToQuery), news of data that it can ask for again are not delivered but noted,
-// and asked once, when it wakes.
+// While the page sleeps (or asked for it with SetPushToQuery), news of data that it can ask for again are not
+// delivered but noted, and asked once, when it wakes.
 //
 // Threads:  the UI thread.
-// Lifetime: registers itself with CUIStockDataManager when it is initialised, unregisters when it is destroyed. May be
-//           destroyed inside any notification.
+// Lifetime: registers itself with CUIStockDataManager when it is initialised, unregisters when it is
+//           destroyed. May be destroyed inside any notification.
 class LUADUI_API CUIPageData : public CUIDataManager {
   public:
     explicit CUIPageData(std::string pageName);
     ~CUIPageData() override;
 
-    // Registers the page, then does what every manager does. False when the name is empty or taken: this manager then
-    // sends and hears nothing.
+    // Registers the page, then does what every manager does. False when the name is empty or taken: this
+    // manager then sends and hears nothing.
     bool Init();
     const std::string& getName() const { return m_name; }
 
@@ -49,12 +49,12 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     void Sleep(bool asleep);
     // Asks again for the account data of the page's current groups.
     void ResumeNotify();
-    // Lets news be noted and asked at the next tick instead of delivered, also while the page is awake. What was noted is
-    // asked even when this is off again by then.
+    // Lets news be noted and asked at the next tick instead of delivered, also while the page is awake. What
+    // was noted is asked even when this is off again by then.
     void SetPushToQuery(bool on) { m_pushToQuery = on; }
 
-    // What a published record passes before ResponseNotify. True when it is done with: noted to be asked again, delivered in
-    // part, or not meant for this page.
+    // What a published record passes before ResponseNotify. True when it is done with: noted to be asked
+    // again, delivered in part, or not meant for this page.
     bool PreHandleNotify(const CUIData* record, int handle, bool flag);
 
   protected:

@@ -1,5 +1,5 @@
-// The tables behind datamgr/ui_registry.h but for the request types, each list once. Append only: pages and the server
-// send these very names.
+// The tables behind datamgr/ui_registry.h but for the request types, each list once. Append only: pages and
+// the server send these very names.
 #pragma once
 
 #include <string_view>

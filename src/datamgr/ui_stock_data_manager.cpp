@@ -28,8 +28,6 @@ constexpr int kReqOnlineAccounts = 1903;
 constexpr int kReqUIEvent = 1605;
 constexpr char kSystemSettings[] = "\\qsclient\\system\\systemset.cfg";
 
-
-
 }  // namespace
 
 CUIStockDataManager& CUIStockDataManager::get_mutable_instance() {
@@ -107,7 +105,8 @@ CUIPageData* CUIStockDataManager::PageOf(uint32_t handle) const {
     return owner == m_handlePages.end() ? nullptr : _page(owner->second);
 }
 
-// Handles of closed windows stay, so that late answers for them reach nobody else; those of long ago need not.
+// Handles of closed windows stay, so that late answers for them reach nobody else; those of long ago need
+// not.
 void CUIStockDataManager::_dropDeadHandles() {
     std::erase_if(m_handlePages, [](const auto& entry) { return !CBaseObject::Find(entry.first); });
     m_handlesAllowed = std::max<size_t>(kHandlesKept, 2 * m_handlePages.size());

@@ -45,8 +45,8 @@ class LUADUI_API CUIStockDataManager : public CRequestObject, private ElkSink {
     // Sets up the common data manager; once, after the router exists. Further calls do nothing.
     void StartCommonData();
 
-    // Reads who is logged in from the login information (JSON text) and the host's settings. kBadArgument when the text is no JSON
-    // object; the window is the host's and may be null.
+    // Reads who is logged in from the login information (JSON text) and the host's settings. kBadArgument
+    // when the text is no JSON object; the window is the host's and may be null.
     int Init(const std::string& loginInfo, HWND const& hostWnd);
     const UserInfo& GetUserInfo() const { return m_userInfo; }
     HWND HostWindow() const { return m_hostWnd; }
@@ -58,16 +58,20 @@ class LUADUI_API CUIStockDataManager : public CRequestObject, private ElkSink {
     void RegisterSubscribe(const std::string& pageName, const std::string& kind);
     void UnRegisterSubscribe(const std::string& pageName, const std::string& kind);
 
-    // Delivers to one page.
+    // Deliveries: kBadArgument without a record or a name, otherwise kDone, also when nobody was there to get it
+    // (counted). The record stays the caller's.
+    //
+    // To all of one page.
     int NotifyPage(const CUIData* record, const std::string& pageName);
-    // Delivers to the page of the window `handle` if there is one, otherwise, with `broadcast`, to the pages that subscribed to the
-    // record's kind.
+    // To the page of the window `handle` if there is one, otherwise, with `broadcast`, to the pages
+    // that subscribed to the record's kind.
     int NotifyPage(const CUIData* record, int handle, bool broadcast);
 
-    // Requests for common data: answered from the common cache where `mode` and the record's "refresh" allow it.
+    // Requests for common data: answered from the common cache where `mode` and the record's "refresh" allow
+    // it.
     void SetData(CUIData* record, SET_DATA mode);
-    // The GetData of the same arguments of the page with that name, or of the common data manager ("CommonData"). Empty,
-    // or false, for an unknown name.
+    // The GetData of the same arguments of the page with that name, or of the common data manager
+    // ("CommonData"). Empty, or false, for an unknown name.
     CUIData GetUIData(const std::string& kind, const std::string& pageName);
     bool GetUIData(CUIData& request, bool cacheOnly, bool flag, const std::string& pageName);
     // `shared`: attached to the list itself instead of a copy.
@@ -77,8 +81,8 @@ class LUADUI_API CUIStockDataManager : public CRequestObject, private ElkSink {
     // The registered page of a window; null when there is none.
     CUIPageData* PageOf(uint32_t handle) const;
 
-    // Completes subscriptions here (false: they are not sent as such); everything else leaves with this object as its sender, so
-    // that answers come back here and go on to whoever asked or subscribed.
+    // Completes subscriptions here (false: they are not sent as such); everything else leaves with this
+    // object as its sender, so that answers come back here and go on to whoever asked or subscribed.
     bool Request(CQueueReqItem& request) override;
     using CRequestObject::RequestSync;
     // A synchronous question to the host; its answer replaces `*result` (may be null) and `fields`.
