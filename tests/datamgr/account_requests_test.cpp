@@ -57,7 +57,7 @@ TEST_F(AccountRequestsTest, BecomeCommands) {
     }
     CQueueReqItem request;
     request.SetData("REQTYPE", 1801);
-    request.SetData("Params", RecordOf(" strSourceHandle=7 strFrom=8 struuid=u Index=1"));
+    request.SetData("Params", RecordOf(" strSourceHandle=7 From= strFrom=8 struuid=u Index=1"));
     request.SetData("Table", TableOf("a;1"));
     EXPECT_TRUE(ForwardAccountRequest(&commands, request));
     EXPECT_EQ(

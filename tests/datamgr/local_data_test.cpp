@@ -320,12 +320,20 @@ TEST_F(LocalDataTest, CallsTheHostsScripts) {
     }
     EXPECT_EQ(CCounters::Get("lua_parameter_dropped"), dropped + 1);
     const auto lost = CCounters::Get("record_without_receiver");
-    CUIData numbers("f");
-    numbers.SetData("i", 5);
-    numbers.SetData("d", 0.5);
-    numbers.SetData("b", true);
-    page->SetData(&numbers, kSetLua);
-    EXPECT_EQ(numbers.GetDataString("result"), R"(sync f {"i":5,"d":0.5,"b":true}  )");
+    CUIData values("f");
+    values.SetData("i", 5);
+    values.SetData("d", 0.5);
+    values.SetData("b", true);
+    CDataList list;
+    list.Append("x");
+    values.SetData("l", list);
+    CJsonObject object;
+    ASSERT_TRUE(object.Parse(R"({"y":[null]})"));
+    values.SetData("o", object);
+    values.SetData("handle", CBaseObject::kNoHandle);
+    page->SetData(&values, kSetLua);
+    EXPECT_EQ(values.GetDataString("result"),
+              R"(sync f {"i":5,"d":0.5,"b":true,"l":["x"],"o":{"y":[null]}}  )");
     EXPECT_EQ(CCounters::Get("record_without_receiver"), lost);  // nobody waits for it
     EXPECT_TRUE(host.pushed.empty());
 }
