@@ -91,6 +91,9 @@ bool IsAboutInstructions(int type) {
         kRanges, [type](const auto& range) { return range.first <= type && type <= range.second; });
 }
 
+// Of an answer; more would only push out those learned before.
+constexpr int kRowsLearned = 10'000;
+
 // The server of an instruction is the one whose answer first names it.
 void LearnServer(const Answer& answer) {
     if (!IsAboutInstructions(answer.type)) return;
@@ -103,10 +106,12 @@ void LearnServer(const Answer& answer) {
     if (const std::string_view key = InstIDKeyOf(answer.type); !key.empty()) {
         servers.Remember(answer.params.GetDataText(key), server);
     }
+    const int rows = std::min(answer.table.GetRowNumber(), kRowsLearned);
+    if (rows < answer.table.GetRowNumber()) CCounters::Add("instruction_servers_cut");
     for (const char* name : {"instructionid", "InstanceID", "order_no"}) {
         servers.Remember(json.GetText(name), server);
         const int column = answer.table.FindColumn(name);
-        for (int row = 0; column >= 0 && row < answer.table.GetRowNumber(); ++row) {
+        for (int row = 0; column >= 0 && row < rows; ++row) {
             servers.Remember(answer.table.GetItemText(row, column), server);
         }
     }

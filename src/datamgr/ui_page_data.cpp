@@ -69,6 +69,7 @@ CUIPageData::~CUIPageData() {
 }
 
 bool CUIPageData::Init() {
+    if (m_isRegistered) return true;
     m_isRegistered = Router().RegisterPage(m_name, this) == CUIStockDataManager::kDone;
     if (!m_isRegistered) return false;
     CUIDataManager::Init(m_name);
