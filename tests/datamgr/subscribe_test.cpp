@@ -188,6 +188,30 @@ TEST_F(SubscribeTest, EventsReachTheWindowsThatSubscribed) {
     EXPECT_TRUE(host.pushed.empty());
 }
 
+TEST_F(SubscribeTest, APageMayEndInsideItsOwnEvent) {
+    class Closer : public CBaseObject {
+      public:
+        explicit Closer(std::unique_ptr<CUIPageData>& closed) : m_page(closed) {}
+        void OnNotify(void*) override {
+            ++told;
+            m_page.reset();
+        }
+        int told = 0;
+
+      private:
+        std::unique_ptr<CUIPageData>& m_page;
+    } closer(page);
+    CUIData subscription = RecordOf("sub_dui_uievent handle=H", closer.GetHandle());
+    page->SetData(&subscription, kSetSubscribe);
+    CUIData own = RecordOf("sub_dui_uievent handle=H", stranger.GetHandle());
+    otherPage->SetData(&own, kSetSubscribe);
+    CUIData events = RecordOf("send_dui_uievent Topic=end fund_token=<F1,F2>");
+    page->SetData(&events, kSetRequest);
+    EXPECT_FALSE(page);
+    EXPECT_EQ(closer.told, 1);
+    EXPECT_EQ(stranger.Take(), "sub_dui_uievent Topic=end handle=-1 ret_code=0 ret_message=");
+}
+
 // The common data manager alone publishes these, and to its own listeners only.
 TEST_F(SubscribeTest, NewsOfTheCommonDataReachSubscribersOnce) {
     constexpr char kRecord[] = "entrustsubpush handle=H", kNews[] = R"({"no":1})";
