@@ -5,12 +5,13 @@
 
 #include "datamgr/kind_table.h"
 #include "datamgr/push_handlers.h"
+#include "datamgr/ui_registry.h"
 #include "datamgr/ui_registry_tables.h"
 
 namespace luadui {
 namespace {
 
-// Kinds that pages cannot ask to be pushed, yet hear of: they come with the pushes of others.
+// Kinds that have no push key of their own: they come with the pushes of others.
 constexpr KindPushKey kMoreKinds[] = {
     {"deal", "Trade|"},
     {"dealmulti", "Trade|"},
@@ -73,7 +74,15 @@ using RouteIndex = KindIndex<kRoutes, &PushRoute::key>;
 static_assert(std::ranges::none_of(
     kRoutes, [](std::string_view key) { return key.find('|') < key.size() - 1; }, &PushRoute::key));
 
+using MoreKindsIndex = KindIndex<kMoreKinds, &KindPushKey::kind>;
+
 }  // namespace
+
+std::string_view PushTopicOf(std::string_view kind) {
+    if (const std::string_view key = PushKeyOfKind(kind); !key.empty()) return key;
+    const KindPushKey* const row = MoreKindsIndex::Find(kind);
+    return row ? row->key : std::string_view();
+}
 
 std::span<const PushRoute> PushRoutes() { return kRoutes; }
 

@@ -21,6 +21,8 @@ struct PushRoute {
 };
 
 std::span<const PushRoute> PushRoutes();
+// The key of the pushes that bring news of a kind; empty when there are none.
+std::string_view PushTopicOf(std::string_view kind);
 // The route of a topic: the one with exactly this key, or else with what stands up to and including its first
 // "|". Null when there is none.
 const PushRoute* FindPushRoute(std::string_view topic);

@@ -120,7 +120,9 @@ bool CUIDataManager::_mergeAccounts(CUIData& data) {
         single.Insert(data.GetDataText("fund_token"));
         view.SetData("fund_token", single);
     }
-    if (!list->MergeMultiAccount(view)) return false;
+    CDataSet tokens;
+    if (!view.GetData("fund_token", tokens) || tokens.IsEmpty() || !list->MergeMultiAccount(view))
+        return false;
     data = view;
     return true;
 }

@@ -2,9 +2,9 @@
 #include <algorithm>
 
 #include "base/counters.h"
+#include "datamgr/push_routes.h"
 #include "datamgr/quote_fields.h"
 #include "datamgr/ui_data_manager.h"
-#include "datamgr/ui_registry.h"
 #include "messaging/request_types.h"
 #include "messaging/subscription_dispatcher.h"
 
@@ -40,7 +40,7 @@ int TypeOf(const CUIData& record) {
 // dispatcher, the others that end in "|" here.
 std::string KeyOf(const CUIData& record) {
     std::string key = record.GetDataString("key");
-    if (key.empty()) key = PushKeyOfKind(record.GetTypeText());
+    if (key.empty()) key = PushTopicOf(record.GetTypeText());
     const TextView token = record.GetDataText("fund_token");
     if (key.ends_with('|') && CompleteTopic(key, token) == key) key += token;
     return key;
