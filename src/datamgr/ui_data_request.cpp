@@ -289,6 +289,8 @@ void CUIDataManager::_saveMultiServerInstRecord(const CQueueReqItem& item) {
 
 bool CUIDataManager::Request(CQueueReqItem& request) {
     if (!_complete(request)) return false;
+    if (CUIData shared; request.GetDataShared("Params", shared))
+        shared.SetData("id", request.GetDataText("UUID"));
     CUIData params;
     request.GetData("Params", params);
     const bool isLua = RequestTypeOf(request) == kReqLuaCall;

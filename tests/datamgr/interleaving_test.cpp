@@ -33,7 +33,7 @@ using interleaving::Names;
 using interleaving::Rows;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kSteps = 15'000;
+constexpr int kSteps = 40'000;
 #elif defined(_WIN32)
 constexpr int kSteps = 40'000;
 #else
@@ -246,6 +246,7 @@ class World {
         ++nested;
         const bool isSingle = std::ranges::all_of(frames, &Model::Frame::isSingle);
         const bool isChain = std::ranges::any_of(frames, &Model::Frame::isChain);
+        const Handle own = _windowOf(page);
         switch (_number(12)) {
             case 0:
                 return _closeWindow(window);
@@ -257,9 +258,9 @@ class World {
                 return _chance(30) ? _closePage(_one(m_model.pages).first) : void();
             case 4:
             case 5:
-                return isChain ? void() : _register(page, window, _chance(30));
+                return isChain || !own ? void() : _register(page, own, _chance(30));
             case 6:
-                return isChain ? void() : _subscribe(page, window, false);
+                return isChain || !own ? void() : _subscribe(page, own, false);
             case 7:
                 return isSingle ? _sleep(page, _chance(50)) : void();
             case 8:
