@@ -62,7 +62,7 @@ void CopySender(const CUIData& request, const CUIData& params, CUIData& argument
 
 bool IsAccountRequest(int type) { return AccountRequestIndex::Find(type); }
 
-bool ForwardAccountRequest(AccountCommands* commands, const CQueueReqItem& request) {
+bool DisPatchReq2AccountManager(AccountCommands* commands, const CQueueReqItem& request) {
     if (!commands) {
         CCounters::Add("account_manager_missing");
         return false;

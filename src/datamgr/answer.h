@@ -18,13 +18,14 @@ struct Answer {
     explicit Answer(const CQueueRespData& from) : response(from) {}
 
     const CQueueRespData& response;
-    CUIData params;         // of the request as it was sent
-    int type = 0;           // request type
-    std::string kind;       // the data kind that the page asked for
-    int32_t handle = -1;    // the asking page's handle; -1: nobody in particular
-    std::string fundToken;  // the account
-    CDataSet tokens;        // all accounts of the ask that it belongs to; empty when it was for one
-    bool isSub = false;     // one of several answers
+    CUIData params;           // of the request as it was sent
+    int type = 0;             // request type
+    std::string kind;         // the data kind that the page asked for
+    int32_t handle = -1;      // the asking page's handle; -1: nobody in particular
+    std::string fundToken;    // the account
+    CDataSet tokens;          // all accounts of the ask that it belongs to; empty when it was for one
+    bool isLastOfAsk = true;  // none of the other accounts' answers is still to come
+    bool isSub = false;       // one of several answers
     Age age = 0;
     bool hasTable = false;
     CDataTable table;  // the rows of all parts

@@ -11,7 +11,7 @@
 namespace luadui {
 namespace {
 
-constexpr char kHolidays[] = "holidays", kAge[] = "age";
+constexpr char kHolidays[] = "holidays";
 
 // Which list an answer of a kind is for, and which of the request's parameters name its table; without one of
 // them the account does.
@@ -43,9 +43,7 @@ bool Tell(CUIDataManager& manager, CUIData& record, int32_t handle) {
 }
 
 bool IsNewest(CUIDataManager& manager, const std::string& name, Age age) {
-    CUIData held;
-    if (!manager.Lists().Shared().GetData(name, held) || static_cast<Age>(held.GetDataLong(kAge)) <= age)
-        return true;
+    if (manager.Lists().SharedAge(name) <= age) return true;
     CCounters::Add("older_answer_ignored");
     return false;
 }
@@ -53,7 +51,7 @@ bool IsNewest(CUIDataManager& manager, const std::string& name, Age age) {
 void Share(CUIDataManager& manager, const std::string& name, const CUIData& record, Age age) {
     CUIData own = record;
     for (const char* key : {"handle", "sleep_refresh_request"}) own.Remove(key);
-    own.SetData(kAge, age);
+    manager.Lists().SetSharedAge(name, age);
     CUIData held;
     if (manager.Lists().Shared().GetDataShared(name, held)) {
         held = own;

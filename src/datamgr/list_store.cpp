@@ -127,6 +127,11 @@ CTokenTableList* ListStore::FindOrMake(std::string_view kind) {
     return Find(kind);
 }
 
+uint64_t ListStore::SharedAge(std::string_view name) const {
+    const auto age = m_sharedAges.find(name);
+    return age == m_sharedAges.end() ? 0 : age->second;
+}
+
 std::string_view ListStore::ListOfView(std::string_view kind) {
     const View* const view = FindRow(kViews, kind);
     return view ? view->list : std::string_view();

@@ -45,12 +45,16 @@ class ListStore {
     // Everything by name.
     CUIData& Shared() { return m_shared; }
     const CUIData& Shared() const { return m_shared; }
+    // How old the content of a shared record is (see RequestLedger); 0 when nobody said.
+    uint64_t SharedAge(std::string_view name) const;
+    void SetSharedAge(const std::string& name, uint64_t age) { m_sharedAges[name] = age; }
 
   private:
     template <class List, class... Args>
     void _add(Args&&... args);
 
     CUIData m_shared;
+    std::map<std::string, uint64_t, std::less<>> m_sharedAges;
     std::map<std::string, std::unique_ptr<CUIData>, std::less<>>
         m_lists;  // every list that is no account data list, by name
     std::map<std::string, CTokenTableList*, std::less<>> m_tables;  // those of m_lists with tables by account

@@ -5,6 +5,7 @@
 #include <deque>
 #include <list>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,8 +31,10 @@ class RequestLedger {
         std::string kind;       // the data kind asked for; empty when only the type is known
         int32_t handle = -1;    // who asked; -1: nobody in particular
         std::string fundToken;  // the account of this one request
-        CDataSet tokens;        // all accounts of the ask that this request belongs to
-        bool isSub = false;     // further answers may follow
+        // All accounts of the ask that this request belongs to; those of its requests that are unanswered hold it
+        // together. Null when it was for one.
+        std::shared_ptr<const CDataSet> ask;
+        bool isSub = false;  // further answers may follow
         bool wantsEndRecord = false;
         bool isDone = false;
         bool isCounted = false;               // as under way

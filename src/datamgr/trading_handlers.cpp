@@ -40,10 +40,13 @@ void TellAll(CUIDataManager& manager, const Answer& answer) {
     }
 }
 
+// The view of all accounts of the ask goes out once, when none of them is still to come. If one of them failed, it is made
+// of what was held before, and says so.
 void DeliverView(CUIDataManager& manager, const CTokenTableList& list, Answer& answer) {
     CDataSet tokens = answer.tokens;
     if (tokens.IsEmpty()) tokens.Insert(answer.fundToken);
-    if (!list.Holds(tokens)) return CCounters::Add("view_waits_for_accounts");
+    if (!answer.isLastOfAsk) return CCounters::Add("view_waits_for_accounts");
+    if (!list.Holds(tokens)) return CCounters::Add("view_lacks_accounts");
     answer.hasTable = false;  // that of one account
     CUIData view = MakeAnswerRecord(answer, answer.kind);
     view.SetData("fund_token", tokens);
@@ -57,11 +60,17 @@ void DeliverView(CUIDataManager& manager, const CTokenTableList& list, Answer& a
 void HandleTradingTable(CUIDataManager& manager, Answer& answer) {
     const std::string_view kind = FindAnswerRoute(answer.type)->kind;
     CTokenTableList* const list = manager.Lists().FindOrMake(kind);
-    if (!list || answer.fundToken.empty() || !Merge(*list, answer)) return DeliverAnswer(manager, answer);
-    if (answer.handle == CBaseObject::kNoHandle) {
-        TellAll(manager, answer);
-    } else if (answer.kind != kind) {
+    const bool isMerged = list && !answer.fundToken.empty() && Merge(*list, answer);
+    const bool isView = answer.handle != CBaseObject::kNoHandle && answer.kind != kind;
+    if (!isMerged) {
+        const int32_t self = manager.GetHandle();
+        DeliverAnswer(manager, answer);
+        const bool hasOthers = list && isView && answer.tokens.Size() > 1;
+        if (hasOthers && CBaseObject::Find(self) == &manager) DeliverView(manager, *list, answer);
+    } else if (isView) {
         DeliverView(manager, *list, answer);
+    } else if (answer.handle == CBaseObject::kNoHandle) {
+        TellAll(manager, answer);
     } else {
         CUIData record = MakeTableRecord(answer, kind);
         Tell(manager, record, answer.handle);

@@ -125,6 +125,7 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
 
     // What handlers and factories work on.
     ListStore& Lists() { return m_lists; }
+    const ListStore& Lists() const { return m_lists; }
     // Stores a record that pages read by name.
     void ShareData(const std::string& name, CUIData& record) { m_lists.Shared().SetDataShared(name, record); }
 
@@ -165,7 +166,8 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     static bool _isNeedRequset(std::string_view kind);
     bool _handleComplexRequest(CUIData& request, bool flag);
     bool _handleUserTokenReq(CUIData record);
-    bool _handleSingleReq(const CUIData& record, const CDataSet& tokens);
+    // `ask`: all accounts of the ask, held by its unanswered requests; null for one.
+    bool _handleSingleReq(const CUIData& record, std::shared_ptr<const CDataSet> ask);
     void _beginTrace(const CQueueReqItem& item, const std::string& kind);
     void _passHostAnswer(const CQueueReqItem& item, const CUIData& record);
     static void _fillItem(CQueueReqItem& item, const CUIData& record, int type);
@@ -219,8 +221,6 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // Tells the asker that the server failed. False when it did not.
     bool ResponseError(const CQueueRespData& response);
     void ResponseError(const std::string& kind, int handle, int code, const std::string& message);
-    // Ends a request whose failed answer no handler sees.
-    void _endFailed(const CQueueRespData& response);
     void _dealNormalResponse(const CQueueRespData& response);
     void _dealSubResposnse(const CQueueRespData& response);
     void _runHandlers(Answer& answer, const AnswerRoute& route);

@@ -1,5 +1,6 @@
 // Asking: from a page's record to local data or to a request on its way to the server.
 #include <ctime>
+#include <iterator>
 
 #include "base/counters.h"
 #include "datamgr/quote_fields.h"
@@ -186,20 +187,22 @@ bool CUIDataManager::_handleRequest(CUIData& record) {
 
 bool CUIDataManager::_handleUserTokenReq(CUIData record) {
     CDataSet tokens;
-    if (!record.GetData("fund_token", tokens)) return _handleSingleReq(record, tokens);
+    if (!record.GetData("fund_token", tokens)) return _handleSingleReq(record, nullptr);
     if (tokens.IsEmpty()) CCounters::Add("request_without_account");
     bool isSent = false;
     const int32_t self = GetHandle();
+    auto ask = std::make_shared<const CDataSet>(tokens);
     for (const std::string& token : tokens) {
+        const bool isLast = token == *std::prev(tokens.end());
         record.SetData("fund_token", token);
-        isSent = _handleSingleReq(record, tokens) || isSent;
+        isSent = _handleSingleReq(record, isLast ? std::move(ask) : ask) || isSent;
         record.Remove("TraceID");
         if (CBaseObject::Find(self) != this) break;
     }
     return isSent;
 }
 
-bool CUIDataManager::_handleSingleReq(const CUIData& record, const CDataSet& tokens) {
+bool CUIDataManager::_handleSingleReq(const CUIData& record, std::shared_ptr<const CDataSet> ask) {
     const std::string kind = record.GetType();
     const int type = static_cast<int>(m_typeCodes.GetDataLong(kind));
     if (type == 0) {
@@ -220,7 +223,7 @@ bool CUIDataManager::_handleSingleReq(const CUIData& record, const CDataSet& tok
     entry.kind = kind;
     entry.handle = HandleOf(record);
     entry.fundToken = record.GetDataString("fund_token");
-    entry.tokens = tokens;
+    entry.ask = std::move(ask);
     entry.wantsEndRecord = record.GetDataLong("refresh_record") != 0;
     RequestLedger::Instance().Describe(uuid, std::move(entry));
     _beginTrace(item, kind);

@@ -58,6 +58,14 @@ bool JoinParts(RequestLedger::Entry& entry, Answer& answer) {
     return true;
 }
 
+// The last request that lets go of the ask ends it. Subscriptions never do.
+void TakeAsk(RequestLedger::Entry& entry, Answer& answer) {
+    const auto ask = entry.isSub ? entry.ask : std::exchange(entry.ask, nullptr);
+    if (!ask) return;
+    answer.tokens = *ask;
+    answer.isLastOfAsk = entry.isSub || ask.use_count() == 1;
+}
+
 // Completes the answer by what is known of its request. False when there is nothing to handle (yet).
 bool OpenAnswer(Answer& answer) {
     auto& ledger = RequestLedger::Instance();
@@ -73,13 +81,13 @@ bool OpenAnswer(Answer& answer) {
     // Further answers to a subscription are as new as a push.
     answer.age = entry->isDone ? ledger.NextAge() : entry->age;
     answer.handle = entry->handle;
-    answer.tokens = entry->tokens;
     if (!entry->fundToken.empty()) answer.fundToken = entry->fundToken;
     if (RequestTypeOfKind(entry->kind) == answer.type) answer.kind = entry->kind;
     if (!JoinParts(*entry, answer)) {
         CCounters::Add("answer_part_kept");
         return false;
     }
+    TakeAsk(*entry, answer);
     return ledger.Finish(*entry);
 }
 
@@ -134,14 +142,12 @@ void CUIDataManager::OnResponse(const CQueueRespData* response) {
     const bool isIgnored = IngnoreData(resp);
     if (isIgnored && !IsFailed(resp)) return CCounters::Add("response_ignored");
 
-    const bool isAnswer = IsAnswer(resp);
-    if (isAnswer || IsFailed(resp)) ResponseError(resp);
+    ResponseError(resp);
     if (CBaseObject::Find(self) != this) return;
-    if (isIgnored) {
-        _endFailed(resp);
-    } else if (isAnswer) {
+    // What failed as no data in particular is no data of all pages either, yet this manager may have asked.
+    if (IsAnswer(resp)) {
         _dealNormalResponse(resp);
-    } else {
+    } else if (!isIgnored) {
         _dealSubResposnse(resp);
     }
 }
@@ -181,13 +187,6 @@ bool CUIDataManager::ResponseError(const CQueueRespData& response) {
     record.SetData("handle", handle);
     ResponseNotify(&record, handle, true);
     return true;
-}
-
-void CUIDataManager::_endFailed(const CQueueRespData& response) {
-    auto* const entry = RequestLedger::Instance().Find(response.GetDataText("UUID"));
-    if (!entry || !RequestLedger::Instance().Finish(*entry) || entry->kind.empty()) return;
-    const ServerResult result = ReadServerResult(response);
-    ResponseError(std::string(entry->kind), entry->handle, result.code, result.message);
 }
 
 void CUIDataManager::_dealNormalResponse(const CQueueRespData& response) {

@@ -221,23 +221,18 @@ void CUIPageData::_onTick() {
 
 bool CUIPageData::PreHandleNotify(const CUIData* record, int handle, bool flag) {
     if (!record || !CUIStockDataManager::IsCommonData(record)) return false;
-    if (m_pushToQuery && !IsAsked(*record, handle)) {
-        m_isNoted = false;
-        TransPushData2Query(record);
-        if (m_isNoted) {
-            CCounters::Add("record_noted_for_query");
-            return true;
-        }
-    }
-    return HandleNotifyAccountData(record, handle, flag);
+    bool isNoted = false;
+    if (m_pushToQuery && !IsAsked(*record, handle)) TransPushData2Query(record, isNoted);
+    if (isNoted) CCounters::Add("record_noted_for_query");
+    return isNoted || HandleNotifyAccountData(record, handle, flag);
 }
 
-bool CUIPageData::TransPushData2Query(const CUIData* record) {
+bool CUIPageData::TransPushData2Query(const CUIData* record, bool& isNoted) {
     if (!record || record->GetTypeText().empty()) return false;
     const std::string_view kind = record->GetTypeText();
     if (IsNeverConverted(kind)) return false;
     const std::string_view query = QueryKindOfPush(kind);
-    m_isNoted = !query.empty() && CanBeAsked(query, *record) && m_requeries.Add(query, *record);
+    isNoted = !query.empty() && CanBeAsked(query, *record) && m_requeries.Add(query, *record);
     return true;
 }
 
@@ -253,7 +248,9 @@ bool CUIPageData::HandleNotifyAccountData(const CUIData* record, int handle, boo
     }
     if (record->GetDataType("fund_token") != kDataSet) return false;
     CUIData own = *record;
-    if (FilterMultiAccountPush(own, kind) || isAsked) {
+    // A whole list says also that the group has no account any more.
+    const bool isWhole = record->Has(kind) && kind.find("_push") == std::string::npos;
+    if (FilterMultiAccountPush(own, kind) || isWhole || isAsked) {
         ResponseNotify(&own, handle, flag);
     } else {
         CCounters::Add("record_outside_group");

@@ -65,7 +65,8 @@ class LUADUI_API CUIPageData : public CUIDataManager {
   private:
     bool _adopt(CUIData& record);
     void _ownWindow(unsigned int handle);
-    bool TransPushData2Query(const CUIData* record);
+    // What the record is to be asked as. False for kinds that never are; `isNoted`: it is in the store now.
+    bool TransPushData2Query(const CUIData* record, bool& isNoted);
     bool HandleNotifyAccountData(const CUIData* record, int handle, bool flag);
     bool FilterMultiAccountPush(CUIData& record, const std::string& kind) const;
     void SaveCurAccountGroup(const CUIData& record, ListStore::Family family);
@@ -86,7 +87,6 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     const std::string m_name;
     bool m_isRegistered = false;
     bool m_pushToQuery = false;
-    bool m_isNoted = false;  // whether the last TransPushData2Query noted something
     Group m_groups[ListStore::kFamilies];
     RequeryStore m_requeries;
 };

@@ -1,6 +1,7 @@
 #include "datamgr/ui_stock_data_manager.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "base/guard.h"
@@ -105,10 +106,13 @@ CUIPageData* CUIStockDataManager::PageOf(uint32_t handle) const {
     return owner == m_handlePages.end() ? nullptr : _page(owner->second);
 }
 
-// Handles of closed windows stay, so that late answers for them reach nobody else; those of long ago need
-// not.
+// Handles of closed windows stay, so that late answers for them reach nobody else; those of long ago, which
+// are the lower half of them, need not.
 void CUIStockDataManager::_dropDeadHandles() {
-    std::erase_if(m_handlePages, [](const auto& entry) { return !CBaseObject::Find(entry.first); });
+    const auto middle = std::next(m_handlePages.begin(), static_cast<ptrdiff_t>(m_handlePages.size() / 2));
+    for (auto entry = m_handlePages.begin(); entry != middle;) {
+        entry = CBaseObject::Find(entry->first) ? std::next(entry) : m_handlePages.erase(entry);
+    }
     m_handlesAllowed = std::max<size_t>(kHandlesKept, 2 * m_handlePages.size());
 }
 
@@ -212,7 +216,7 @@ bool CUIStockDataManager::DispatchRequest(CQueueReqItem& request) {
         NotifyUIEvent(request);
         return true;
     }
-    if (IsAccountRequest(type)) return ForwardAccountRequest(m_accountCommands, request);
+    if (IsAccountRequest(type)) return DisPatchReq2AccountManager(m_accountCommands, request);
     // A page registration names the page itself: host messages go to it directly.
     if (!IsPageRegistration(type)) {
         request.SetData("From", std::to_string(GetHandle()));
@@ -256,13 +260,17 @@ void CUIStockDataManager::OnResponse(const CQueueRespData* response) {
     }
 }
 
-// Failed requests show in the message center, whoever asked.
+// Failed requests show in the message center, whoever asked; managers with one of their own do it themselves.
 void CUIStockDataManager::_noteFailure(const CQueueRespData& response,
                                        const std::vector<int32_t>& receivers) {
     int type = 0;
     if (!response.GetData("DATATYPE", type) || type != kDataFailed) return;
-    const bool isOwn = std::ranges::find(receivers, m_commonData.GetHandle()) != receivers.end();
-    if (!isOwn) Guarded("response_handler_threw", [&] { m_commonData.NoteFailure(response); });
+    const auto hasMessages = [](int32_t receiver) {
+        const auto* const manager = dynamic_cast<CUIDataManager*>(CBaseObject::Find(receiver));
+        return manager && manager->Lists().MessageCenter();
+    };
+    if (std::ranges::none_of(receivers, hasMessages))
+        Guarded("response_handler_threw", [&] { m_commonData.NoteFailure(response); });
 }
 
 void CUIStockDataManager::SaveOnlineAccount2Cache(const CQueueRespData& response) {

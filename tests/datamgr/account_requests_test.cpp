@@ -59,7 +59,7 @@ TEST_F(AccountRequestsTest, BecomeCommands) {
     request.SetData("REQTYPE", 1801);
     request.SetData("Params", RecordOf(" strSourceHandle=7 From= strFrom=8 struuid=u Index=1"));
     request.SetData("Table", TableOf("a;1"));
-    EXPECT_TRUE(ForwardAccountRequest(&commands, request));
+    EXPECT_TRUE(DisPatchReq2AccountManager(&commands, request));
     EXPECT_EQ(
         commands.received,
         "queryOrderFromPage module=MODULE_STOCK_DATAMANAGER handle=7 From=8 UUID=u Index=1 Table=[a|1]");
@@ -67,17 +67,17 @@ TEST_F(AccountRequestsTest, BecomeCommands) {
     CQueueReqItem named = request;
     named.SetData("From", "1");
     named.SetData("Params", RecordOf(" handle=2 strSourceHandle=7 From=8 strFrom=9 struuid=u"));
-    EXPECT_TRUE(ForwardAccountRequest(&commands, named));
+    EXPECT_TRUE(DisPatchReq2AccountManager(&commands, named));
     EXPECT_TRUE(commands.received.ends_with(" handle=2 From=1 UUID=u Table=[a|1]")) << commands.received;
     commands.accepts = false;
-    EXPECT_FALSE(ForwardAccountRequest(&commands, request));
+    EXPECT_FALSE(DisPatchReq2AccountManager(&commands, request));
     router.SetAccountCommands(nullptr);
     const auto before = CCounters::Get("account_manager_missing");
-    EXPECT_FALSE(ForwardAccountRequest(nullptr, request));
+    EXPECT_FALSE(DisPatchReq2AccountManager(nullptr, request));
     EXPECT_EQ(CCounters::Get("account_manager_missing"), before + 1);
     request.SetData("REQTYPE", 1804);
     commands.received.clear();
-    EXPECT_FALSE(ForwardAccountRequest(&commands, request));
+    EXPECT_FALSE(DisPatchReq2AccountManager(&commands, request));
     EXPECT_EQ(commands.received, "");
     EXPECT_TRUE(host.pushed.empty());
 }

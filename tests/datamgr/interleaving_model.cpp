@@ -230,6 +230,7 @@ void Model::Ask(Handle page, Handle asker, const std::string& kind, const Names&
         notice.rows = _held(list->name, tokens);
         return _publish(notice, asker, others);
     }
+    const auto open = isSingleText ? nullptr : std::make_shared<size_t>(tokens.size());
     for (const std::string& token : tokens) {
         Asked request{.type = kind == "account" ? 1034
                               : isOfPage        ? 1250
@@ -237,6 +238,7 @@ void Model::Ask(Handle page, Handle asker, const std::string& kind, const Names&
                       .kind = kind,
                       .token = token,
                       .tokens = isSingleText ? Names() : tokens,
+                      .open = open,
                       .asker = asker,
                       .page = isOfPage ? page : 0,
                       .isWaking = isWaking};
@@ -297,6 +299,8 @@ void Model::Answer(Asked& request, const Rows& rows, bool hasTable, int code) {
     const ListKind* const list = request.page == 0 ? ListOf(request.kind) : nullptr;
     if (code != 0) _fail(request, code);
     request.isEnded = true;
+    const bool isLast = !request.open || --*request.open == 0;
+    const Names all = request.tokens.empty() ? Names{request.token} : request.tokens;
     Notice notice{.kind = request.kind,
                   .rows = hasTable ? rows : Rows(),
                   .code = code,
@@ -308,7 +312,9 @@ void Model::Answer(Asked& request, const Rows& rows, bool hasTable, int code) {
         if (request.isWaking) {
             for (auto& [window, kinds] : required) kinds.erase(request.kind);
         }
-        return _publish(notice, request.asker, true);
+        _publish(notice, request.asker, true);
+        const bool hasView = request.asker != -1 && request.kind != list->name && all.size() > 1;
+        return hasView ? _publishView(request, *list, all, isLast, code) : void();
     }
     Account& account = accounts[{list->name, request.token}];
     account.isHeld = true;
@@ -324,24 +330,28 @@ void Model::Answer(Asked& request, const Rows& rows, bool hasTable, int code) {
         }
         return;
     }
-    if (request.kind != list->name) {
-        if (!request.tokens.empty()) notice.tokens = request.tokens;
-        if (!_isHeld(list->name, notice.tokens)) return _count("view_waits_for_accounts");
-        notice.rows = _held(list->name, notice.tokens);
-    }
+    if (request.kind != list->name) return _publishView(request, *list, all, isLast, 0);
     _publish(notice, request.asker, true);
+}
+
+void Model::_publishView(const Asked& request, const ListKind& list, const Names& tokens, bool isLast,
+                         int code) {
+    frames.back().isSingle = frames.back().isSingle && code == 0;
+    if (!isLast) return _count("view_waits_for_accounts");
+    if (!_isHeld(list.name, tokens)) return _count("view_lacks_accounts");
+    const Notice view{.kind = request.kind,
+                      .rows = _held(list.name, tokens),
+                      .code = code,
+                      .tokens = tokens,
+                      .isWaking = request.isWaking};
+    _publish(view, request.asker, true);
 }
 
 void Model::FailUnrouted(Asked& request, int code) {
     _publish({.kind = "messagecenter"}, -1, true);
     if (request.asker == -1 || (request.page != 0 && !pages.contains(request.page)))
         return _count("response_without_receiver");
-    _fail(request, code);
-    request.isEnded = true;
-    if (request.isWaking) {
-        for (auto& [window, kinds] : required) kinds.erase(request.kind);
-    }
-    _answerTo(request, {.kind = request.kind, .code = code, .tokens = {request.token}});
+    Answer(request, {}, false, code);
 }
 
 void Model::Push(const ListKind& list, const std::string& token, const Rows& rows) {
@@ -470,8 +480,7 @@ void Model::_visit(Handle handle, const Notice& notice, Handle asker, bool other
     Notice own = notice;
     std::erase_if(own.tokens, [&](const std::string& token) { return !group.contains(token); });
     own.rows = RowsOf(notice.rows, group);
-    if (own.tokens.empty() && !isAsked) return _count("record_outside_group");
-    _tell(handle, own, asker, others);
+    _tell(handle, own, asker, others);  // a whole list also says that a group has no account any more
 }
 
 void Model::_tell(Handle handle, const Notice& notice, Handle asker, bool others) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -33,9 +34,10 @@ struct Asked {
     int type = 0;
     std::string kind = {};
     std::string token = {};
-    Names tokens = {};  // of the ask that it belongs to
-    Handle asker = -1;  // a window, a page on waking, or nobody
-    Handle page = 0;    // whose manager sent it; 0: the common one
+    Names tokens = {};                  // of the ask that it belongs to
+    std::shared_ptr<size_t> open = {};  // unanswered requests of that ask
+    Handle asker = -1;                  // a window, a page on waking, or nobody
+    Handle page = 0;                    // whose manager sent it; 0: the common one
     bool isWaking = false;
     bool isSub = false;
     bool isEnded = false;
@@ -149,6 +151,7 @@ class Model {
     bool _isHeld(const std::string& list, const Names& tokens) const;
     Rows _held(const std::string& list, const Names& tokens) const;
     bool _isUnderWay(int type, const std::string& token) const;
+    void _publishView(const Asked& request, const ListKind& list, const Names& tokens, bool isLast, int code);
     void _queryEnded(const ListKind& list, const std::string& token);
     Names _groupTokens(const Page& page) const;
     void _publish(const Notice& notice, Handle asker, bool others);

@@ -1,6 +1,7 @@
 // A data manager of its own, what its windows receive, and answers and pushes written as text.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -87,7 +88,7 @@ class TestManager : public CUIDataManager {
         entry.kind = ask.kind;
         entry.handle = ask.handle;
         entry.fundToken = ask.fundToken;
-        entry.tokens = ask.tokens;
+        if (!ask.tokens.IsEmpty()) entry.ask = std::make_shared<const CDataSet>(ask.tokens);
         RequestLedger::Instance().Describe(m_sent.back(), entry);
         RequestLedger::Instance().Sent(request);
         return request;
