@@ -354,8 +354,13 @@ class World {
     }
     void _subscribe(Handle page, Handle window, bool wants) {
         static const std::vector<std::pair<std::string, std::string>> kinds = {
-            {"fund", "Fund|"},           {"position", "Position|"},    {"positionmulti", "Position|"},
-            {"entrustpush", "Entrust|"}, {"entrustmulti", "Entrust|"}, {"instruction", "basket_instruction"}};
+            {"fund", "Fund|"},
+            {"position", "Position|"},
+            {"positionmulti", "Position|"},
+            {"entrustpush", "Entrust|"},
+            {"deal", "Trade|"},
+            {"entrustmulti", "Entrust|"},
+            {"instruction", "basket_instruction"}};
         const auto [kind, key] = _one(kinds);
         CUIData record(kind);
         record.SetData("handle", window);
