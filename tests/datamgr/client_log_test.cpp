@@ -7,6 +7,7 @@
 #include "base/counters.h"
 #include "base/text.h"
 #include "datamgr/request_log.h"
+#include "messaging/guid.h"
 
 namespace luadui {
 namespace {
@@ -39,7 +40,8 @@ class ClientLogTest : public ::testing::Test {
                                                  fs::recursive_directory_iterator()));
     }
 
-    const fs::path m_folder = fs::temp_directory_path() / PathFromText(Gbk("luadui_client_log_日志"));
+    const fs::path m_folder =
+        fs::temp_directory_path() / PathFromText(Gbk("luadui_client_log_日志_") + NewGuid());
     LogTime m_now{2024, 1, 5, 9, 5, 7, 45};
 };
 
