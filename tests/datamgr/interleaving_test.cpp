@@ -121,6 +121,8 @@ class World {
         m_host.onPush = [this](CQueueReqItem& request) { _sent(request); };
         m_hear = [this](Handle window, const CUIData& record) { _heard(window, record); };
         m_router.StartCommonData();
+        for (const auto family : {ListStore::kPlain, ListStore::kCredit, ListStore::kGGT})
+            m_router.CommonData().Lists().Accounts(family)->SetAccounts(CDataTable());
         m_prefixOfPages = "page" + m_prefix;
     }
     ~World() {
