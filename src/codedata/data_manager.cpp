@@ -1,11 +1,17 @@
 #include "codedata/data_manager.h"
 
+#include <cstddef>
+#include <new>
+
 #include "base/counters.h"
 
 namespace luadui {
 
 CDataManager& CDataManager::Instance() {
-    static auto* const manager = new CDataManager;  // threads may push until the process ends
+    // Never destroyed, since threads may push until the process ends; in the module's own memory, since the module may be
+    // unloaded without ever having started.
+    alignas(CDataManager) static std::byte place[sizeof(CDataManager)];
+    static auto* const manager = new (place) CDataManager;
     return *manager;
 }
 

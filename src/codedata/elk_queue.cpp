@@ -73,9 +73,10 @@ void ElkQueue::_dropOldest(Lines& dropped) {
 
 ElkQueue::Lines ElkQueue::_take() {
     const std::lock_guard lock(m_mutex);
-    const auto end = m_lines.begin() + static_cast<std::ptrdiff_t>(std::min(kBatchItems, m_lines.size()));
-    Lines lines(std::move_iterator(m_lines.begin()), std::move_iterator(end));
-    m_lines.erase(m_lines.begin(), end);
+    const auto end =
+        std::next(m_lines.begin(), static_cast<std::ptrdiff_t>(std::min(kBatchItems, m_lines.size())));
+    Lines lines;
+    lines.splice(lines.begin(), m_lines, m_lines.begin(), end);
     for (const Line& line : lines) m_bytes -= line.bytes;
     return lines;
 }
@@ -84,7 +85,7 @@ void ElkQueue::_giveBack(Lines lines) {
     Lines dropped;
     const std::lock_guard lock(m_mutex);
     for (const Line& line : lines) m_bytes += line.bytes;
-    m_lines.insert(m_lines.begin(), std::move_iterator(lines.begin()), std::move_iterator(lines.end()));
+    m_lines.splice(m_lines.begin(), lines);
     _dropOldest(dropped);
 }
 

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -65,7 +65,7 @@ class ElkQueue {
         std::vector<std::string> cells;
         size_t bytes;
     };
-    using Lines = std::deque<Line>;
+    using Lines = std::list<Line>;  // takes no memory while it is empty
 
     Line _line(const CQueueLogElkItem& item) const;
     Lines _take();

@@ -137,7 +137,7 @@ function data_pages.run(session, before)
     step("An error that does not say of what data", "the asker hears of it all the same, the message center has a row more", function()
         local busy = "柜台系统繁忙，请稍后再试"
         terminal.fault("failure", 1)
-        return check(both(to(CORE, "error_msg (answer): " .. busy, "deal (answer): " .. busy),
+        return check(both(to(CORE, "error_msg (answer): " .. busy, "deal 880001 (answer): " .. busy),
                           to(ALL, "messagecenter, 1 rows (push)")), 1, function()
             session.command(CORE, {["do"] = "ask", kind = "deal", refresh = 1})
         end)
