@@ -34,8 +34,6 @@ using interleaving::Rows;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int kSteps = 40'000;
-#elif defined(_WIN32)
-constexpr int kSteps = 40'000;
 #else
 constexpr int kSteps = 120'000;
 #endif
@@ -69,7 +67,9 @@ class Object : public CBaseObject {
 
 class Window : public CDuiBaseWnd {
   public:
-    explicit Window(const Hear& hear) : m_hear(hear) { Create(nullptr, L"page", 0, 0); }
+    explicit Window(const Hear& hear) : m_hear(hear) {
+        EXPECT_NE(Create(HWND_MESSAGE, L"page", 0, 0, 0, 0, 0, 0), nullptr);
+    }
     ~Window() override {
         if (GetHWND()) ::DestroyWindow(GetHWND());
     }
