@@ -10,6 +10,7 @@
 #include "datamgr/answer_routes.h"
 #include "datamgr/push_routes.h"
 #include "datamgr/ui_registry.h"
+#include "fuzz/input.h"
 #include "tests/datamgr/traffic.h"
 
 namespace luadui {
@@ -18,27 +19,6 @@ namespace {
 void Require(bool holds) {
     if (!holds) std::abort();
 }
-
-// Two bytes that choose, then five lines.
-class Input {
-  public:
-    Input(const uint8_t* data, size_t size) : m_rest(reinterpret_cast<const char*>(data), size) {}
-    bool IsEmpty() const { return m_rest.empty(); }
-    uint8_t Byte() {
-        if (m_rest.empty()) return 0;
-        const auto byte = static_cast<uint8_t>(m_rest[0]);
-        m_rest.remove_prefix(1);
-        return byte;
-    }
-    std::string_view Line() {
-        const std::string_view line = m_rest.substr(0, m_rest.find('\n'));
-        m_rest.remove_prefix(std::min(m_rest.size(), line.size() + 1));
-        return line;
-    }
-
-  private:
-    std::string_view m_rest;
-};
 
 class Window : public CBaseObject {
   public:
@@ -59,11 +39,11 @@ class Window : public CBaseObject {
 CQueueRespData ReadResponse(Input& input) {
     CQueueRespData response;
     const uint8_t parts = input.Byte();
-    response.SetData("JsonData", input.Line());
-    response.SetData("RawData", input.Line());
-    if ((parts & 1) != 0) response.SetData("Table", TableOf(input.Line()));
+    response.SetData("JsonData", input.Text('\n'));
+    response.SetData("RawData", input.Text('\n'));
+    if ((parts & 1) != 0) response.SetData("Table", TableOf(input.Text('\n')));
     if ((parts & 2) != 0) response.SetData("DATATYPE", static_cast<int8_t>(input.Byte()));
-    if ((parts & 4) != 0) response.SetData("FundToken", input.Line());
+    if ((parts & 4) != 0) response.SetData("FundToken", input.Text('\n'));
     return response;
 }
 
@@ -89,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Input input(data, size);
     while (!input.IsEmpty()) {
         const uint8_t choice = input.Byte(), how = input.Byte();
-        const std::string token(input.Line());
+        const std::string token(input.Text('\n'));
         if ((how & 1) != 0) {
             const PushRoute& route = PushRoutes()[choice % PushRoutes().size()];
             manager.Push(std::string(route.key) + token, ReadResponse(input));

@@ -7,6 +7,7 @@
 #include "base/data_set.h"
 #include "base/data_table.h"
 #include "base/json_object.h"
+#include "fuzz/input.h"
 #include "luadui/luadui.h"
 #include "messaging/page_sign_registry.h"
 #include "messaging/request_object.h"
@@ -19,27 +20,7 @@ constexpr const char* kKeys[] = {"DATATYPE", "REQTYPE", "IsLast",  "UUID",      
                                  "To",       "Topic",   "TraceID", "SrcServer", "JsonData", "Table",
                                  "Request",  "MapData", "Params",  ""};
 
-// Takes the fuzzer's bytes apart: an operation a byte, then its text up to a zero byte.
-class Input {
-  public:
-    Input(const uint8_t* data, size_t size) : m_rest(reinterpret_cast<const char*>(data), size) {}
-    bool IsEmpty() const { return m_rest.empty(); }
-    uint8_t Byte() {
-        if (m_rest.empty()) return 0;
-        const auto byte = static_cast<uint8_t>(m_rest[0]);
-        m_rest.remove_prefix(1);
-        return byte;
-    }
-    std::string_view Text() {
-        const std::string_view text = m_rest.substr(0, m_rest.find('\0'));
-        m_rest.remove_prefix(std::min(m_rest.size(), text.size() + 1));
-        return text;
-    }
-
-  private:
-    std::string_view m_rest;
-};
-
+// An operation a byte, then its text up to a zero byte.
 // Kind in the high half of a byte, key in the low one; an entry of kind 12 and above ends the record.
 CUIData BuildRecord(Input& input, int depth) {
     CUIData record;
@@ -54,10 +35,10 @@ CUIData BuildRecord(Input& input, int depth) {
                 record.SetData(key, static_cast<int>(input.Byte()) * 1005);
                 break;
             case 1:
-                record.SetData(key, input.Text());
+                record.SetData(key, input.Text('\0'));
                 break;
             case 2:
-                record.SetData(input.Text(), input.Text());
+                record.SetData(input.Text('\0'), input.Text('\0'));
                 break;
             case 3:
                 record.SetData(key, input.Byte() % 2 == 1);
@@ -66,12 +47,12 @@ CUIData BuildRecord(Input& input, int depth) {
                 record.SetData(key, 1e300 * input.Byte());
                 break;
             case 5:
-                json.Parse(input.Text());
+                json.Parse(input.Text('\0'));
                 record.SetDataShared(key, json);
                 break;
             case 6:
-                table.AddColumn(input.Text());
-                table.SetItemText(table.AppendRow(), 0, input.Text());
+                table.AddColumn(input.Text('\0'));
+                table.SetItemText(table.AppendRow(), 0, input.Text('\0'));
                 record.SetDataShared(key, table);
                 break;
             case 7:

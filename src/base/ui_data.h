@@ -46,8 +46,8 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     // Sets the entry to a copy of `value`; an existing key keeps its place. What would put an attached record
     // into itself changes nothing and is counted as "shared_ring_refused".
     void SetData(DataKey key, DataValue value) { _set(key, value); }
-    // The same for a value of another record, list or JSON object, whatever its kind. An absent value and a JSON null change
-    // nothing.
+    // The same for a value of another record, list or JSON object, whatever its kind. An absent value and a
+    // JSON null change nothing.
     void SetData(DataKey key, const ValueView& value);
     // Puts the entry and `value` on the same content. False, counted as "shared_ring_refused" and nothing
     // changed, when the record would come to hold itself.

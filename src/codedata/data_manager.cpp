@@ -8,8 +8,8 @@
 namespace luadui {
 
 CDataManager& CDataManager::Instance() {
-    // Never destroyed, since threads may push until the process ends; in the module's own memory, since the module may be
-    // unloaded without ever having started.
+    // Never destroyed, since threads may push until the process ends; in the module's own memory, since the
+    // module may be unloaded without ever having started.
     alignas(CDataManager) static std::byte place[sizeof(CDataManager)];
     static auto* const manager = new (place) CDataManager;
     return *manager;

@@ -40,8 +40,8 @@ void TellAll(CUIDataManager& manager, const Answer& answer) {
     }
 }
 
-// The view of all accounts of the ask goes out once, when none of them is still to come. If one of them failed, it is made
-// of what was held before, and says so.
+// The view of all accounts of the ask goes out once, when none of them is still to come. If one of them failed, it
+// is made of what was held before, and says so.
 void DeliverView(CUIDataManager& manager, const CTokenTableList& list, Answer& answer) {
     CDataSet tokens = answer.tokens;
     if (tokens.IsEmpty()) tokens.Insert(answer.fundToken);

@@ -17,8 +17,8 @@ bool DeliverResponse(int32_t handle, const CQueueRespData& response);
 // From now on responses whose "To" is this name go to the request object with that handle. UI thread only.
 void NameReceiver(const std::string& name, int32_t handle);
 
-// Delivers `response` to the object whose handle, or name, stands in "To" and frees it. 1, or 0 when there is no such object (the
-// object has gone, "To" is no handle of a request object, `response` is null). UI thread only.
+// Delivers `response` to the object whose handle, or name, stands in "To" and frees it. 1, or 0 when there is no such
+// object (it has gone, "To" is no handle of a request object, `response` is null). UI thread only.
 int RouteResponse(std::unique_ptr<const CQueueRespData> response);
 
 }  // namespace luadui

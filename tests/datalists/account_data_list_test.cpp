@@ -8,21 +8,10 @@
 
 #include "base/counters.h"
 #include "base/text.h"
+#include "tests/fakes/tables.h"
 
 namespace luadui {
 namespace {
-
-CDataTable MakeTable(const std::vector<std::string>& columns,
-                     const std::vector<std::vector<std::string>>& rows) {
-    CDataTable table;
-    for (const std::string& column : columns) table.AddColumn(column);
-    for (const auto& cells : rows) {
-        const int row = table.AppendRow();
-        for (size_t col = 0; col < cells.size(); ++col)
-            table.SetItemText(row, static_cast<int>(col), cells[col]);
-    }
-    return table;
-}
 
 std::string Joined(const CDataSet& set) {
     std::string text;

@@ -10,22 +10,10 @@
 
 #include "base/counters.h"
 #include "datalists/page_lists.h"
+#include "tests/fakes/tables.h"
 
 namespace luadui {
 namespace {
-
-using Rows = std::vector<std::vector<std::string>>;
-
-CDataTable MakeTable(const std::vector<std::string>& columns, const Rows& rows) {
-    CDataTable table;
-    for (const std::string& column : columns) table.AddColumn(column);
-    for (const auto& cells : rows) {
-        const int row = table.AppendRow();
-        for (size_t col = 0; col < cells.size(); ++col)
-            table.SetItemText(row, static_cast<int>(col), cells[col]);
-    }
-    return table;
-}
 
 CDataTable Orders(const Rows& rows) { return MakeTable({"OrderID", "Status"}, rows); }
 
