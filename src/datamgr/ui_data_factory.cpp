@@ -56,6 +56,7 @@ void CUIDataManager::_handleFactoryRequest(CUIData& record) {
         _handleRequest(record);
         return;
     }
+    if (!record.Has("handle")) record.SetData("handle", handle);  // where all settings were read into it
     record.SetData("ret_code", 0);
     record.SetData("ret_message", "");
     ResponseNotify(&record, handle, false);

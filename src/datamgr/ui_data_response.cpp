@@ -44,13 +44,18 @@ bool IsAnswer(const CQueueRespData& response) {
             !FindPushRoute(response.GetDataText("Topic")));
 }
 
+// An answer that never ends must not fill the memory.
+constexpr int kMostRowsOfParts = 4'000'000;
+
 // Adds this part of an answer to those that came before. False while further parts are to come.
 bool JoinParts(RequestLedger::Entry& entry, Answer& answer) {
-    const bool isLast = answer.response.GetDataBool("IsLast");
+    const bool isLast = !answer.response.IsPart();
     if (isLast && entry.parts.GetColumnNumber() == 0) return true;
     if (answer.hasTable) {
         if (entry.parts.GetColumnNumber() == 0) entry.parts.CopyHeader(answer.table);
-        entry.parts.InsertTable(answer.table);
+        const bool fits =
+            entry.parts.GetRowNumber() < kMostRowsOfParts && entry.parts.InsertTable(answer.table);
+        if (!fits) CCounters::Add("answer_part_refused");
     }
     if (!isLast) return false;
     answer.hasTable = true;

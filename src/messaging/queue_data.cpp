@@ -108,6 +108,8 @@ void CQueueRespData::CopyFrom(const CUIData& host) {
     CopyAttached<CDataTable>(host, copy, kTableKey);
     for (const HashedKey* key : {&kRequestKey, &kMapDataKey, &kTableIndexKey}) CopyRecord(host, copy, *key);
     CUIData::operator=(std::move(copy));
+    bool isLast = false;
+    m_saysWhetherLast = host.GetDataView(kIsLastKey).Get(isLast);
 }
 
 bool CQueueRespData::IsChangeNotice(const CUIData& record) {

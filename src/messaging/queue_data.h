@@ -44,15 +44,21 @@ class TESSEL_API CQueueRespData : public CQueueTaskItem {
     CQueueRespData();
     const char* ClassName() const override;
 
-    // Becomes a fresh response with the known keys of a host's record: integers, "IsLast", texts (missing: empty), "JsonData"
-    // and "Table" (an entry that the host attached shared stays the same object), and the records "Request",
-    // "MapData" and "TableIndex" where present. Nothing is copied cell by cell.
+    // Becomes a fresh response with the known keys of a host's record: integers, "IsLast", texts (missing:
+    // empty), "JsonData" and "Table" (an entry that the host attached shared stays the same object), and the
+    // records "Request", "MapData" and "TableIndex" where present. Nothing is copied cell by cell.
     void CopyFrom(const CUIData& host);
+
+    // True when further parts of this answer follow: "IsLast" is false, and not only because the host did not say.
+    bool IsPart() const { return m_saysWhetherLast && !GetDataBool("IsLast"); }
 
     // True for "the server's data of this kind changed": DATATYPE 2010 without a sub-record "Request".
     static bool IsChangeNotice(const CUIData& record);
     // The short form of CopyFrom for such a notice: besides the defaults only DATATYPE, REQTYPE, FundToken and To.
     void CopyNoticeFrom(const CUIData& host);
+
+  private:
+    bool m_saysWhetherLast = true;
 };
 
 }  // namespace luadui

@@ -58,7 +58,7 @@ constexpr FactoryCase kFactoryCases[] = {
     {"config handle=H config_key=<a,b>", "config handle=H config_key=<a,b> pageName=P config_value={a= b=}",
      "read user.cfg a / read user.cfg b"},
     {"config handle=H config_key=<>", nullptr},
-    {"get_all_config handle=H config_path=own.cfg", "get_all_config a=1 b=2", "all own.cfg"},
+    {"get_all_config handle=H config_path=own.cfg", "get_all_config a=1 b=2 handle=H", "all own.cfg"},
     {"erase_config handle=H config_path=own.cfg config_key=<a,c>",
      "erase_config handle=H config_path=own.cfg config_key=<a,c> pageName=P",
      "erase own.cfg a / erase own.cfg c"},

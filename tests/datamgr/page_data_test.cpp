@@ -45,7 +45,10 @@ class PageDataTest : public PageFixture {
         for (const char* key : {"REQTYPE", "UUID", "FundToken"}) response.SetData(key, item.GetDataView(key));
         response.SetData("DATATYPE", dataType);
         if (withRequest) response.SetData("Request", static_cast<const CUIData&>(item));
-        router.OnResponse(&response);
+        response.Remove("IsLast");  // a host that does not say has sent the whole answer
+        CQueueRespData arrived;
+        arrived.CopyFrom(response);
+        router.OnResponse(&arrived);
     }
     void Push(std::string_view topic, std::string_view table) {
         CQueueRespData push = ResponseOf(table);

@@ -77,6 +77,23 @@ TEST(QueueData, MissingAndMistypedKeysReadAsEmpty) {
               "Topic= SrcServer= TraceID=");
 }
 
+TEST(QueueData, MorePartsAreExpectedOnlyWhereTheHostSaysSo) {
+    CUIData host = HostRecord();
+    CQueueRespData copy;
+    EXPECT_FALSE(copy.IsPart());
+    copy.CopyFrom(host);
+    EXPECT_TRUE(copy.IsPart());
+    host.SetData("IsLast", true);
+    copy.CopyFrom(host);
+    EXPECT_FALSE(copy.IsPart());
+    for (const bool isAbsent : {true, false}) {
+        host.SetData("IsLast", "no");
+        if (isAbsent) host.Remove("IsLast");
+        copy.CopyFrom(host);
+        EXPECT_FALSE(copy.IsPart());
+    }
+}
+
 // What the host attached stays one object; what it holds by value is taken as it is.
 TEST(QueueData, TablesAreAttachedOrTakenAsTheyAre) {
     for (const bool isShared : {true, false}) {
