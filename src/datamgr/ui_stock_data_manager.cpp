@@ -205,6 +205,9 @@ bool CUIStockDataManager::GetUIData(const std::string& kind, CUIData& out, const
 // Sending.
 
 bool CUIStockDataManager::Request(CQueueReqItem& request) {
+    // The router's own questions, after a change notice, are about the common data.
+    if (request.GetDataText("From").empty())
+        request.SetData("From", std::to_string(m_commonData.GetHandle()));
     if (CSubscriptionDispatcher::Instance().Offer(request)) return false;
     return DispatchRequest(request);
 }

@@ -349,8 +349,7 @@ void Model::_publishView(const Asked& request, const ListKind& list, const Names
 
 void Model::FailUnrouted(Asked& request, int code) {
     _publish({.kind = "messagecenter"}, -1, true);
-    if (request.asker == -1 || (request.page != 0 && !pages.contains(request.page)))
-        return _count("response_without_receiver");
+    if (request.page != 0 && !pages.contains(request.page)) return _count("response_without_receiver");
     Answer(request, {}, false, code);
 }
 

@@ -559,8 +559,7 @@ class World {
             _event([&] { m_model.FailUnrouted(request, kErrorCode); }, [&] { _hand(response); });
         } else if (request.page == 0) {
             response.SetData("DATATYPE", kNoCommonData);
-            const char* const reason = request.asker == -1 ? "response_without_receiver" : "response_ignored";
-            _event([&] { m_model.frames.back().counts[reason] = 1; }, [&] { _hand(response); });
+            _event([&] { m_model.frames.back().counts["response_ignored"] = 1; }, [&] { _hand(response); });
         }
         _dropEnded();
     }
