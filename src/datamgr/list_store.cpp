@@ -4,12 +4,13 @@
 #include <array>
 #include <utility>
 
-#include "datalists/muti_inst_cfg.h"
 #include "datalists/page_lists.h"
 #include "datalists/trade_data.h"
 
 namespace luadui {
 namespace {
+
+constexpr char kInstructionPage[] = "MULTIINST_DUI";
 
 // The trading tables: one list each, with a table per account.
 struct TableKind {
@@ -78,9 +79,8 @@ const auto* FindRow(const Rows& rows, std::string_view name) {
 
 }  // namespace
 
-template <class List, class... Args>
-void ListStore::_add(Args&&... args) {
-    auto list = std::make_unique<List>(std::forward<Args>(args)...);
+template <class List>
+void ListStore::_add(std::unique_ptr<List> list) {
     const std::string name = list->GetType();
     if constexpr (std::is_base_of_v<CTokenTableList, List>) m_tables[name] = list.get();
     m_shared.SetDataShared(name, static_cast<CUIData&>(*list));
@@ -95,9 +95,14 @@ void ListStore::MakeCommonLists(ListOwner* owner) {
     m_messageCenter = std::make_unique<CMessageCenterList>(owner);
 }
 
-void ListStore::MakePageLists(const std::string& pageName, ListOwner* owner) {
-    if (pageName == "MULTIINST_DUI") {
-        _add<CMutiInstCfg>(true);
+std::unique_ptr<CMutiInstCfg> ListStore::ReadInstConfig(const std::string& pageName) {
+    return pageName == kInstructionPage ? std::make_unique<CMutiInstCfg>(true) : nullptr;
+}
+
+void ListStore::MakePageLists(const std::string& pageName, ListOwner* owner,
+                              std::unique_ptr<CMutiInstCfg> config) {
+    if (config) _add(std::move(config));
+    if (pageName == kInstructionPage) {
         _add<CBasketMemberAllocList>();
         _add<CBasketMemberAllocListCredit>();
         _add<CMutiInstAllocList>();
@@ -123,7 +128,7 @@ CTokenTableList* ListStore::FindOrMake(std::string_view kind) {
     if (CTokenTableList* const list = Find(kind)) return list;
     const TableKind* const row = FindRow(kTableKinds, kind);
     if (!row) return nullptr;
-    _add<CTokenTableList>(row->name, row->view, row->rowKey);
+    _add(std::make_unique<CTokenTableList>(row->name, row->view, row->rowKey));
     return Find(kind);
 }
 

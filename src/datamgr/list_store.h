@@ -10,6 +10,7 @@
 #include "datalists/account_data_list.h"
 #include "datalists/list_owner.h"
 #include "datalists/message_center_list.h"
+#include "datalists/muti_inst_cfg.h"
 #include "datalists/token_table_list.h"
 
 namespace luadui {
@@ -25,8 +26,10 @@ class ListStore {
     // The lists that every manager of the shared data has: the three account data lists and the message
     // center.
     void MakeCommonLists(ListOwner* owner);
-    // The lists of the page with that name; every page has "trade".
-    void MakePageLists(const std::string& pageName, ListOwner* owner);
+    // The lists of the page with that name; every page has "trade". `config`: its settings from ReadInstConfig.
+    void MakePageLists(const std::string& pageName, ListOwner* owner, std::unique_ptr<CMutiInstCfg> config);
+    // Asks the host for the settings of instructions over several accounts; null for pages that have none.
+    static std::unique_ptr<CMutiInstCfg> ReadInstConfig(const std::string& pageName);
 
     // The list of trading tables of that kind; null when there is none (yet).
     CTokenTableList* Find(std::string_view kind) const;
@@ -50,8 +53,8 @@ class ListStore {
     void SetSharedAge(const std::string& name, uint64_t age) { m_sharedAges[name] = age; }
 
   private:
-    template <class List, class... Args>
-    void _add(Args&&... args);
+    template <class List>
+    void _add(std::unique_ptr<List> list = std::make_unique<List>());
 
     CUIData m_shared;
     std::map<std::string, uint64_t, std::less<>> m_sharedAges;

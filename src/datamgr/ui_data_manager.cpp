@@ -32,19 +32,21 @@ CUIDataManager::CUIDataManager() = default;
 CUIDataManager::~CUIDataManager() = default;
 
 void CUIDataManager::Init(const std::string& pageName) {
+    const int32_t self = GetHandle();
     _initUIData(pageName);
+    // The host has been asked for settings, and may have closed the page meanwhile.
+    if (CBaseObject::Find(self) != this) return;
     _initMultiServerInstRecord();
-    _createTimerWnd();
+    if (CBaseObject::Find(self) == this) _createTimerWnd();
 }
 
 void CUIDataManager::_initUIData(const std::string& pageName) {
     m_typeCodes = TypeCodeRecord();
     m_pushKeys = PushKeyRecord();
-    if (m_runType == kTypeCommonData) {
-        m_lists.MakeCommonLists(this);
-    } else {
-        m_lists.MakePageLists(pageName, this);
-    }
+    if (m_runType == kTypeCommonData) return m_lists.MakeCommonLists(this);
+    const int32_t self = GetHandle();
+    auto config = ListStore::ReadInstConfig(pageName);
+    if (CBaseObject::Find(self) == this) m_lists.MakePageLists(pageName, this, std::move(config));
 }
 
 void CUIDataManager::_initMultiServerInstRecord() { InstructionRecord::Instance().Load(LocalMidnight()); }

@@ -72,7 +72,9 @@ bool CUIPageData::Init() {
     if (m_isRegistered) return true;
     m_isRegistered = Router().RegisterPage(m_name, this) == CUIStockDataManager::kDone;
     if (!m_isRegistered) return false;
+    const int32_t self = GetHandle();
     CUIDataManager::Init(m_name);
+    if (CBaseObject::Find(self) != this) return false;
     for (const std::string& kind : m_notify.Kinds()) {
         _kindWanted(kind);
         for (const uint32_t handle : m_notify.Handles(kind)) _ownWindow(handle);

@@ -24,7 +24,8 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     ~CUIPageData() override;
 
     // Registers the page, then does what every manager does. False when the name is empty or taken: this
-    // manager then sends and hears nothing. Further calls do nothing.
+    // manager then sends and hears nothing; also when the host destroyed it meanwhile. Further calls do
+    // nothing.
     bool Init();
     const std::string& getName() const { return m_name; }
 

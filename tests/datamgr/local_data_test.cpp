@@ -384,6 +384,13 @@ TEST_F(LocalDataTest, ThePageMayEndWhileTheHostIsAsked) {
     page->GetData(asked, false, true);
     EXPECT_EQ(window.Take(), "");
     EXPECT_FALSE(page);
+    // Even while it is set up.
+    for (const char* name : {"P", "MULTIINST_DUI"}) {
+        auto* const dying = new CUIPageData(name);
+        page.reset(dying);
+        EXPECT_FALSE(dying->Init()) << name;
+        EXPECT_FALSE(page) << name;
+    }
 }
 
 }  // namespace
