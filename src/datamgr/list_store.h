@@ -27,7 +27,8 @@ class ListStore {
     // center.
     void MakeCommonLists(ListOwner* owner);
     // The lists of the page with that name; every page has "trade". `config`: its settings from ReadInstConfig.
-    void MakePageLists(const std::string& pageName, ListOwner* owner, std::unique_ptr<CMutiInstCfg> config);
+    void MakePageLists(const std::string& pageName, ListOwner* owner,
+                       std::unique_ptr<CMutiInstCfg> config = nullptr);
     // Asks the host for the settings of instructions over several accounts; null for pages that have none.
     static std::unique_ptr<CMutiInstCfg> ReadInstConfig(const std::string& pageName);
 
