@@ -66,7 +66,8 @@ bool CUIDataManager::GetData(CUIData& request, bool cacheOnly, bool flag) {
     // A factory asks the host, who may close the page.
     if (cacheOnly || CBaseObject::Find(self) != this) return isFound;
     if (isFound) {
-        if (!request.Has("handle")) request.SetData("handle", handle);  // where all settings were read into it
+        if (!request.Has("handle"))
+            request.SetData("handle", handle);  // where all settings were read into it
         request.SetData("ret_code", 0);
         request.SetData("ret_message", "");
         ResponseNotify(&request, handle, flag);
