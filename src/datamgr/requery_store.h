@@ -21,7 +21,6 @@ class RequeryStore {
     // "requery_refused", when that would go beyond kMaxNames names.
     bool Add(std::string_view queryKind, const CUIData& record);
     void Drop(std::string_view queryKind);
-    bool IsEmpty() const { return m_queries.empty(); }
 
     // The queries, one record per kind with "fund_token" (a set) or "stock_code" (separated by commas), and
     // empties the store.

@@ -118,6 +118,9 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     };
     static void SetSkinAccess(SkinAccess access);
 
+    // Tells the window `handle` (-1: all that registered) that what it wanted of a kind failed: a record of that kind
+    // with "ret_code" and "ret_message" only. For those who serve requests without a server.
+    void ResponseError(const std::string& kind, int handle, int code, const std::string& message);
     // Puts a failed answer into the message center, where the manager has one.
     void NoteFailure(const CQueueRespData& response);
     // Which server holds which instruction; the same for all managers.
@@ -220,7 +223,6 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     static int _getResHandle(const CQueueRespData& response);
     // Tells the asker that the server failed. False when it did not.
     bool ResponseError(const CQueueRespData& response);
-    void ResponseError(const std::string& kind, int handle, int code, const std::string& message);
     void _dealNormalResponse(const CQueueRespData& response);
     void _dealSubResposnse(const CQueueRespData& response);
     void _runHandlers(Answer& answer, const AnswerRoute& route);

@@ -278,6 +278,14 @@ TEST_F(PageDataTest, FailuresReachTheAskerHoweverTheyCome) {
     router.CommonData().UnRegisterNotify(static_cast<unsigned>(messages.GetHandle()), "messagecenter");
 }
 
+TEST_F(PageDataTest, FailuresWithoutAServerReachTheAsker) {
+    router.CommonData().ResponseError("fund", window.GetHandle(), 7, "no");
+    EXPECT_EQ(window.Take(), "");  // of no page yet
+    Register(window, {"deal"});
+    router.CommonData().ResponseError("fund", window.GetHandle(), 7, "no");
+    EXPECT_EQ(window.Take(), "fund handle=H ret_code=7 ret_message=no");
+}
+
 TEST_F(PageDataTest, AnswersReachTheAskerOnce) {
     constexpr char kRecord[] =
         "fund fund=[No|1] fund_token=F1 handle=H ret_code=0 ret_message= update_user=F1";
