@@ -17,6 +17,17 @@ namespace {
 void* ToLinker(HMODULE module) { return module; }
 HMODULE FromLinker(void* module) { return static_cast<HMODULE>(module); }
 
+// The linker keeps a thread's last error until it is asked for it a second time; nobody here asks.
+void ForgetError() {
+    dlerror();
+    dlerror();
+}
+
+void* OrForgetError(void* answer) {
+    if (!answer) ForgetError();
+    return answer;
+}
+
 void* HostModule() {
     static void* const host = dlopen(nullptr, RTLD_LAZY);
     return host;
@@ -62,7 +73,7 @@ void* OpenFirst(LPCWSTR name, int flags, bool& broken) {
     for (const auto& [path, isSearched] : Candidates(name)) {
         const bool exists = isSearched || access(path.c_str(), F_OK) == 0;
         if (!exists) continue;
-        if (void* module = dlopen(path.c_str(), flags)) return module;
+        if (void* module = OrForgetError(dlopen(path.c_str(), flags))) return module;
         broken = broken || !isSearched;
         if (!isSearched && !(flags & RTLD_NOLOAD))
             return nullptr;  // that file is meant, no other of the same name
@@ -81,7 +92,8 @@ HMODULE Open(LPCWSTR name, int flags) {
 // The linker's record of a module; null when the handle is none.
 const link_map* RecordOf(HMODULE module) {
     link_map* record = nullptr;
-    if (!module || dlinfo(ToLinker(module), RTLD_DI_LINKMAP, &record) != 0) return nullptr;
+    if (!module) return nullptr;
+    if (dlinfo(ToLinker(module), RTLD_DI_LINKMAP, &record) != 0) ForgetError();
     return record;
 }
 
@@ -104,7 +116,7 @@ HMODULE OpenAt(const void* address, int flags) {
     const link_map* const record = RecordAt(address);
     if (!record) return Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
     const bool isHost = !*record->l_name;
-    void* module = dlopen(isHost ? nullptr : record->l_name, flags);
+    void* module = OrForgetError(dlopen(isHost ? nullptr : record->l_name, flags));
     return module ? FromLinker(module) : Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
 }
 
@@ -126,7 +138,7 @@ BOOL FreeLibrary(HMODULE module) {
 
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
     void* const linker = module ? ToLinker(module) : HostModule();
-    void* const address = name ? dlsym(linker, name) : nullptr;
+    void* const address = name ? OrForgetError(dlsym(linker, name)) : nullptr;
     // The linker also looks into what the module depends on, the C library with its "sleep" included.
     const bool isOwn = address && RecordAt(address) == RecordOf(FromLinker(linker));
     return isOwn ? reinterpret_cast<FARPROC>(address) : Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
