@@ -1,15 +1,90 @@
 // CTrade: the rules of trading that several parts of the system share.
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+
+#include "trade/decimal.h"
+#include "trade/stock_type.h"
 
 namespace luadui {
 
 class CUIData;
 
-// Threads: any.
+enum TradeDirection { kTradeBuy = 1, kTradeSell = 2 };
+
+// What an amount of money is to be turned into.
+struct TRADE_INFO {
+    StockType stockType = StockType::kUnknown;
+    Decimal money;
+    Decimal price;
+    int direction = kTradeBuy;
+    int64_t unit = 1;  // quantities are multiples of it, beside the type's own lots; below 1 counts as 1
+    Decimal commissionRate;  // part of the turnover that goes to the broker; zero when it is not known
+};
+
+struct PriceRange {
+    Decimal lowest;
+    Decimal highest;
+};
+
+// The step of prices in the band [begin, end) of a Stock Connect market.
+struct PriceSpread {
+    std::string key;  // market letter + ":" + stock type
+    Decimal begin;
+    Decimal end;
+    Decimal step;
+};
+
+// Codes and market ids are those of tables and pages ("600000", "17"); names are code page 936.
+//
+// Threads: any; the registrations are seen by all.
 class CTrade {
   public:
+    static StockType GetStockType(std::string_view code, std::string_view market);
+    // The step of prices; that of Stock Connect depends on the price. Zero when it is not known.
+    static Decimal GetPriceStep(std::string_view code, std::string_view market, Decimal price = {});
+    // With how many decimals a price is shown.
+    static int GetPriceDecimals(std::string_view code, std::string_view market, Decimal price = {});
+
+    // The prices between which a security may trade on a day, by its previous close; none for those without
+    // limits.
+    static std::optional<PriceRange> GetDailyLimits(std::string_view code, std::string_view market,
+                                                    Decimal previousClose);
+    // The limit up for a buy, the limit down for a sell; zero when there is none.
+    static Decimal CalcLimitPrice(std::string_view code, std::string_view market, Decimal previousClose,
+                                  int direction);
+    // Between which prices an order may be declared in continuous trading: a buy has a highest, a sell a lowest
+    // price; the other end, and both where there is no band, is the daily limit. None when there is neither.
+    static std::optional<PriceRange> GetDeclarationRange(std::string_view code, std::string_view market,
+                                                         Decimal referencePrice, Decimal previousClose,
+                                                         int direction);
+
+    // The largest quantity that may be declared, is a multiple of the unit and costs, commission included, no more
+    // than the money. 0 when price or money are not above zero.
+    static int64_t CountAmountByMoney(const TRADE_INFO& info);
+    // The largest quantity up to `quantity` that may be declared; `held` (what the account has) lets odd lots be sold
+    // whole.
+    static int64_t RoundQuantity(StockType type, int64_t quantity, int direction, int64_t unit = 1,
+                                 int64_t held = 0);
+
+    // Whether the position row (`securityId`, `positionMarket`) is of the security that is asked for. Empty markets match
+    // every market that has the code.
+    static bool IsMatchPositionCode(std::string_view securityId, std::string_view positionMarket,
+                                    std::string_view code, std::string_view market);
+
+    // What the code list knows: the name tells risk-warned shares, the board lot is Stock Connect's (0: not known).
+    static void AddCodeData(std::string_view code, std::string_view market, std::string_view name,
+                            int64_t boardLot = 0);
+    // The board lot; 0 when it is not known.
+    static int64_t GetBoardLot(std::string_view code, std::string_view market);
+    static bool IsRiskWarned(std::string_view code, std::string_view market);
+    // Replaces all bands of Stock Connect prices.
+    static void SetPriceSpreads(std::span<const PriceSpread> spreads);
+
     // Whether a response says that the server failed (see trade/server_result.h). `errorText` then becomes
     // what the user reads: the server's message, or, when it sent none, one with the code; otherwise it is
     // unchanged.
