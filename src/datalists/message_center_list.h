@@ -40,6 +40,13 @@ class CMessageCenterList : public CUIData, public CBaseObject {
     void AddErrorMessage(const CUIData& response, const CUIData& accounts, const CUIData& creditAccounts,
                          const std::string& user);
 
+    // Tells the user how orders stand. `push` is what is known of a push of orders: "Table" with the order rows,
+    // and, as far as it has them, "InstanceID", "TaskID", "LocalID", "from" (the topic), "account", "action",
+    // "inst_type", "msg" and "data" (a JSON object or its text). Rows whose status is worth no message are
+    // passed over; all others go out as one table, with handle GetHandle(). A row that comes again with the same status has
+    // the same "LocalID". The owner's page may close during the call, and this list go with it.
+    void AddOrderMessages(const CUIData& push);
+
     // A risk push: `data` is a record of type "str_subkey_risk_push" whose table has a row. Anything else is
     // passed over.
     void OnNotify(void* data) override;
