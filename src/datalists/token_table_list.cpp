@@ -12,11 +12,11 @@ namespace {
 constexpr std::string_view kTokens = "fund_token";
 constexpr std::string_view kUpdateUser = "update_user";
 
-// Sets the cells that differ; false when none does.
-bool CopyCells(const TableRow& cells, const std::vector<int>& columns, CDataTable& held, int row) {
+// Sets the cells that differ, but for that of column `keeps`; false when none does.
+bool CopyCells(const TableRow& cells, const std::vector<int>& columns, CDataTable& held, int row, int keeps) {
     bool changed = false;
     for (size_t col = 0; col < columns.size(); ++col) {
-        if (columns[col] < 0) continue;
+        if (columns[col] < 0 || columns[col] == keeps) continue;
         const TextView text = cells[static_cast<int>(col)];
         if (held.GetItemText(row, columns[col]) != text)
             changed = held.SetItemText(row, columns[col], text) || changed;
@@ -28,7 +28,15 @@ bool CopyCells(const TableRow& cells, const std::vector<int>& columns, CDataTabl
 
 CTokenTableList::CTokenTableList(std::string_view kind, std::string_view mergedKind, std::string_view rowKey,
                                  std::string_view keySet)
-    : CUIData(kind), m_kind(kind), m_mergedKind(mergedKind), m_rowKey(rowKey), m_keySet(keySet) {}
+    : CUIData(kind),
+      m_kind(kind),
+      m_mergedKind(mergedKind),
+      m_rowKey(rowKey),
+      m_keySet(keySet),
+      m_form(rowKey.empty() ? PushForm::kTable : PushForm::kRows) {}
+
+CTokenTableList::CTokenTableList(std::string_view kind, MergesPushes)
+    : CUIData(kind), m_kind(kind), m_keySet(kTokens), m_form(PushForm::kChanges) {}
 
 CTokenTableList::~CTokenTableList() = default;
 
@@ -45,6 +53,7 @@ bool CTokenTableList::TakeAnswer(std::string_view token, const CDataTable& table
     if (!_isToken(token)) return false;
     const bool held = Holds(token);
     Account& account = _account(token);
+    age = _ageOf(account, age);
     if (held && (age < account.answerAge || (account.pushAge != 0 && age <= account.pushAge))) {
         CCounters::Add("older_answer_ignored");
         return false;
@@ -52,12 +61,13 @@ bool CTokenTableList::TakeAnswer(std::string_view token, const CDataTable& table
     account.answerAge = age;
     account.pushAge = 0;
     while (!account.kept.empty() && account.kept.front().age < age) _dropOldest(account);
-    if (m_rowKey.empty()) {
+    if (m_form == PushForm::kTable) {
         _storeNewest(token, account, table);
     } else {
         _store(token, account, table, Origin::kAnswer);
-        for (const Kept& push : account.kept) _applyRows(token, account, push.table);
+        for (const Kept& push : account.kept) _apply(token, account, push.table);
     }
+    _updated(token);
     return true;
 }
 
@@ -65,23 +75,25 @@ PushResult CTokenTableList::TakePush(std::string_view token, const CDataTable& t
                                      bool queryUnderWay) {
     if (!_isToken(token)) return PushResult::kRefused;
     const bool held = Holds(token);
-    if (!held && !queryUnderWay) {
+    if (!held && !queryUnderWay && !_isKnown(token)) {
         CCounters::Add("push_for_unqueried_account");
         return PushResult::kUnknown;
     }
     Account& account = _account(token);
+    age = _ageOf(account, age);
     if (_isOlder(account, held, age)) {
         CCounters::Add("older_push_ignored");
         return PushResult::kOlder;
     }
-    if (!m_rowKey.empty() && table.FindColumn(m_rowKey) < 0) {
+    if (m_form == PushForm::kRows && table.FindColumn(m_rowKey) < 0) {
         CCounters::Add("push_row_without_key", static_cast<uint64_t>(table.GetRowNumber()));
         return PushResult::kRefused;
     }
-    if (!held) return _keep(account, table, age) ? PushResult::kKept : PushResult::kRefused;
-    if (m_rowKey.empty()) return _takeTable(token, account, table, age);
-    const bool changed = _applyRows(token, account, table);
-    if (!queryUnderWay || !_keep(account, table, age)) account.pushAge = std::max(account.pushAge, age);
+    if (!held && queryUnderWay) return _keep(account, table, age) ? PushResult::kKept : PushResult::kRefused;
+    const bool changed = _apply(token, account, table);
+    const bool isKept = m_form != PushForm::kTable && queryUnderWay && _keep(account, table, age);
+    if (!isKept) account.pushAge = std::max(account.pushAge, age);
+    _updated(token);
     return changed ? PushResult::kTaken : PushResult::kUnchanged;
 }
 
@@ -129,7 +141,7 @@ void CTokenTableList::Remove(std::string_view token) {
         while (!found->second.kept.empty()) _dropOldest(found->second);
         m_accounts.erase(found);
     }
-    if (!Holds(token)) return;
+    if (!_isKnown(token)) return;
     CUIData::Remove(token);
     CDataSet tokens;
     if (GetDataShared(m_keySet, tokens)) tokens.Remove(token);
@@ -141,6 +153,18 @@ bool CTokenTableList::_isToken(std::string_view token) const {
     return false;
 }
 
+// What was registered without a table counts, too.
+bool CTokenTableList::_isKnown(std::string_view token) const {
+    CDataSet tokens;
+    return Holds(token) || (GetData(m_keySet, tokens) && tokens.Contains(token));
+}
+
+uint64_t CTokenTableList::_ageOf(const Account& account, uint64_t age) {
+    if (age != kNewest) return age;
+    const uint64_t newestKept = account.kept.empty() ? 0 : account.kept.back().age;
+    return std::max({account.answerAge, account.pushAge, newestKept}) + 1;
+}
+
 CTokenTableList::Account& CTokenTableList::_account(std::string_view token) {
     const auto found = m_accounts.find(token);
     return found != m_accounts.end() ? found->second : m_accounts[std::string(token)];
@@ -148,7 +172,7 @@ CTokenTableList::Account& CTokenTableList::_account(std::string_view token) {
 
 bool CTokenTableList::_isOlder(const Account& account, bool held, uint64_t age) const {
     if (held && age < account.answerAge) return true;
-    if (!m_rowKey.empty()) return false;  // pushes of rows count in the order in which they come
+    if (m_form != PushForm::kTable) return false;  // pushes of changes count in the order in which they come
     return age < (held || account.kept.empty() ? account.pushAge : account.kept.back().age);
 }
 
@@ -157,7 +181,11 @@ void CTokenTableList::_store(std::string_view token, Account& account, CDataTabl
     account.index.Clear();
     const bool isNew = !Holds(token);
     SetData(token, table);
-    if (!isNew) return;
+    if (isNew) _register(token);
+}
+
+void CTokenTableList::_register(std::string_view token) {
+    if (!_isToken(token)) return;
     // In place: a set that the record and we both held would be copied for each new account.
     CDataSet tokens;
     if (!GetDataShared(m_keySet, tokens)) {
@@ -201,20 +229,24 @@ int CTokenTableList::_targetOf(const CDataTable& push, int col, CDataTable& held
     return target < 0 && held.GetColumnNumber() < kMaxColumns ? held.AddColumn(name) : target;
 }
 
-PushResult CTokenTableList::_takeTable(std::string_view token, Account& account, const CDataTable& table,
-                                       uint64_t age) {
-    account.pushAge = age;
-    CDataTable held;
-    GetTable(token, held);
-    if (held.SharesWith(table)) return PushResult::kUnchanged;
-    _store(token, account, table, Origin::kPush);
-    return PushResult::kTaken;
+// False when nothing changed.
+bool CTokenTableList::_apply(std::string_view token, Account& account, const CDataTable& push) {
+    if (m_form == PushForm::kTable) {
+        CDataTable held;
+        if (GetTable(token, held) && held.SharesWith(push)) return false;
+    } else {
+        CDataTable held;
+        const bool isHeld = GetDataShared(token, held);
+        if (isHeld && held.SharesWith(push)) return false;
+        if (isHeld && m_form == PushForm::kRows) return _applyRows(account, held, push);
+        if (isHeld && held.GetRowNumber() != 0) return _merge(token, held, push);
+    }
+    _store(token, account, push, Origin::kPush);
+    return true;
 }
 
-bool CTokenTableList::_applyRows(std::string_view token, Account& account, const CDataTable& push) {
+bool CTokenTableList::_applyRows(Account& account, CDataTable& held, const CDataTable& push) {
     const int pushKey = push.FindColumn(m_rowKey);
-    CDataTable held;
-    if (!GetDataShared(token, held) || held.SharesWith(push)) return false;
     const std::vector<int>& columns = _mapColumns(push, held);
     const int keyColumn = columns[static_cast<size_t>(pushKey)];
     if (keyColumn < 0) return false;
@@ -230,16 +262,16 @@ bool CTokenTableList::_applyRows(std::string_view token, Account& account, const
         }
         int row = account.index.Find(held, key);
         const bool isNew = row < 0;
+        RowChange change{held, row, push, pushed};
         if (isNew) {
             row = held.AppendRow();
             if (row < 0) break;
-        } else if (!_acceptsRow(held, row, push, pushed)) {
+        } else if (!_acceptsRow(change)) {
             CCounters::Add("push_row_refused");
             continue;
         }
-        if (!CopyCells(cells, columns, held, row)) continue;
+        if (!CopyCells(cells, columns, held, row, change.keeps)) continue;
         if (isNew) account.index.Add(held, row);
-        _prepareRow(token, held, row);
         changed = true;
     }
     return changed;
@@ -247,7 +279,7 @@ bool CTokenTableList::_applyRows(std::string_view token, Account& account, const
 
 bool CTokenTableList::_keep(Account& account, const CDataTable& table, uint64_t age) {
     // Of whole tables only the newest counts.
-    while (m_rowKey.empty() && !account.kept.empty()) _dropOldest(account);
+    while (m_form == PushForm::kTable && !account.kept.empty()) _dropOldest(account);
     Kept push{age, table};
     while (m_keptRows + _cost(push) > kMaxKeptRows && !account.kept.empty()) {
         CCounters::Add("kept_push_dropped");

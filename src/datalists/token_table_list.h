@@ -1,6 +1,5 @@
-// CTokenTableList: the tables of one kind, one for every account; base of the lists of orders, deals,
-//                  positions, funds
-// and the like.
+// CTokenTableList: the tables of one kind, one for every account; base of the lists of orders, deals, positions,
+//                  funds and the like.
 #pragma once
 
 #include <cstddef>
@@ -31,16 +30,16 @@ enum class PushResult {
 // A record: the table of an account under the account's token, and the set of all tokens held.
 //
 // Content comes as answers and pushes, in any order. Every one of them has an age: the larger is the newer
-// (see TakeAnswer); 0 is older than all others. Older content never replaces newer. A push belongs either to
-// the account's whole table or, in lists with a row key, to single rows, which are updated or appended.
+// (see TakeAnswer); 0 is older than all others. Older content never replaces newer. A push either stands for
+// the account's whole table or changes the one that is held: in lists with a row key it brings single rows,
+// which are updated or appended; what else it may change is up to derived lists.
 //
 // Tables are handed out and taken in as copies that share their rows: nothing but what a push names is copied
 // or walked over. The first push after an answer reads the table once to find its rows by key.
 //
 // Bad input: missing and doubled columns, empty tables and hostile tokens are never an error; what cannot be
-// used is
-//            counted. A token that is a control entry's name ("fund_token", "update_user") or empty is
-//            refused, counted as "list_token_refused".
+//            used is counted. A token that is a control entry's name ("fund_token", "update_user") or empty
+//            is refused, counted as "list_token_refused".
 // Threads:   the UI thread.
 class CTokenTableList : public CUIData {
   public:
@@ -61,6 +60,9 @@ class CTokenTableList : public CUIData {
     bool Holds(const CDataSet& tokens) const;
     // The account's table. False, and `out` unchanged, when there is none.
     bool GetTable(std::string_view token, CDataTable& out) const { return GetData(token, out); }
+
+    // The age of content that counts as newer than all that the account has.
+    static constexpr uint64_t kNewest = UINT64_MAX;
 
     // Takes an account's whole table from the answer to a request, whose age is that of the moment when it
     // left. Pushes that are newer are applied on top. True when the account's content may have changed; in
@@ -103,21 +105,37 @@ class CTokenTableList : public CUIData {
     static constexpr int kMaxColumns = 4096;
 
   protected:
+    // A list without row key whose pushes change the held table in the way that _merge says.
+    struct MergesPushes {};
+    CTokenTableList(std::string_view kind, MergesPushes);
+
     enum class Origin { kAnswer, kPush };
+    // A row of a push on its way into the row of the same key.
+    struct RowChange {
+        const CDataTable& held;
+        const int row;
+        const CDataTable& push;
+        const int pushed;
+        int keeps = -1;  // a column of `held` whose cell stays
+    };
 
     // Before a whole table is stored: the place for derived columns. A push that is stored in the place of
-    // the older answer to an account's first query comes as kAnswer.
+    // the older answer to an account's first query comes as kAnswer. Must not use the list.
     virtual void _prepare(std::string_view /*token*/, CDataTable& /*table*/, Origin /*origin*/) {}
-    // Whether row `pushed` of a push may change row `row` of the held table.
-    virtual bool _acceptsRow(const CDataTable& /*held*/, int /*row*/, const CDataTable& /*push*/,
-                             int /*pushed*/) const {
-        return true;
+    // Whether the row may be changed; in lists with a row key.
+    virtual bool _acceptsRow(RowChange& /*change*/) const { return true; }
+    // Changes the held table, which has rows, as the push says; in lists of MergesPushes. False when nothing
+    // changed. Must not use the list.
+    virtual bool _merge(std::string_view /*token*/, CDataTable& /*held*/, const CDataTable& /*push*/) {
+        return false;
     }
-    // After a push changed or appended a row. May set cells of it, but not its key. None of these may use the
-    // list.
-    virtual void _prepareRow(std::string_view /*token*/, CDataTable& /*table*/, int /*row*/) {}
+    // After a table was set, changed, or confirmed by a push.
+    virtual void _updated(std::string_view /*token*/) {}
+    // Makes the account known, as if it had been queried, but without a table.
+    void _register(std::string_view token);
 
   private:
+    enum class PushForm { kTable, kRows, kChanges };
     struct Kept {
         uint64_t age;
         CDataTable table;
@@ -137,14 +155,16 @@ class CTokenTableList : public CUIData {
     };
 
     bool _isToken(std::string_view token) const;
+    bool _isKnown(std::string_view token) const;
+    static uint64_t _ageOf(const Account& account, uint64_t age);
     Account& _account(std::string_view token);
     bool _isOlder(const Account& account, bool held, uint64_t age) const;
     void _store(std::string_view token, Account& account, CDataTable table, Origin origin);
     void _storeNewest(std::string_view token, Account& account, const CDataTable& answer);
-    PushResult _takeTable(std::string_view token, Account& account, const CDataTable& table, uint64_t age);
     const std::vector<int>& _mapColumns(const CDataTable& push, CDataTable& held);
     static int _targetOf(const CDataTable& push, int col, CDataTable& held);
-    bool _applyRows(std::string_view token, Account& account, const CDataTable& push);
+    bool _apply(std::string_view token, Account& account, const CDataTable& push);
+    bool _applyRows(Account& account, CDataTable& held, const CDataTable& push);
 
     bool _keep(Account& account, const CDataTable& table, uint64_t age);
     void _dropOldest(Account& account);
@@ -154,6 +174,7 @@ class CTokenTableList : public CUIData {
     const std::string m_mergedKind;
     const std::string m_rowKey;
     const std::string m_keySet;
+    const PushForm m_form;
     TextMap<Account> m_accounts;
     Mapping m_mapping;  // of the last push of rows
     size_t m_keptRows = 0;

@@ -1,0 +1,49 @@
+#include "datalists/stock_available.h"
+
+#include "base/counters.h"
+#include "datalists/number_cell.h"
+
+namespace luadui {
+namespace {
+
+// Pages send prices as numbers or as text.
+Decimal ReadNumber(const CUIData& request, std::string_view key, const char* unreadable) {
+    double number = 0;
+    const ValueView value = request.GetDataView(key);
+    if (value.Kind() == kDataString) return ReadNumber(value.AsText(), unreadable);
+    const auto decimal = value.Get(number) ? Decimal::FromDouble(number) : std::nullopt;
+    if (!decimal) CCounters::Add(unreadable);
+    return decimal.value_or(Decimal());
+}
+
+}  // namespace
+
+void StockAvailable::Add(const std::string& token, Decimal quantity) {
+    m_total += quantity;
+    m_amounts.SetData(token, m_amounts.GetDataDouble(token) + quantity.ToDouble());
+}
+
+void StockAvailable::Write(CUIData& request) const {
+    request.SetData("stock_available", m_total.Text(0));
+    request.SetData("multi_account_amount", m_amounts);
+}
+
+bool FindAccount(const CTokenTableList& list, std::string_view token, CDataTable& out) {
+    if (list.GetTable(token, out)) return true;
+    CCounters::Add("stock_available_account_unknown");
+    return false;
+}
+
+TRADE_INFO ReadTradeInfo(const CUIData& request) {
+    TRADE_INFO info;
+    info.stockType =
+        CTrade::GetStockType(request.GetDataText("stock_code"), request.GetDataText("stock_marketid"));
+    info.price = ReadNumber(request, "stock_price", "request_stock_price_unreadable");
+    info.direction = request.GetDataText("entrust_type") == "sell" ? kTradeSell : kTradeBuy;
+    info.unit = request.GetDataLong("stock_unit");
+    if (request.Has("commission_rate"))
+        info.commissionRate = ReadNumber(request, "commission_rate", "request_commission_rate_unreadable");
+    return info;
+}
+
+}  // namespace luadui
