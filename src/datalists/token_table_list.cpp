@@ -97,6 +97,23 @@ PushResult CTokenTableList::TakePush(std::string_view token, const CDataTable& t
     return changed ? PushResult::kTaken : PushResult::kUnchanged;
 }
 
+void CTokenTableList::GetRowsOf(std::string_view token, CDataTable& rows) {
+    CDataTable held;
+    const int pushKey = m_form == PushForm::kRows ? rows.FindColumn(m_rowKey) : -1;
+    if (pushKey < 0 || !GetTable(token, held)) return;
+    const RowIndex& index = _indexOf(_account(token), held, held.FindColumn(m_rowKey));
+    CDataTable now;
+    now.CopyHeader(held);
+    for (int pushed = 0; pushed < rows.GetRowNumber(); ++pushed) {
+        const int row = index.Find(held, rows.GetItemText(pushed, pushKey));
+        if (row < 0) continue;
+        const TableRow cells = held.GetRow(row);
+        const int copy = now.AppendRow();
+        for (int col = 0; col < held.GetColumnNumber(); ++col) now.SetItemText(copy, col, cells[col]);
+    }
+    rows = now;
+}
+
 void CTokenTableList::QueryEnded(std::string_view token) {
     const auto found = m_accounts.find(token);
     if (found == m_accounts.end()) return;
@@ -245,12 +262,17 @@ bool CTokenTableList::_apply(std::string_view token, Account& account, const CDa
     return true;
 }
 
+RowIndex& CTokenTableList::_indexOf(Account& account, const CDataTable& held, int keyColumn) {
+    if (!account.index.Fits(held, keyColumn)) account.index.Build(held, keyColumn);
+    return account.index;
+}
+
 bool CTokenTableList::_applyRows(Account& account, CDataTable& held, const CDataTable& push) {
     const int pushKey = push.FindColumn(m_rowKey);
     const std::vector<int>& columns = _mapColumns(push, held);
     const int keyColumn = columns[static_cast<size_t>(pushKey)];
     if (keyColumn < 0) return false;
-    if (!account.index.Fits(held, keyColumn)) account.index.Build(held, keyColumn);
+    RowIndex& index = _indexOf(account, held, keyColumn);
 
     bool changed = false;
     for (int pushed = 0; pushed < push.GetRowNumber(); ++pushed) {
@@ -260,7 +282,7 @@ bool CTokenTableList::_applyRows(Account& account, CDataTable& held, const CData
             CCounters::Add("push_row_without_key");
             continue;
         }
-        int row = account.index.Find(held, key);
+        int row = index.Find(held, key);
         const bool isNew = row < 0;
         RowChange change{held, row, push, pushed};
         if (isNew) {
@@ -271,7 +293,7 @@ bool CTokenTableList::_applyRows(Account& account, CDataTable& held, const CData
             continue;
         }
         if (!CopyCells(cells, columns, held, row, change.keeps)) continue;
-        if (isNew) account.index.Add(held, row);
+        if (isNew) index.Add(held, row);
         changed = true;
     }
     return changed;

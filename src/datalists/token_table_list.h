@@ -80,6 +80,11 @@ class CTokenTableList : public CUIData {
     // Rows without key are counted as "push_row_without_key".
     PushResult TakePush(std::string_view token, const CDataTable& table, uint64_t age, bool queryUnderWay);
 
+    // Puts what the list holds now of a push's rows in their place: all columns of the held table, rows in the
+    // order of the push, those without key or that are not held left out. `rows` stays as it is in lists
+    // without row key and for accounts without table.
+    void GetRowsOf(std::string_view token, CDataTable& rows);
+
     // No query for the account is under way any longer, whether answered or not; after TakeAnswer. Kept
     // pushes go; those of an account that still has no table are counted as "push_for_unqueried_account".
     void QueryEnded(std::string_view token);
@@ -164,6 +169,7 @@ class CTokenTableList : public CUIData {
     const std::vector<int>& _mapColumns(const CDataTable& push, CDataTable& held);
     static int _targetOf(const CDataTable& push, int col, CDataTable& held);
     bool _apply(std::string_view token, Account& account, const CDataTable& push);
+    static RowIndex& _indexOf(Account& account, const CDataTable& held, int keyColumn);
     bool _applyRows(Account& account, CDataTable& held, const CDataTable& push);
 
     bool _keep(Account& account, const CDataTable& table, uint64_t age);
