@@ -2,6 +2,7 @@
 #pragma once
 
 #include <compare>
+#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -20,6 +21,9 @@ class Decimal {
     constexpr Decimal() = default;
     constexpr Decimal(int64_t number)
         : m_units(static_cast<Units>(number) * kOne) {}  // NOLINT(google-explicit-constructor)
+    // A double would be cut to a whole number on the way; FromDouble says what becomes of it.
+    template <std::floating_point Number>
+    Decimal(Number number) = delete;
     // `mantissa` / 10^`decimals`: Of(5, 3) is 0.005. At most kDecimals.
     static constexpr Decimal Of(int64_t mantissa, int decimals) {
         Decimal number(mantissa);
@@ -33,15 +37,14 @@ class Decimal {
     // empty text, "1,234.50", more digits than fit before the point).
     static std::optional<Decimal> Parse(std::string_view text);
 
-    enum class Rounding {
-        kDown,
-        kHalfUp,
-        kUp
-    };  // toward zero; the nearer one, else away from zero; away from it
-    // The nearest multiple of `step` (above zero).
+    // Toward zero; to the nearer one, from the middle away from zero; away from zero.
+    enum class Rounding { kDown, kHalfUp, kUp };
+    // A multiple of `step`; unchanged when that is not above zero.
     Decimal ToStep(Decimal step, Rounding rounding) const;
     // How many whole times `other` goes into it, cut toward zero; bounded by the range of the type.
     int64_t WholeTimes(Decimal other) const;
+    // How many whole times `a` * `b`, with all its decimals, goes into it.
+    int64_t WholeTimesProduct(Decimal a, Decimal b) const;
 
     // With exactly that many decimals (0 to kDecimals), rounded half up: "-0.50".
     std::string Text(int decimals) const;

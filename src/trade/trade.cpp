@@ -4,8 +4,21 @@
 
 #include "base/text.h"
 #include "trade/server_result.h"
+#include "trade/venue.h"
 
 namespace luadui {
+
+StockType CTrade::GetStockType(std::string_view code, std::string_view market) {
+    return ClassifyStock(code, market);
+}
+
+bool CTrade::IsMatchPositionCode(std::string_view securityId, std::string_view positionMarket,
+                                 std::string_view code, std::string_view market) {
+    if (code.empty() || securityId != code) return false;
+    if (positionMarket.empty() || market.empty() || positionMarket == market) return true;
+    const Venue venue = VenueOf(market);
+    return venue != Venue::kUnknown && VenueOf(positionMarket) == venue;
+}
 
 bool CTrade::HandleResponseError(const CUIData& response, std::string& errorText) {
     ServerResult result = ReadServerResult(response);

@@ -22,7 +22,7 @@ struct TRADE_INFO {
     Decimal money;
     Decimal price;
     int direction = kTradeBuy;
-    int64_t unit = 1;  // quantities are multiples of it, beside the type's own lots; below 1 counts as 1
+    int64_t unit = 1;        // see RoundQuantity
     Decimal commissionRate;  // part of the turnover that goes to the broker; zero when it is not known
 };
 
@@ -45,10 +45,11 @@ struct PriceSpread {
 class CTrade {
   public:
     static StockType GetStockType(std::string_view code, std::string_view market);
-    // The step of prices; that of Stock Connect depends on the price. Zero when it is not known.
+    // The step of prices; that of Stock Connect depends on the price (see trade/price_spreads.h). Zero when it is not
+    // known.
     static Decimal GetPriceStep(std::string_view code, std::string_view market, Decimal price = {});
     // With how many decimals a price is shown.
-    static int GetPriceDecimals(std::string_view code, std::string_view market, Decimal price = {});
+    static int GetPriceDecimals(std::string_view code, std::string_view market);
 
     // The prices between which a security may trade on a day, by its previous close; none for those without
     // limits.
@@ -58,31 +59,36 @@ class CTrade {
     static Decimal CalcLimitPrice(std::string_view code, std::string_view market, Decimal previousClose,
                                   int direction);
     // Between which prices an order may be declared in continuous trading: a buy has a highest, a sell a lowest
-    // price; the other end, and both where there is no band, is the daily limit. None when there is neither.
+    // price; the other end, and both where there is no band, is the daily limit, else the first step or
+    // Decimal::Largest(). None when there is neither band nor limit.
     static std::optional<PriceRange> GetDeclarationRange(std::string_view code, std::string_view market,
                                                          Decimal referencePrice, Decimal previousClose,
                                                          int direction);
 
-    // The largest quantity that may be declared, is a multiple of the unit and costs, commission included, no more
-    // than the money. 0 when price or money are not above zero.
+    // The largest quantity that may be declared and costs, commission included, no more than the money. A repo's
+    // costs its face value, whatever the price. 0 when price or money are not above zero.
     static int64_t CountAmountByMoney(const TRADE_INFO& info);
-    // The largest quantity up to `quantity` that may be declared; `held` (what the account has) lets odd lots be sold
-    // whole.
+    // The largest quantity up to `quantity` that may be declared, in one order or several: a multiple of the type's
+    // lots and of the unit (below 1: 1), which for Stock Connect is the board lot. With `held`, what the account
+    // has of it, a sell is for no more than that; the odd lot in it may go, too, when the unit is 1, and so may all
+    // that is held.
     static int64_t RoundQuantity(StockType type, int64_t quantity, int direction, int64_t unit = 1,
                                  int64_t held = 0);
 
-    // Whether the position row (`securityId`, `positionMarket`) is of the security that is asked for. Empty markets match
-    // every market that has the code.
+    // Whether the position row (`securityId`, `positionMarket`) is of the security that is asked for: the same code at
+    // the same venue (see trade/venue.h). Empty markets match all.
     static bool IsMatchPositionCode(std::string_view securityId, std::string_view positionMarket,
                                     std::string_view code, std::string_view market);
 
-    // What the code list knows: the name tells risk-warned shares, the board lot is Stock Connect's (0: not known).
+    // What the code list knows, instead of what it knew: the name tells risk-warned shares, the board lot is Stock
+    // Connect's (0: not known). What can be no code of the market is counted as "code_data_refused".
     static void AddCodeData(std::string_view code, std::string_view market, std::string_view name,
                             int64_t boardLot = 0);
     // The board lot; 0 when it is not known.
     static int64_t GetBoardLot(std::string_view code, std::string_view market);
     static bool IsRiskWarned(std::string_view code, std::string_view market);
-    // Replaces all bands of Stock Connect prices.
+    // Replaces all bands of Stock Connect prices. Those without an extent or a step are dropped and counted as
+    // "price_spread_unusable"; others than those of key "E:0", its shares, are not asked for.
     static void SetPriceSpreads(std::span<const PriceSpread> spreads);
 
     // Whether a response says that the server failed (see trade/server_result.h). `errorText` then becomes
