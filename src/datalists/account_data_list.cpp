@@ -1,48 +1,19 @@
 #include "datalists/account_data_list.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "base/counters.h"
 #include "base/data_list.h"
-#include "base/json_object.h"
 #include "datalists/json_array.h"
 
 namespace luadui {
 namespace {
 
-constexpr std::string_view kFundToken = "fund_token";
-
-int FindEither(const CDataTable& table, std::string_view name, std::string_view otherName) {
-    const int col = table.FindColumn(name);
-    return col >= 0 ? col : table.FindColumn(otherName);
-}
-
-int FindId(const CDataTable& accounts) { return FindEither(accounts, "account_id", "accountid"); }
-
-// The columns are those of `source`, or more.
-void AppendRowOf(const CDataTable& source, int row, CDataTable& target) {
-    const int added = target.AppendRow();
-    const TableRow cells = source.GetRow(row);
-    for (int col = 0; col < source.GetColumnNumber(); ++col) {
-        if (const TextView text = cells[col]; !text.empty()) target.SetItemText(added, col, text);
-    }
-}
+constexpr std::string_view kTokens = "fund_token";
+constexpr std::string_view kMode = "PB_MODE";
 
 void InsertAll(const CDataSet& texts, CDataSet& target) {
     for (const std::string& text : texts) target.Insert(text);
-}
-
-// The tokens of the account's portfolios.
-void AddPortfolioTokens(std::string_view json, CDataSet& tokens) {
-    if (json.empty()) return;
-    CDataList portfolios;
-    if (!ParseJsonArray(json, portfolios)) return CCounters::Add("account_portfolios_unreadable");
-    for (const auto& [key, value] : portfolios) {
-        CJsonObject portfolio;
-        if (!value.Get(portfolio)) continue;
-        if (const TextView token = portfolio.GetText(kFundToken); !token.empty()) tokens.Insert(token);
-    }
 }
 
 // False when the text is no array of ids; elements that are none are counted.
@@ -60,7 +31,27 @@ bool ReadMembers(std::string_view json, CDataSet& members) {
     return true;
 }
 
+// The tokens of the account that row `row` of the accounts is.
+CDataSet TokensOf(const FamilyAccounts& accounts, int row) {
+    CDataSet tokens;
+    const TextView own = accounts.rows.GetItemText(row, FindAccountColumn(accounts.rows, kFundToken));
+    if (!own.empty()) tokens.Insert(own);
+    for (const Portfolio& portfolio : accounts.portfolios[static_cast<size_t>(row)]) {
+        if (!portfolio.token.empty()) tokens.Insert(portfolio.token);
+    }
+    return tokens;
+}
+
 }  // namespace
+
+bool IsPortfolioMode(const CUIData& record) {
+    return record.GetDataText(kMode) == "true" || record.GetDataBool(kMode) ||
+           record.GetDataText("client_type") == kMode;
+}
+
+CFamilyAccountList::CFamilyAccountList(const Kinds& kinds) : AccountDataList(kinds.whole), m_kinds(kinds) {
+    _sheet(kinds.whole, false);
+}
 
 CFamilyAccountList::~CFamilyAccountList() = default;
 
@@ -69,69 +60,84 @@ const char* CAccountDataListCredit::ClassName() const { return "CAccountDataList
 const char* CAccountDataListGGT::ClassName() const { return "CAccountDataListGGT"; }
 
 bool CFamilyAccountList::GetData(CUIData& request) const {
+    AccountSheet& sheet = _sheet(request.GetTypeText(), IsPortfolioMode(request));
     if (!m_hasAccounts) return false;
     const std::string group = request.GetDataString("groupname");
-    const std::string type = request.GetType();
-    const View* view = _view(group);
-    const View none = view ? View() : _makeView(CDataSet());
-    if (!view) {
-        CCounters::Add("account_group_unknown");
-        view = &none;
-    }
-    request.SetData(_serves(type) ? type : m_kind, view->rows);
-    request.SetData("usertoken_set", view->tokens);
+    CDataSet tokens;
+    if (!GetGroupAccount(group, tokens)) CCounters::Add("account_group_unknown");
+    request.SetData(sheet.GetForm().kind, _rows(sheet, group));
+    request.SetData("usertoken_set", tokens);
     request.SetData("groupname", group);
     return true;
 }
 
 bool CFamilyAccountList::GetGroupAccount(std::string_view group, CDataSet& tokens) const {
-    const View* view = _view(group);
-    tokens = view ? view->tokens : CDataSet();
-    return view != nullptr;
+    const CDataSet* const found = _tokens(group);
+    tokens = found ? *found : CDataSet();
+    return found != nullptr;
 }
 
 bool CFamilyAccountList::IsInGroup(std::string_view group, std::string_view token) const {
-    const View* view = _view(group);
-    return view && view->tokens.Contains(token);
+    const CDataSet* const tokens = _tokens(group);
+    return tokens && tokens->Contains(token);
 }
 
 // An account that is not logged in has no token: it is known by its id.
 bool CFamilyAccountList::IsRowInGroup(std::string_view group, const CDataTable& accounts, int row) const {
-    const TextView token = accounts.GetItemText(row, accounts.FindColumn(kFundToken));
+    const TextView token = accounts.GetItemText(row, FindAccountColumn(accounts, kFundToken));
     if (!token.empty()) return IsInGroup(group, token);
-    const TextView id = accounts.GetItemText(row, FindId(accounts));
-    if (!m_rows.contains(id)) return false;
-    const auto members = m_members.find(group);
-    return group.empty() || (members != m_members.end() && members->second.Contains(id));
+    return m_tokens.contains(accounts.GetItemText(row, FindAccountColumn(accounts, kAccountId))) &&
+           WasRowInGroup(group, accounts, row);
 }
 
-void CFamilyAccountList::SetAccounts(const CDataTable& accounts) {
-    const int id = FindId(accounts);
-    const int tradeType = FindEither(accounts, "trade_type", "tradetype");
-    const int token = accounts.FindColumn(kFundToken);
-    const int portfolios = accounts.FindColumn("portfolios");
+bool CFamilyAccountList::WasRowInGroup(std::string_view group, const CDataTable& accounts, int row) const {
+    if (group.empty()) return true;
+    const CDataSet* const members = _members(group);
+    return members && members->Contains(accounts.GetItemText(row, FindAccountColumn(accounts, kAccountId)));
+}
 
-    View all;
-    all.rows.CopyHeader(accounts);
-    if (token < 0) all.rows.AddColumn(kFundToken);
-    m_rows.clear();
-    m_tokens.clear();
-    for (int row = 0; row < accounts.GetRowNumber(); ++row) {
-        const TableRow cells = accounts.GetRow(row);
-        if (!_isOfFamily(cells[tradeType])) continue;
-        CDataSet tokens;
-        if (!cells[token].empty()) tokens.Insert(cells[token]);
-        AddPortfolioTokens(cells[portfolios], tokens);
-        InsertAll(tokens, all.tokens);
-        m_rows[std::string(cells[id])].push_back(static_cast<int>(m_tokens.size()));
-        m_tokens.push_back(std::move(tokens));
-        AppendRowOf(accounts, row, all.rows);
+AccountDataList::News CFamilyAccountList::WholeLists() const {
+    News lists;
+    if (!m_hasAccounts) return lists;
+    for (const auto& sheet : m_sheets) {
+        CUIData& record = lists.emplace_back(sheet->GetForm().kind);
+        record.SetData(sheet->GetForm().kind, sheet->All());
+        record.SetData(kTokens, m_allTokens);
+        if (sheet->GetForm().byPortfolio) record.SetData(kMode, "true");
     }
-    m_all = std::move(all);
+    return lists;
+}
+
+AccountDataList::News CFamilyAccountList::SetAccounts(const CDataTable& accounts) {
+    m_accounts = {RowsOfFamily(accounts), {}};
+    m_tokens.clear();
+    m_groupTokens.clear();
+    m_allTokens = CDataSet();
+    const int id = FindAccountColumn(accounts, kAccountId);
+    const int portfolios = m_accounts.rows.FindColumn("portfolios");
+    for (int row = 0; row < m_accounts.rows.GetRowNumber(); ++row) {
+        m_accounts.portfolios.push_back(ReadPortfolios(m_accounts.rows.GetItemText(row, portfolios)));
+        const CDataSet tokens = TokensOf(m_accounts, row);
+        InsertAll(tokens, m_allTokens);
+        InsertAll(tokens, m_tokens[std::string(m_accounts.rows.GetItemText(row, id))]);
+    }
     m_hasAccounts = true;
-    m_views.clear();
-    SetData(m_kind, m_all.rows);
-    SetData(kFundToken, m_all.tokens);
+    m_money.Sort([this](const std::string& token) { return m_allTokens.Contains(token); });
+
+    News news;
+    for (const auto& sheet : m_sheets) sheet->SetAccounts(m_accounts, m_money, news);
+    SetData(m_kinds.whole, _main().All());
+    SetData(kTokens, m_allTokens);
+    return news;
+}
+
+CDataTable CFamilyAccountList::RowsOfFamily(const CDataTable& accounts) const {
+    const int tradeType = FindAccountColumn(accounts, kTradeType);
+    CDataTable rows = accounts;
+    for (int row = rows.GetRowNumber() - 1; row >= 0; --row) {
+        if (!_isOfFamily(rows.GetItemText(row, tradeType))) rows.DeleteRow(row);
+    }
+    return rows;
 }
 
 void CFamilyAccountList::SetGroups(const CDataTable& groups) {
@@ -150,35 +156,72 @@ void CFamilyAccountList::SetGroups(const CDataTable& groups) {
         known.insert_or_assign(std::string(cells[id]), std::move(group));
     }
     m_groups = std::move(known);
-    m_members.clear();
-    for (const auto& [groupId, group] : m_groups) InsertAll(group.members, m_members[group.name]);
-    m_views.clear();
+    m_groupMembers.clear();
+    m_groupTokens.clear();
+    for (const auto& [groupId, group] : m_groups) InsertAll(group.members, m_groupMembers[group.name]);
+    for (const auto& sheet : m_sheets) sheet->DropGroups();
 }
 
-const CFamilyAccountList::View* CFamilyAccountList::_view(std::string_view group) const {
-    if (group.empty()) return &m_all;
-    const auto made = m_views.find(group);
-    if (made != m_views.end()) return &made->second;
-    const auto members = m_members.find(group);
-    if (members == m_members.end()) return nullptr;
-    return &m_views.emplace(members->first, _makeView(members->second)).first->second;
+AccountDataList::News CFamilyAccountList::SetFunds(std::string_view token, const CDataTable& funds) {
+    AccountMoney& money = m_money.Of(token, m_allTokens.Contains(token));
+    money.SetFunds(funds);
+    return _showMoney(token, money);
 }
 
-CFamilyAccountList::View CFamilyAccountList::_makeView(const CDataSet& members) const {
-    std::vector<int> rows;
-    for (const std::string& member : members) {
-        const auto found = m_rows.find(member);
-        if (found != m_rows.end()) rows.insert(rows.end(), found->second.begin(), found->second.end());
-    }
-    std::sort(rows.begin(), rows.end());  // as in the list of all
+AccountDataList::News CFamilyAccountList::SetPositions(std::string_view token, const CDataTable& positions) {
+    AccountMoney& money = m_money.Of(token, m_allTokens.Contains(token));
+    money.SetPositions(positions);
+    return _showMoney(token, money);
+}
 
-    View view;
-    view.rows.CopyHeader(m_all.rows);
-    for (const int row : rows) {
-        AppendRowOf(m_all.rows, row, view.rows);
-        InsertAll(m_tokens[static_cast<size_t>(row)], view.tokens);
+AccountDataList::News CFamilyAccountList::_showMoney(std::string_view token, const AccountMoney& money) {
+    News news;
+    for (const auto& sheet : m_sheets) {
+        if (sheet->SetMoney(token, money, news) && sheet == m_sheets.front())
+            SetData(m_kinds.whole, sheet->All());
     }
-    return view;
+    return news;
+}
+
+const CDataSet* CFamilyAccountList::_members(std::string_view group) const {
+    const auto members = m_groupMembers.find(group);
+    return members == m_groupMembers.end() ? nullptr : &members->second;
+}
+
+const CDataSet* CFamilyAccountList::_tokens(std::string_view group) const {
+    if (group.empty()) return &m_allTokens;
+    const auto made = m_groupTokens.find(group);
+    if (made != m_groupTokens.end()) return &made->second;
+    const CDataSet* const members = _members(group);
+    if (!members) return nullptr;
+    CDataSet tokens;
+    for (const std::string& id : *members) {
+        if (const auto found = m_tokens.find(id); found != m_tokens.end()) InsertAll(found->second, tokens);
+    }
+    return &m_groupTokens.emplace(group, std::move(tokens)).first->second;
+}
+
+AccountSheet& CFamilyAccountList::_sheet(std::string_view kind, bool byPortfolio) const {
+    const bool byCurrency = !kind.empty() && kind == m_kinds.wholeByCurrency;
+    for (const auto& sheet : m_sheets) {
+        const AccountSheet::Form& form = sheet->GetForm();
+        if (form.byCurrency == byCurrency && form.byPortfolio == byPortfolio) return *sheet;
+    }
+    m_sheets.push_back(std::make_unique<AccountSheet>(AccountSheet::Form{
+        std::string(byCurrency ? m_kinds.wholeByCurrency : m_kinds.whole),
+        std::string(byCurrency ? m_kinds.pushByCurrency : m_kinds.push), byPortfolio, byCurrency}));
+    News unsaid;
+    m_sheets.back()->SetAccounts(m_accounts, m_money, unsaid);
+    return *m_sheets.back();
+}
+
+CDataTable CFamilyAccountList::_rows(AccountSheet& sheet, std::string_view group) const {
+    if (group.empty()) return sheet.All();
+    const CDataSet* const members = _members(group);
+    if (members) return sheet.OfGroup(std::string(group), *members);
+    CDataTable none;
+    none.CopyHeader(sheet.All());
+    return none;
 }
 
 }  // namespace luadui

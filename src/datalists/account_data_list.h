@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,22 +10,36 @@
 #include "base/data_set.h"
 #include "base/data_table.h"
 #include "base/ui_data.h"
+#include "datalists/account_money.h"
+#include "datalists/account_sheet.h"
+#include "datalists/account_units.h"
 
 namespace luadui {
 
-// One family's accounts, as the managers see them. A record: all rows of the family under the list's kind,
-// all tokens under "fund_token".
+// Whether the record asks for portfolios, or tells of them, in the place of accounts: "PB_MODE" is "true" or
+// "client_type" is "PB_MODE".
+bool IsPortfolioMode(const CUIData& record);
+
+// One family's accounts with their money, as the managers see them. A record: the rows of all accounts of the family
+// under the list's kind, all tokens under "fund_token".
+//
+// Rows have the columns of kAccountColumnNames, then the server's others. They stand for an account each, in portfolio
+// mode for a portfolio each; under "currency_accountdatalist" for one of its currencies.
 //
 // A group is named by its name; the empty name stands for all accounts of the family. Groups know account
 // ids, so a group has in each family those of its accounts that belong there; groups of the same name count
 // as one. The tokens of an account are its own "fund_token" and those of its portfolios; one that is not
 // logged in has none.
 //
+// Changes return the news of them, records to be published (see AccountSheet): in the list's main form, and in the
+// others as soon as somebody has asked for them.
+//
 // Threads: the UI thread.
 class AccountDataList : public CUIData {
   public:
     using CUIData::CUIData;
     using CUIData::GetData;
+    using News = std::vector<CUIData>;
 
     // Answers a page: puts the rows of the group "groupname" under the request's kind (the list's kind if the
     // request has none of the family's), their tokens as the set "usertoken_set" and the name as "groupname".
@@ -35,18 +50,26 @@ class AccountDataList : public CUIData {
     virtual bool IsInGroup(std::string_view group, std::string_view token) const = 0;
     // Whether row `row` of a table like that of SetAccounts is of an account of the group, logged in or not.
     virtual bool IsRowInGroup(std::string_view group, const CDataTable& accounts, int row) const = 0;
+    // The same for rows of accounts that have gone, which only groups still know.
+    virtual bool WasRowInGroup(std::string_view group, const CDataTable& accounts, int row) const = 0;
+    // The rows of all accounts, as records of the kinds and modes that were asked for.
+    virtual News WholeLists() const = 0;
 
-    // Replaces all accounts: a row each, with "account_id" or "accountid", "trade_type" or "tradetype",
-    // "fund_token" and "portfolios" (JSON: an array of objects with "fund_token"). Rows of other families are
-    // passed over; a missing column reads as empty; unreadable portfolios are counted as
-    // "account_portfolios_unreadable".
-    virtual void SetAccounts(const CDataTable& accounts) = 0;
+    // Replaces all accounts: a row each, with the columns that FindAccountColumn knows and "portfolios" (see
+    // ReadPortfolios). Rows of other families are passed over; a missing column reads as empty.
+    virtual News SetAccounts(const CDataTable& accounts) = 0;
+    // The rows of those accounts that belong to the family, as the server sent them.
+    virtual CDataTable RowsOfFamily(const CDataTable& accounts) const = 0;
     // Replaces all groups: a row each, with "groupid", "groupname" and "account" (JSON: an array of account
     // ids). A group whose ids are unreadable keeps those that it had, counted as "account_group_unreadable".
     virtual void SetGroups(const CDataTable& groups) = 0;
+    // Replaces the funds, or the positions, of an account or portfolio (see AccountMoney). What comes before its
+    // account is kept for it.
+    virtual News SetFunds(std::string_view token, const CDataTable& funds) = 0;
+    virtual News SetPositions(std::string_view token, const CDataTable& positions) = 0;
 };
 
-// What the families have in common. They differ in kind and in the accounts that belong to them.
+// What the families have in common. They differ in kinds and in the accounts that belong to them.
 class CFamilyAccountList : public AccountDataList {
   public:
     ~CFamilyAccountList() override;
@@ -58,60 +81,69 @@ class CFamilyAccountList : public AccountDataList {
     bool GetGroupAccount(std::string_view group, CDataSet& tokens) const override;
     bool IsInGroup(std::string_view group, std::string_view token) const override;
     bool IsRowInGroup(std::string_view group, const CDataTable& accounts, int row) const override;
-    void SetAccounts(const CDataTable& accounts) override;
+    bool WasRowInGroup(std::string_view group, const CDataTable& accounts, int row) const override;
+    News WholeLists() const override;
+    News SetAccounts(const CDataTable& accounts) override;
+    CDataTable RowsOfFamily(const CDataTable& accounts) const override;
     void SetGroups(const CDataTable& groups) override;
+    News SetFunds(std::string_view token, const CDataTable& funds) override;
+    News SetPositions(std::string_view token, const CDataTable& positions) override;
 
   protected:
-    explicit CFamilyAccountList(std::string_view kind) : AccountDataList(kind), m_kind(kind) {}
+    struct Kinds {
+        std::string_view whole, push;
+        std::string_view wholeByCurrency = {}, pushByCurrency = {};  // empty: there is none
+    };
+
+    explicit CFamilyAccountList(const Kinds& kinds);
     // Whether accounts with this trade type belong here.
     virtual bool _isOfFamily(std::string_view tradeType) const = 0;
-    // Whether requests of this kind are served here.
-    virtual bool _serves(std::string_view kind) const { return kind == m_kind; }
 
   private:
     struct Group {
         std::string name;
         CDataSet members;  // account ids
     };
-    // What pages get of a group.
-    struct View {
-        CDataTable rows;
-        CDataSet tokens;
-    };
     using Groups = std::map<std::string, Group, std::less<>>;
-    using Members = std::map<std::string, CDataSet, std::less<>>;
+    using Sets = std::map<std::string, CDataSet, std::less<>>;
+    using Sheets = std::vector<std::unique_ptr<AccountSheet>>;
 
     // Null when there is no such group.
-    const View* _view(std::string_view group) const;
-    View _makeView(const CDataSet& members) const;
+    const CDataSet* _members(std::string_view group) const;
+    const CDataSet* _tokens(std::string_view group) const;
+    AccountSheet& _main() const { return *m_sheets.front(); }
+    // The one of that form, made now if nobody has asked for it so far.
+    AccountSheet& _sheet(std::string_view kind, bool byPortfolio) const;
+    CDataTable _rows(AccountSheet& sheet, std::string_view group) const;
+    News _showMoney(std::string_view token, const AccountMoney& money);
 
-    const std::string m_kind;
+    const Kinds m_kinds;
     bool m_hasAccounts = false;
-    View m_all;
-    std::vector<CDataSet> m_tokens;                               // of each row of m_all
-    std::map<std::string, std::vector<int>, std::less<>> m_rows;  // account id -> rows of m_all
-    Groups m_groups;                                              // by group id
-    Members m_members;                                            // by group name
-    mutable std::map<std::string, View, std::less<>> m_views;     // by group name, made when asked for
+    FamilyAccounts m_accounts;
+    AccountMoneyBook m_money;
+    mutable Sheets m_sheets;  // the main one in front
+    CDataSet m_allTokens;
+    Sets m_tokens;               // by account id
+    Groups m_groups;             // by group id
+    Sets m_groupMembers;         // account ids by group name
+    mutable Sets m_groupTokens;  // by group name, made when asked for
 };
 
 // Accounts whose trade type is "2" trade on credit; all others are ordinary ones, also those that do not say.
 class CAccountDataList : public CFamilyAccountList {
   public:
-    CAccountDataList() : CFamilyAccountList("accountdatalist") {}
+    CAccountDataList()
+        : CFamilyAccountList({"accountdatalist", "accountdatalist_push", "currency_accountdatalist",
+                              "currency_accountdatalist_push"}) {}
     const char* ClassName() const override;
 
   protected:
     bool _isOfFamily(std::string_view tradeType) const override { return tradeType != "2"; }
-    // The same accounts, where a page wants their money by currency.
-    bool _serves(std::string_view kind) const override {
-        return kind == "accountdatalist" || kind == "currency_accountdatalist";
-    }
 };
 
 class CAccountDataListCredit : public CFamilyAccountList {
   public:
-    CAccountDataListCredit() : CFamilyAccountList("accountdatalistcredit") {}
+    CAccountDataListCredit() : CFamilyAccountList({"accountdatalistcredit", "accountdatalist_push_credit"}) {}
     const char* ClassName() const override;
 
   protected:
@@ -121,7 +153,7 @@ class CAccountDataListCredit : public CFamilyAccountList {
 // Stock Connect has no trade type of its own: ordinary accounts trade there too.
 class CAccountDataListGGT : public CFamilyAccountList {
   public:
-    CAccountDataListGGT() : CFamilyAccountList("accountdatalist_ggt") {}
+    CAccountDataListGGT() : CFamilyAccountList({"accountdatalist_ggt", "accountdatalist_ggt_push"}) {}
     const char* ClassName() const override;
 
   protected:

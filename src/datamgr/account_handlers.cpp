@@ -1,7 +1,9 @@
 // Answers with the user's accounts and groups.
 #include <span>
+#include <utility>
 
 #include "datalists/account_data_list.h"
+#include "datamgr/account_news.h"
 #include "datamgr/answer_handlers.h"
 #include "datamgr/ui_data_manager.h"
 
@@ -9,40 +11,39 @@ namespace luadui {
 namespace {
 
 using Families = std::span<const ListStore::Family>;
-using Setter = void (AccountDataList::*)(const CDataTable&);
 
 constexpr ListStore::Family kOrdinary[] = {ListStore::kPlain, ListStore::kGGT};
 constexpr ListStore::Family kOnCredit[] = {ListStore::kCredit};
 
 bool IsGood(const Answer& answer) { return answer.hasTable && answer.code == 0; }
 
-void SetAll(CUIDataManager& manager, Families families, Setter set, const CDataTable& rows) {
+AccountDataList::News SetAccounts(CUIDataManager& manager, Families families, const CDataTable& rows) {
+    AccountDataList::News news;
     for (const auto family : families) {
-        if (AccountDataList* const list = manager.Lists().Accounts(family)) (list->*set)(rows);
+        AccountDataList* const list = manager.Lists().Accounts(family);
+        if (!list) continue;
+        for (CUIData& record : list->SetAccounts(rows)) news.push_back(std::move(record));
+    }
+    return news;
+}
+
+void SetGroups(CUIDataManager& manager, Families families, const CDataTable& rows) {
+    for (const auto family : families) {
+        if (AccountDataList* const list = manager.Lists().Accounts(family)) list->SetGroups(rows);
     }
 }
 
-CDataTable RowsOf(const AccountDataList& list) {
+int CountAccounts(const AccountDataList& list) {
     CDataTable rows;
     list.GetData(list.GetTypeText(), rows);
-    return rows;
+    return rows.GetRowNumber();
 }
 
 // Publishes all accounts of the families. False when the manager went meanwhile.
 bool TellFamilies(CUIDataManager& manager, Families families) {
     for (const auto family : families) {
         const AccountDataList* const list = manager.Lists().Accounts(family);
-        CDataTable accounts;
-        CDataSet tokens;
-        if (!list || !list->GetData(list->GetTypeText(), accounts)) continue;
-        list->GetData("fund_token", tokens);
-        CUIData record(list->GetTypeText());
-        record.SetData(list->GetTypeText(), accounts);
-        record.SetData("fund_token", tokens);
-        record.SetData("handle", CBaseObject::kNoHandle);
-        record.SetData("ret_code", 0);
-        record.SetData("ret_message", "");
-        if (!Tell(manager, record, CBaseObject::kNoHandle)) return false;
+        if (list && !PublishAccountData(manager, list->WholeLists())) return false;
     }
     return true;
 }
@@ -60,7 +61,7 @@ void HandleGroupsOf(CUIDataManager& manager, Answer& answer, const char* kind, F
     CUIData record = MakeAnswerRecord(answer, kind);
     if (!isAsked) MakeNews(record);
     if (isNew) {
-        SetAll(manager, families, &AccountDataList::SetGroups, answer.table);
+        SetGroups(manager, families, answer.table);
         Share(manager, kind, record, answer.age);
     } else if (IsGood(answer)) {
         TakeShared(manager, kind, record);
@@ -75,27 +76,30 @@ void HandleAccounts(CUIDataManager& manager, Answer& answer) {
     constexpr char kKind[] = "account";
     const bool isNew = IsGood(answer) && IsNewest(manager, kKind, answer.age);
     CUIData record = MakeAnswerRecord(answer, kKind);
+    AccountDataList::News news;
     if (isNew) {
-        SetAll(manager, kOrdinary, &AccountDataList::SetAccounts, answer.table);
+        news = SetAccounts(manager, kOrdinary, answer.table);
         Share(manager, kKind, record, answer.age);
     } else if (IsGood(answer)) {
         TakeShared(manager, kKind, record);
     }
-    if (Tell(manager, record, answer.handle) && isNew) TellFamilies(manager, kOrdinary);
+    if (Tell(manager, record, answer.handle) && isNew && TellFamilies(manager, kOrdinary))
+        PublishAccountData(manager, std::move(news));
 }
 
 void HandleAccountsCredit(CUIDataManager& manager, Answer& answer) {
     constexpr char kKind[] = "account_xy";
     AccountDataList* const list = manager.Lists().Accounts(ListStore::kCredit);
     if (!list || !IsGood(answer) || !IsNewest(manager, kKind, answer.age)) return;
-    const int before = RowsOf(*list).GetRowNumber();
-    list->SetAccounts(answer.table);
-    answer.table = RowsOf(*list);
+    const int before = CountAccounts(*list);
+    AccountDataList::News news = list->SetAccounts(answer.table);
+    answer.table = list->RowsOfFamily(answer.table);
     CUIData record = MakeAnswerRecord(answer, kKind);
     MakeNews(record);
     Share(manager, kKind, record, answer.age);
     if (before == 0 && answer.table.GetRowNumber() == 0) return;  // nobody trades on credit
-    if (Tell(manager, record, CBaseObject::kNoHandle)) TellFamilies(manager, kOnCredit);
+    if (Tell(manager, record, CBaseObject::kNoHandle) && TellFamilies(manager, kOnCredit))
+        PublishAccountData(manager, std::move(news));
 }
 
 void HandleGroups(CUIDataManager& manager, Answer& answer) {

@@ -3,8 +3,10 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/data_table.h"
+#include "base/ui_data.h"
 
 namespace luadui {
 
@@ -18,5 +20,8 @@ class CUIDataManager;
 // Threads: the UI thread.
 bool TellAccountData(CUIDataManager& manager, std::string_view listKind, const std::string& token,
                      const CDataTable& table);
+
+// Publishes the records of an account data list, one after the other, to all that want them. False as above.
+bool PublishAccountData(CUIDataManager& manager, std::vector<CUIData> records);
 
 }  // namespace luadui

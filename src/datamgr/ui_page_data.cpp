@@ -35,12 +35,24 @@ bool CanBeAsked(std::string_view kind, const CUIData& record) {
            record.Has("updatecode");
 }
 
-CDataTable RowsOf(const CDataTable& table, const AccountDataList& accounts, std::string_view group) {
+using InGroup = bool (AccountDataList::*)(std::string_view group, const CDataTable& accounts, int row) const;
+
+CDataTable RowsOf(const CDataTable& table, const AccountDataList& accounts, std::string_view group,
+                  InGroup isInGroup) {
     CDataTable rows = table;
     for (int row = table.GetRowNumber() - 1; row >= 0; --row) {
-        if (!accounts.IsRowInGroup(group, table, row)) rows.DeleteRow(row);
+        if (!(accounts.*isInGroup)(group, table, row)) rows.DeleteRow(row);
     }
     return rows;
+}
+
+CDataSet TokensOf(const CDataTable& rows) {
+    CDataSet tokens;
+    const int column = rows.FindColumn("fund_token");
+    for (int row = 0; row < rows.GetRowNumber(); ++row) {
+        if (const TextView token = rows.GetItemText(row, column); !token.empty()) tokens.Insert(token);
+    }
+    return tokens;
 }
 
 CDataSet Intersection(const CDataSet& a, const CDataSet& b) {
@@ -198,6 +210,7 @@ void CUIPageData::_askAccountData(ListStore::Family family) {
     _groupTokens(family, tokens);
     request.SetData("groupname", group.name);
     request.SetData("fund_token", tokens);
+    if (group.ofPortfolios) request.SetData("PB_MODE", "true");
     _ask(std::move(request));
 }
 
@@ -249,6 +262,10 @@ bool CUIPageData::HandleNotifyAccountData(const CUIData* record, int handle, boo
         return true;
     }
     if (record->GetDataType("fund_token") != kDataSet) return false;
+    if (!isAsked && record->Has(kind) && IsPortfolioMode(*record) != m_groups[family].ofPortfolios) {
+        CCounters::Add("record_of_other_mode");
+        return true;
+    }
     CUIData own = *record;
     // A whole list says also that the group has no account any more.
     const bool isWhole = record->Has(kind) && kind.find("_push") == std::string::npos;
@@ -263,19 +280,26 @@ bool CUIPageData::HandleNotifyAccountData(const CUIData* record, int handle, boo
 bool CUIPageData::FilterMultiAccountPush(CUIData& record, const std::string& kind) const {
     const auto family = ListStore::FamilyOf(kind);
     const AccountDataList* const accounts = _accounts(family);
+    // An account that has gone is in no list any more; its rows tell what is for this page.
+    const bool isGone = record.GetDataText("operate") == "delete" && record.GetDataType(kind) == kDataTable;
+    CDataTable rows;
+    if (accounts && record.GetData(kind, rows)) {
+        rows = RowsOf(rows, *accounts, m_groups[family].name,
+                      isGone ? &AccountDataList::WasRowInGroup : &AccountDataList::IsRowInGroup);
+        record.SetData(kind, rows);
+    }
     CDataSet group, tokens;
-    _groupTokens(family, group);
+    if (isGone) {
+        group = TokensOf(rows);
+    } else {
+        _groupTokens(family, group);
+    }
     for (const char* key : {"fund_token", "all_update_account"}) {
         CDataSet named;
         if (!record.GetData(key, named)) continue;
         named = Intersection(named, group);
         record.SetData(key, named);
         if (tokens.IsEmpty()) tokens = named;
-    }
-    CDataTable rows;
-    if (accounts && record.GetData(kind, rows)) {
-        rows = RowsOf(rows, *accounts, m_groups[family].name);
-        record.SetData(kind, rows);
     }
     return !tokens.IsEmpty() || rows.GetRowNumber() != 0;
 }
@@ -284,8 +308,10 @@ bool CUIPageData::FilterMultiAccountPush(CUIData& record, const std::string& kin
 
 void CUIPageData::SaveCurAccountGroup(const CUIData& record, ListStore::Family family) {
     if (!record.Has("groupname")) return;
-    m_groups[family] = {
-        .isChosen = true, .kind = record.GetType(), .name = record.GetDataString("groupname")};
+    m_groups[family] = {.isChosen = true,
+                        .kind = record.GetType(),
+                        .name = record.GetDataString("groupname"),
+                        .ofPortfolios = IsPortfolioMode(record)};
 }
 
 const AccountDataList* CUIPageData::_accounts(ListStore::Family family) {

@@ -83,6 +83,7 @@ class LUADUI_API CUIPageData : public CUIDataManager {
         bool isChosen = false;
         std::string kind;  // under which the page asked
         std::string name;
+        bool ofPortfolios = false;  // the page shows portfolios in the place of accounts
     };
 
     const std::string m_name;

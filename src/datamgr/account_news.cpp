@@ -1,0 +1,48 @@
+#include "datamgr/account_news.h"
+
+#include <algorithm>
+#include <array>
+
+#include "datamgr/answer_handlers.h"
+#include "datamgr/ui_data_manager.h"
+
+namespace luadui {
+namespace {
+
+using Setter = AccountDataList::News (AccountDataList::*)(std::string_view, const CDataTable&);
+
+struct MoneyKind {
+    std::string_view list;
+    ListStore::Family family;
+    Setter set;
+};
+constexpr std::array kMoneyKinds = std::to_array<MoneyKind>({
+    {"fund", ListStore::kPlain, &AccountDataList::SetFunds},
+    {"credit_fund", ListStore::kCredit, &AccountDataList::SetFunds},
+    {"fund_ggt", ListStore::kGGT, &AccountDataList::SetFunds},
+    {"position", ListStore::kPlain, &AccountDataList::SetPositions},
+    {"positioncredit", ListStore::kCredit, &AccountDataList::SetPositions},
+    {"position_ggt", ListStore::kGGT, &AccountDataList::SetPositions},
+});
+
+}  // namespace
+
+bool TellAccountData(CUIDataManager& manager, std::string_view listKind, const std::string& token,
+                     const CDataTable& table) {
+    const auto kind = std::ranges::find(kMoneyKinds, listKind, &MoneyKind::list);
+    if (kind == kMoneyKinds.end()) return true;
+    AccountDataList* const list = manager.Lists().Accounts(kind->family);
+    return !list || PublishAccountData(manager, (list->*kind->set)(token, table));
+}
+
+bool PublishAccountData(CUIDataManager& manager, std::vector<CUIData> records) {
+    for (CUIData& record : records) {
+        record.SetData("handle", CBaseObject::kNoHandle);
+        record.SetData("ret_code", 0);
+        record.SetData("ret_message", "");
+        if (!Tell(manager, record, CBaseObject::kNoHandle)) return false;
+    }
+    return true;
+}
+
+}  // namespace luadui
