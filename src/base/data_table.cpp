@@ -193,4 +193,22 @@ bool CDataTable::InsertTable(const CDataTable& source) {
     return true;
 }
 
+bool CDataTable::InsertRow(const CDataTable& source, int row) {
+    if (!HasRow(source._head(), row)) return false;
+    // A row of this table itself: the copy keeps what is read from being what is written.
+    const CDataTable kept = SharesWith(source) ? source : CDataTable();
+    const TableBody& from = *AsBody(source._head());
+    const RowPtr block = from.RowOf(static_cast<uint32_t>(row));
+    if (!HasSameColumns(source)) {
+        CDataTable single;
+        single.CopyHeader(source);
+        single.AppendRow();
+        single._edit().SetRow(0, block);
+        return InsertTable(single);
+    }
+    const int added = AppendRow();
+    if (added >= 0) _edit().SetRow(static_cast<uint32_t>(added), block);
+    return added >= 0;
+}
+
 }  // namespace luadui

@@ -136,6 +136,8 @@ class TESSEL_API CDataTable : public SharedValue<TableBody> {
     // lacks are dropped, each counted as "table_column_dropped". The cost does not depend on the number of
     // rows. False, and nothing changed, when the rows do not fit.
     bool InsertTable(const CDataTable& source);
+    // The same for one row of `source`. False when there is no such row, or no room for it.
+    bool InsertRow(const CDataTable& source, int row);
 
   private:
     const TableHead* _head() const noexcept { return static_cast<const TableHead*>(_body()); }

@@ -70,6 +70,26 @@ bool TableBody::SetText(uint32_t row, uint32_t cell, std::string_view text) {
 
 RowColors& TableBody::EditColors(uint32_t row) { return RowBlock::EditColors(_editRow(row)); }
 
+RowPtr TableBody::RowOf(uint32_t row) const {
+    uint32_t first = 0;
+    if (const RowLeaf* leaf = _readLeaf(row, first)) return leaf->rows[row - first];
+    RowPtr copy;
+    uint32_t noCell = ColumnMap::kNowhere;
+    const RowColors* const colors = Locate(row, noCell).Colors();
+    if (colors) RowBlock::EditColors(copy).row = colors->row;
+    for (uint32_t col = 0; col < ColumnCount(); ++col) {
+        uint32_t cell = col;
+        const RowBlock& cells = Locate(row, cell);
+        if (cell < cells.Cells())
+            RowBlock::SetText(copy, col, cells.Text(cell), {ColumnCount(), cells.TextBytes()});
+        const std::string* const color = colors ? colors->Cell(cell) : nullptr;
+        if (color) RowBlock::EditColors(copy).SetCell(col, *color);
+    }
+    return copy;
+}
+
+void TableBody::SetRow(uint32_t row, const RowPtr& cells) { _editRow(row) = cells; }
+
 void TableBody::Append() {
     uint32_t first = 0;
     if (RowLeaf* last = RowCount() ? _ownLeaf(RowCount() - 1, first) : nullptr) {

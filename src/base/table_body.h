@@ -30,6 +30,9 @@ class TableBody final : public TableHead {
     // False when the row would get too long.
     bool SetText(uint32_t row, uint32_t cell, std::string_view text);
     RowColors& EditColors(uint32_t row);
+    // The row in the columns of this table: shared, unless it is read through maps. May be null: empty.
+    RowPtr RowOf(uint32_t row) const;
+    void SetRow(uint32_t row, const RowPtr& cells);
     void Append();
     void Erase(uint32_t row);
     void EraseAll();

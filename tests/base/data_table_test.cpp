@@ -190,12 +190,26 @@ class RandomTables {
         }
     }
 
+    // Of another table, or of the same one; the row may not be there.
+    void _insertRow(Pair& pair) {
+        Pair& source = m_pairs[_upTo(m_pairs.size())];
+        const size_t row = _upTo(source.model.rows.size() + 1);
+        const bool valid = row < source.model.rows.size();
+        Model single = source.model;
+        single.rows.clear();
+        if (valid) single.rows.push_back(source.model.rows[row]);
+        EXPECT_EQ(pair.table.InsertRow(source.table, static_cast<int>(row)), valid);
+        pair.model.Insert(single);
+    }
+
     void _changeWhole(Pair& pair, uint32_t kind, int col) {
         const Pair other = m_pairs[_upTo(m_pairs.size())];
         if (kind < 30) {
             pair = other;
         } else if (kind < 40) {
             m_earlier[_upTo(m_earlier.size())] = pair;
+        } else if (kind < 60) {
+            _insertRow(pair);
         } else if (kind < 75) {
             if (pair.model.rows.size() + other.model.rows.size() > 2000) return;
             EXPECT_TRUE(pair.table.InsertTable(other.table));
