@@ -8,58 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "base/counters.h"
 #include "datalists/page_lists.h"
-#include "tests/fakes/tables.h"
+#include "tests/datalists/list_probe.h"
 
 namespace luadui {
 namespace {
 
 CDataTable Orders(const Rows& rows) { return MakeTable({"OrderID", "Status"}, rows); }
-
-// Column names in the first line, then the rows, as "a,b;1,2".
-std::string Dump(const CDataTable& table) {
-    std::string text;
-    for (int col = 0; col < table.GetColumnNumber(); ++col)
-        text += (col ? "," : "") + std::string(table.GetColumnProperty(col, "name"));
-    for (int row = 0; row < table.GetRowNumber(); ++row) {
-        text += ";";
-        for (int col = 0; col < table.GetColumnNumber(); ++col)
-            text += (col ? "," : "") + std::string(table.GetItemText(row, col));
-    }
-    return text;
-}
-
-std::string TableText(const CUIData& record, std::string_view key) {
-    CDataTable table;
-    return record.GetData(key, table) ? Dump(table) : "none";
-}
-
-std::string Held(const CTokenTableList& list, std::string_view token) { return TableText(list, token); }
-
-std::string Tokens(const CUIData& record, const char* key = "fund_token") {
-    CDataSet set;
-    std::string text;
-    record.GetData(key, set);
-    for (const std::string& token : set) text += token + " ";
-    return text;
-}
-
-CDataSet SetOf(const std::vector<std::string>& texts) {
-    CDataSet set;
-    for (const std::string& text : texts) set.Insert(text);
-    return set;
-}
-
-class Counted {
-  public:
-    explicit Counted(const char* name) : m_name(name), m_before(CCounters::Get(name)) {}
-    uint64_t operator()() const { return CCounters::Get(m_name) - m_before; }
-
-  private:
-    const char* const m_name;
-    const uint64_t m_before;
-};
 
 // Answers, pushes and queries of one account in random order against a model that remembers everything: what
 // a list must hold is its newest answer and all pushes since, in the order in which they came.
@@ -309,32 +264,6 @@ TEST(TokenTableListTest, KeptPushesAreLimited) {
     list.QueryEnded("a");
     EXPECT_EQ(unknown(), 3u);
     EXPECT_EQ(list.TakePush("b", big, 9, true), PushResult::kKept);
-}
-
-// What a derived list does with single rows and whole tables.
-class FinalOrders : public CTokenTableList {
-  public:
-    FinalOrders() : CTokenTableList("entrust", "", "OrderID") {}
-
-  protected:
-    void _prepare(std::string_view token, CDataTable& table, Origin) override {
-        const int col = table.AddColumn("Owner");
-        for (int row = 0; row < table.GetRowNumber(); ++row) table.SetItemText(row, col, token);
-    }
-    bool _acceptsRow(const CDataTable& held, int row, const CDataTable&, int) const override {
-        return held.GetItemText(row, "Status") != "done";
-    }
-    void _prepareRow(std::string_view token, CDataTable& table, int row) override {
-        table.SetItemText(row, "Owner", token);
-    }
-};
-
-TEST(TokenTableListTest, DerivedListsDecideAboutRowsAndAddColumns) {
-    FinalOrders list;
-    EXPECT_EQ(list.TakePush("a", Orders({{"1", "open"}, {"2", "part"}, {"3", "new"}}), 2, true),
-              PushResult::kKept);
-    list.TakeAnswer("a", Orders({{"1", "done"}, {"2", "open"}}), 1);
-    EXPECT_EQ(Held(list, "a"), "OrderID,Status,Owner;1,done,a;2,part,a;3,new,a");
 }
 
 TEST(TokenTableListTest, ManyRowsAndManyAccounts) {
