@@ -81,6 +81,13 @@ std::string ToUpperText(std::string_view text) {
                         [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
 }
 
+bool ContainsText(std::string_view text, std::string_view part) noexcept {
+    for (size_t at = 0; at < text.size(); at += code_page::CharLength(text, at)) {
+        if (text.substr(at).starts_with(part)) return true;
+    }
+    return part.empty();
+}
+
 std::string ReplaceText(std::string_view text, std::string_view from, std::string_view to) {
     if (from.empty()) return std::string(text);
     std::string result;

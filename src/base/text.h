@@ -42,6 +42,8 @@ TESSEL_API std::string_view TrimText(std::string_view text) noexcept;
 // Changes the case of ASCII letters, leaving two-byte characters alone.
 TESSEL_API std::string ToLowerText(std::string_view text);
 TESSEL_API std::string ToUpperText(std::string_view text);
+// Whether `part` is somewhere in `text`, from the border of a character on.
+TESSEL_API bool ContainsText(std::string_view text, std::string_view part) noexcept;
 // Replaces every occurrence of `from` (found at character borders), going on after what was put in.
 TESSEL_API std::string ReplaceText(std::string_view text, std::string_view from, std::string_view to);
 

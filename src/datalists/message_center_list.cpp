@@ -2,18 +2,17 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <initializer_list>
 #include <utility>
+#include <vector>
 
 #include "base/counters.h"
-#include "base/data_list.h"
 #include "base/json_object.h"
 #include "base/secret_fields.h"
 #include "base/text.h"
-#include "codedata/data_manager.h"
-#include "datalists/json_array.h"
-#include "platform/win32.h"
+#include "datalists/account_names.h"
+#include "datalists/field_text.h"
+#include "datalists/order_messages.h"
 #include "trade/server_result.h"
 
 namespace luadui {
@@ -30,17 +29,8 @@ struct Message {
     std::string localId, type, text, orderMessage;
 };
 
-std::string TimeText() {
-    SYSTEMTIME now;
-    GetLocalTime(&now);
-    char text[32];
-    std::snprintf(text, sizeof text, "%04d/%02d/%02d %02d:%02d", now.wYear, now.wMonth, now.wDay, now.wHour,
-                  now.wMinute);
-    return text;
-}
-
 CDataTable ToTable(const Message& message) {
-    const std::string time = TimeText();
+    const std::string time = MessageTimeText();
     const std::array<std::pair<const char*, std::string_view>, 7> cells = {
         {{kLocalId, message.localId},
          {"MsgTime", time},
@@ -67,27 +57,10 @@ std::string Join(std::initializer_list<std::string_view> parts) {
     return text;
 }
 
-// The first of the members that has a text or a number, as text.
-std::string FirstOf(const CJsonObject& json, std::initializer_list<const char*> names) {
-    for (const char* name : names) {
-        const ValueView value = json.Find(name);
-        if (value.Kind() == kDataInteger) return LongText(value.AsLong());
-        if (value.Kind() == kDataDouble) return DoubleText(value.AsDouble());
-        if (const TextView text = value.AsText(); !text.empty()) return text;
-    }
-    return {};
-}
-
 CDataTable TableOf(const CUIData& record) {
     CDataTable table;
     if (!record.GetData(record.GetTypeText(), table)) record.GetData("Table", table);
     return table;
-}
-
-// The rows of an account query: in the record as it is published, or as it is shared.
-CDataTable AccountsOf(const CUIData& record, const char* kind) {
-    CDataTable table;
-    return record.GetData(kind, table) ? table : TableOf(record);
 }
 
 void Mask(std::string& text, std::string_view secret) {
@@ -108,37 +81,14 @@ void MaskSecrets(std::string& text, const CUIData& params) {
     }
 }
 
-std::string_view Either(const CDataTable& table, int row, const char* name, const char* otherName) {
-    const TextView text = table.GetItemText(row, name);
-    return text.empty() ? table.GetItemText(row, otherName) : text;
-}
-
-// The name of the portfolio with that token; false when the account has none.
-bool FindPortfolio(std::string_view json, std::string_view token, std::string& name) {
-    CDataList portfolios;
-    if (json.find(token) == std::string_view::npos || !ParseJsonArray(json, portfolios)) return false;
-    for (const auto& [key, value] : portfolios) {
-        CJsonObject portfolio;
-        if (!value.Get(portfolio) || portfolio.GetText("fund_token") != token) continue;
-        name = FirstOf(portfolio, {"portfolioname", "portfolio_name"});
-        return true;
-    }
-    return false;
-}
-
-// How the user knows the account with that token; empty when it is not in the table.
-std::string AccountName(const CDataTable& accounts, std::string_view token, bool isPortfolioMode) {
-    const int tokens = accounts.FindColumn("fund_token");
-    const int portfolios = accounts.FindColumn("portfolios");
-    for (int row = 0; row < accounts.GetRowNumber(); ++row) {
-        std::string portfolio;
-        const bool hasPortfolio = FindPortfolio(accounts.GetItemText(row, portfolios), token, portfolio);
-        if (!hasPortfolio && accounts.GetItemText(row, tokens) != token) continue;
-        std::string name(Either(accounts, row, "accountname", "account_name"));
-        if (name.empty()) name = Either(accounts, row, "accountid", "account_id");
-        return isPortfolioMode && !portfolio.empty() ? Join({name, "-", portfolio}) : name;
-    }
-    return {};
+// How the user knows the account with that token; empty when it is not among them.
+std::string AccountText(const CUIData& accounts, const char* kind, std::string_view token,
+                        bool isPortfolioMode) {
+    const AccountNames names(accounts, kind);
+    const AccountName* account = names.Find(token);
+    if (!account) return {};
+    return isPortfolioMode && !account->portfolio.empty() ? Join({account->Shown(), "-", account->portfolio})
+                                                          : account->Shown();
 }
 
 // "account, request type 1101, error 17: message", as far as known.
@@ -154,19 +104,25 @@ std::string Describe(std::string_view account, int64_t type, std::string_view co
     return text += Join({colon, message});
 }
 
-std::string SecurityName(std::string_view code, std::string_view market) {
-    return WideToGbk(CDataManager::Instance().GetZqmcFromFairy(GbkToWide(code), GbkToWide(market)));
-}
-
-// "name（code），price元，account买入100股".
 std::string RiskText(const CDataTable& push) {
     const auto cell = [&push](const char* column) { return std::string_view(push.GetItemText(0, column)); };
-    const std::string_view code = cell("SecurityID");
-    const std::string name = SecurityName(code, cell("MarketID"));
     const std::string side = cell("Side") == "0" ? Gbk("买入") : Gbk("卖出");
-    return Cut(Join({name, Gbk("（"), code, Gbk("），"), cell("OrderPrice"), Gbk("元，"), cell("account"),
-                     side, cell("OrderQty"), Gbk("股")}),
+    return Cut(OrderText({.code = cell("SecurityID"),
+                          .market = cell("MarketID"),
+                          .price = cell("OrderPrice"),
+                          .account = cell("account"),
+                          .side = side,
+                          .quantity = cell("OrderQty"),
+                          .name = {}}),
                kMaxOrderText);
+}
+
+int FindMessage(const CDataTable& history, std::string_view localId) {
+    const int column = history.FindColumn(kLocalId);
+    for (int row = 0; row < history.GetRowNumber(); ++row) {
+        if (history.GetItemText(row, column) == localId) return row;
+    }
+    return -1;
 }
 
 }  // namespace
@@ -194,17 +150,16 @@ void CMessageCenterList::AddErrorMessage(const CUIData& response, const CUIData&
         const bool isPortfolioMode = request.GetDataText("PB_MODE") == "true" ||
                                      params.GetDataText("PB_MODE") == "true" ||
                                      request.GetDataBool("PB_MODE");
-        account = AccountName(AccountsOf(accounts, "account"), token, isPortfolioMode);
-        if (account.empty())
-            account = AccountName(AccountsOf(creditAccounts, "account_xy"), token, isPortfolioMode);
+        account = AccountText(accounts, "account", token, isPortfolioMode);
+        if (account.empty()) account = AccountText(creditAccounts, "account_xy", token, isPortfolioMode);
     }
 
-    std::string said = FirstOf(json, {"message", "msg"});
+    std::string said = FirstText(json, {"message", "msg"});
     Mask(said, token);
     MaskSecrets(said, params);
     said = Cut(said, kMaxText);
     if (said.empty()) said = Gbk("请求失败");
-    const std::string code = FirstOf(json, {"error_code", "code", "retcode"});
+    const std::string code = FirstText(json, {"error_code", "code", "retcode"});
     const TextView uuid = response.GetDataText("UUID");
 
     Message message;
@@ -212,7 +167,12 @@ void CMessageCenterList::AddErrorMessage(const CUIData& response, const CUIData&
     message.type = Gbk("错误提示");
     message.text = said;
     message.orderMessage = Describe(account, response.GetDataLong("REQTYPE"), Cut(code, 32), said);
-    _publish(ToTable(message), user);
+    _publish(ToTable(message), user, kNoHandle);
+}
+
+void CMessageCenterList::AddOrderMessages(const CUIData& push) {
+    const CDataTable messages = OrderMessages(push, m_lastNumber);
+    if (messages.GetRowNumber() != 0) _publish(messages, {}, GetHandle());
 }
 
 void CMessageCenterList::OnNotify(void* data) {
@@ -226,35 +186,42 @@ void CMessageCenterList::OnNotify(void* data) {
     message.type = Gbk("风控提示");
     message.text = Gbk("触发风控，请在触警查询中查看");
     message.orderMessage = RiskText(push);
-    _publish(ToTable(message), {});
+    _publish(ToTable(message), {}, kNoHandle);
 }
 
 // The last thing that an operation does: receivers may close the page that this list belongs to.
-void CMessageCenterList::_publish(const CDataTable& message, std::string_view user) {
-    _remember(message);
+void CMessageCenterList::_publish(const CDataTable& messages, std::string_view user, int handle) {
+    _remember(messages);
     if (!m_owner) return;
     CUIData record(kMessageCenter);
-    record.SetData(kMessageCenter, message);
+    record.SetData(kMessageCenter, messages);
     if (!user.empty()) record.SetData("user", user);
-    m_owner->ResponseNotify(&record, kNoHandle, true);
+    m_owner->ResponseNotify(&record, handle, true);
 }
 
-void CMessageCenterList::_remember(const CDataTable& message) {
+void CMessageCenterList::_remember(const CDataTable& messages) {
     CDataTable history;
-    if (!GetDataShared(kMessageCenter, history)) {
-        SetData(kMessageCenter, message);
-        return;
+    GetData(kMessageCenter, history);
+    for (int col = 0; col < messages.GetColumnNumber(); ++col) {
+        const TextView name = messages.GetColumnProperty(col, "name");
+        if (history.FindColumn(name) >= 0) continue;
+        if (history.GetColumnNumber() < kMaxHistoryColumns) {
+            history.AddColumn(name);
+        } else {
+            CCounters::Add("message_column_dropped");
+        }
     }
-    const std::string_view localId = message.GetItemText(0, kLocalId);
-    const int column = history.FindColumn(kLocalId);
-    for (int row = 0; row < history.GetRowNumber(); ++row) {
-        if (history.GetItemText(row, column) != localId) continue;
-        for (int col = 0; col < message.GetColumnNumber(); ++col)
-            history.SetItemText(row, col, message.GetItemText(0, col));
-        return;
+    std::vector<int> sources;  // for every column of the history, where its text is in a message
+    for (int col = 0; col < history.GetColumnNumber(); ++col)
+        sources.push_back(messages.FindColumn(history.GetColumnProperty(col, "name")));
+    for (int row = std::max(messages.GetRowNumber() - kMaxHistory, 0); row < messages.GetRowNumber(); ++row) {
+        const int earlier = FindMessage(history, messages.GetItemText(row, kLocalId));
+        const int target = earlier >= 0 ? earlier : history.AppendRow();
+        for (size_t col = 0; col < sources.size(); ++col)
+            history.SetItemText(target, static_cast<int>(col), messages.GetItemText(row, sources[col]));
     }
-    history.InsertTable(message);
     while (history.GetRowNumber() > kMaxHistory) history.DeleteRow(0);
+    SetData(kMessageCenter, history);
 }
 
 }  // namespace luadui

@@ -13,18 +13,20 @@
 
 namespace luadui {
 
-// Turns pushes and failed answers into messages for the user: one-row tables, published as records of the
-// kind "messagecenter" with the table under that name. The list's own record keeps the last kMaxHistory rows
-// under "messagecenter"; a message with the LocalID of an earlier one takes its place there, as it does in
-// pages.
+// Turns pushes and failed answers into messages for the user: tables with a row for each, published as records
+// of the kind "messagecenter" with the table under that name. The list's own record keeps the last kMaxHistory
+// rows under "messagecenter", with the columns of all of them; a message with the LocalID of an earlier one takes
+// its place there, as it does in pages.
 //
 // Columns: "LocalID", "MsgTime" (local, "2024/01/31 09:30"), "MsgType", "Text", "OrderMessage",
-//          "MsgTypeContents", "TextColor" (ARGB; empty: the page's own).
+//          "MsgTypeContents", "TextColor" (ARGB; empty: the page's own); those of orders: see
+//          datalists/order_messages.h.
 // Threads: the UI thread.
 class CMessageCenterList : public CUIData, public CBaseObject {
   public:
     static constexpr int kMaxHistory = 1000;
-    static constexpr size_t kMaxText = 512;  // bytes of a server's words that a message repeats
+    static constexpr int kMaxHistoryColumns = 256;  // further ones are counted as "message_column_dropped"
+    static constexpr size_t kMaxText = 512;         // bytes of a server's words that a message repeats
 
     // Registers with the owner (which may be null) for risk pushes.
     explicit CMessageCenterList(ListOwner* owner);
@@ -42,9 +44,9 @@ class CMessageCenterList : public CUIData, public CBaseObject {
 
     // Tells the user how orders stand. `push` is what is known of a push of orders: "Table" with the order rows,
     // and, as far as it has them, "InstanceID", "TaskID", "LocalID", "from" (the topic), "account", "action",
-    // "inst_type", "msg" and "data" (a JSON object or its text). Rows whose status is worth no message are
-    // passed over; all others go out as one table, with handle GetHandle(). A row that comes again with the same status has
-    // the same "LocalID". The owner's page may close during the call, and this list go with it.
+    // "inst_type", "msg" and "data" (a JSON object or its text). Rows that are worth a message go out as one table,
+    // with handle GetHandle(); a row that comes again with the same status has the same "LocalID". The owner's page
+    // may close during the call, and this list go with it.
     void AddOrderMessages(const CUIData& push);
 
     // A risk push: `data` is a record of type "str_subkey_risk_push" whose table has a row. Anything else is
@@ -52,11 +54,11 @@ class CMessageCenterList : public CUIData, public CBaseObject {
     void OnNotify(void* data) override;
 
   private:
-    void _publish(const CDataTable& message, std::string_view user);
-    void _remember(const CDataTable& message);
+    void _publish(const CDataTable& messages, std::string_view user, int handle);
+    void _remember(const CDataTable& messages);
 
     ListOwner* const m_owner;  // not owned; null: messages are only kept
-    int64_t m_lastNumber = 0;  // of messages about answers without UUID
+    int64_t m_lastNumber = 0;  // of messages about what has no id of its own
 };
 
 }  // namespace luadui

@@ -1,20 +1,32 @@
 // COrderList: the orders behind basket instructions.
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <string>
 #include <string_view>
 
 #include "base/data_table.h"
-#include "base/text_map.h"
 #include "base/ui_data.h"
 
 namespace luadui {
 
-// A record with one table of orders for each key: instance, task and snapshot, one behind the other.
+// A record with one table of orders for each key: instance, task and snapshot, one behind the other. Every snapshot
+// has its own, so only those of the last kMaxTables keys that were answered are kept; what goes is counted as
+// "basket_table_dropped".
 //
 // Threads: the UI thread.
 class COrderList : public CUIData {
   public:
+    static constexpr size_t kMaxTables = 200;
+    // Pushes and answers widen no table beyond that.
+    static constexpr int kMaxColumns = 4096;
+
+    // Colours of "OrderStatusMsg", which read well on dark ground: done with; taken back; still at work.
+    static constexpr std::string_view kFinishedColor = "0xFF9A9A9A";
+    static constexpr std::string_view kCancelledColor = "0xFF5BA7E5";
+    static constexpr std::string_view kActiveColor = "0xFFFF8C5A";
+
     COrderList();
     ~COrderList() override;
     COrderList(const COrderList&) = delete;
@@ -27,29 +39,31 @@ class COrderList : public CUIData {
     // Rows of "Table" are appended to those held under the key, since an answer may come in parts. A row that
     // is there already takes the place of the earlier one: who asks again wants to see how his orders stand
     // now, not each order once more. A row is known by account ("fund_token"), "PendingOrderID", "OrderID" and
-    // "ExecID"; one without any of these three is always appended.
+    // "ExecID"; one without any of these three ids is always appended.
     //
-    // The JSON text "RawData" (or the JSON object under that name) has two arrays, which become tables of this
-    // answer alone: "DealOrderArray" -> "basket_deal_table", "PendingOrderArray" -> "basket_pending_table".
-    // Both tables are there even if empty and have the columns of kBasketColumns (see order_list.cpp); members
-    // that are not among them are passed over. Text that is broken gives the rows before the break, is
-    // counted as "basket_json_broken", and the answer gets the boolean "incomplete".
-    //   accounts   the shared "account" record (table under "account" or "Table"), null when unknown: rows of
-    //              accounts that it knows get their names, others keep the text for "not logged in".
-    //   colours    of "OrderStatusMsg" of pending orders: see kFinishedColor and the like.
-    //   progress   of pending orders: dealt part of the quantity with two decimals, "33.33%"; empty when the
-    //              quantity is not above 0.0001.
+    // The JSON text "RawData" (or a JSON object there) has two arrays, which become tables of this answer
+    // alone: "DealOrderArray" "basket_deal_table", "PendingOrderArray" "basket_pending_table". Both tables are
+    // always made. Their columns are those of the account, of the order, and, of pending orders, "TradeProgress",
+    // "SecurityMarket", "ChangeRate" and "LastPrice"; other members are passed over.
+    //   Accounts  are named as `accounts` knows them (the shared "account" record; may be null): "accountname",
+    //             "accountid", "accountmark", "portfoliomsg" (the portfolio's name), "accountname_ex" (name and mark) and
+    //             "portforlioname_ex" (names of portfolio and product). Of others the first two say that the
+    //             account is not logged in, the rest is what the row says.
+    //   Progress  is the dealt part of the quantity in percent with two decimals, "33.33%"; empty when the
+    //             quantity is not above 0.0001. Numbers that cannot be read count as 0 and are counted
+    //             ("basket_pending_order_qty_unreadable", "basket_pending_deal_volume_unreadable").
+    // Broken text loses no more than the rows that are broken, and, where the text itself ends in the middle,
+    // what would come after; it is counted (see base/json_rows.h) and both records get "incomplete" = true.
     //
-    // `response` then has type "order", the table held now under the key, and both basket tables; `out` is the
-    // record to publish: the same three tables, "InstanceID", "TaskID", "SnapshotID". False, and nothing
-    // changed, when there is no request or all three are empty; counted as "basket_answer_without_key". (Also when the
-    // key is that of a control entry.)
+    // Afterwards `response` has type "order", under the key all rows that are held now, and both basket tables;
+    // `out` is the record to publish: the same, and the three ids. False, and nothing changed, when there is
+    // no request or all three ids are empty, counted as "basket_answer_without_key".
     bool SetBasketDetail(CUIData& response, const CUIData* accounts, CUIData& out);
 
-    // Colours of "OrderStatusMsg", which read well on dark ground: done with; taken back; still at work.
-    static constexpr std::string_view kFinishedColor = "0xFF9A9A9A";
-    static constexpr std::string_view kCancelledColor = "0xFF5BA7E5";
-    static constexpr std::string_view kActiveColor = "0xFFFF8C5A";
+  private:
+    void _store(const std::string& key, const CDataTable& table);
+
+    std::deque<std::string> m_keys;  // by the time of their last answer
 };
 
 }  // namespace luadui

@@ -1,0 +1,212 @@
+#include "datalists/order_messages.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "base/json_object.h"
+#include "base/text.h"
+#include "codedata/data_manager.h"
+#include "datalists/field_text.h"
+#include "platform/win32.h"
+
+namespace luadui {
+namespace {
+
+enum Kind { kBasket, kMulti, kNormal, kAlgorithm, kConditional, kGrid };
+
+struct OrderKind {
+    std::string_view name;
+    std::string_view shown;
+    const char* statusMessage;  // the column with the server's words on the status
+    const char* localId;        // the member of "data" with the local id; null: that of the push counts
+};
+constexpr std::array kOrderKinds = std::to_array<OrderKind>({
+    {"basketorder", "篮子交易", "OrderStatusMsg", nullptr},
+    {"multiorder", "多户交易", "OrderStatusMsg", nullptr},
+    {"normalorder", "单户交易", "OrderStatusMsg", nullptr},
+    {"algorithmorder", "算法交易", "OrderStatusMsg", "localid"},
+    {"conditionalgoorder", "条件交易", "OrderStatusMsg", "localid"},
+    {"gridorder", "网格交易", "OrderStatusMsg", "LocalID"},
+});
+
+struct NamedKind {
+    std::string_view name;
+    Kind kind;
+};
+// Orders of a rebalanced basket (2) are shown like those of a new one.
+constexpr NamedKind kInstructionTypes[] = {{"0", kBasket}, {"1", kMulti}, {"2", kBasket}};
+constexpr NamedKind kActions[] = {{"grid_order", kGrid}, {"condition_order", kConditional}};
+
+struct StatusMessage {
+    std::string_view status;
+    std::string_view type;
+    std::string_view text;  // empty: what the server says
+    bool hasStatusInId;
+};
+constexpr StatusMessage kStatusMessages[] = {{"废单", "废单提示", "", false},
+                                             {"未成交", "委托回报", "委托成功", true},
+                                             {"部分成交", "成交回报", "部分成交", true},
+                                             {"全部成交", "成交回报", "全部成交", true}};
+
+const StatusMessage* MessageOf(std::string_view status) {
+    static const auto* const statuses = [] {
+        auto* const texts = new std::array<std::string, std::size(kStatusMessages)>;
+        std::ranges::transform(kStatusMessages, texts->begin(),
+                               [](const auto& row) { return Gbk(row.status); });
+        return texts;
+    }();
+    const auto found = std::ranges::find(*statuses, status);
+    return found == statuses->end() ? nullptr : &kStatusMessages[found - statuses->begin()];
+}
+
+template <size_t Size>
+const NamedKind* Find(const NamedKind (&kinds)[Size], std::string_view name) {
+    const auto found = std::ranges::find(kinds, name, &NamedKind::name);
+    return found == std::end(kinds) ? nullptr : found;
+}
+
+// The type of the instruction tells baskets. Where it is not sent, the topic does, or a task of an instance, which
+// single orders do not have; unless the action says that the instance is one of another kind.
+Kind KindOf(const CUIData& push) {
+    if (const NamedKind* type = Find(kInstructionTypes, FirstText(push, {"inst_type"}))) return type->kind;
+    if (const NamedKind* action = Find(kActions, push.GetDataText("action"))) return action->kind;
+    const TextView topic = push.GetDataText("from");
+    const bool isTask = !FirstText(push, {"InstanceID"}).empty() && !FirstText(push, {"TaskID"}).empty();
+    if (isTask || ContainsText(topic, "basket")) return kBasket;
+    return topic == "topic.oms.order" ? kNormal : kAlgorithm;
+}
+
+CJsonObject DataOf(const CUIData& push) {
+    CJsonObject data;
+    const std::string_view text = push.GetDataText("data");
+    if (!push.GetData("data", data) && !text.empty()) data.Parse(text);
+    return data;
+}
+
+std::string LocalIdOf(const CUIData& push, const OrderKind& kind) {
+    std::string id = kind.localId ? FirstText(DataOf(push), {kind.localId}) : std::string();
+    return id.empty() ? FirstText(push, {"LocalID"}) : id;
+}
+
+std::string SideName(const CDataTable& table, int row) {
+    const TextView name = table.GetItemText(row, "SideName"), side = table.GetItemText(row, "Side");
+    if (!name.empty() || side.empty()) return name;
+    return side == "0" ? Gbk("买入") : Gbk("卖出");
+}
+
+// Writes the messages into the cells of a table of pushed orders.
+class Writer {
+  public:
+    Writer(const CUIData& push, bool isSingle, CDataTable& table, int64_t& lastNumber)
+        : m_push(push),
+          m_table(table),
+          m_lastNumber(lastNumber),
+          m_kind(kOrderKinds[KindOf(push)]),
+          m_localId(LocalIdOf(push, m_kind)),
+          m_account(FirstText(push, {"account"})),
+          m_isSingle(isSingle) {
+        for (const char* name : {"InstrctionType", "OrderMessage", "NoteMessage", "MsgTime", "MsgType",
+                                 "MsgTypeContents", "LocalID", "Text"}) {
+            if (m_table.FindColumn(name) < 0) m_table.AddColumn(name);
+        }
+    }
+
+    void Write(int row, const StatusMessage& message) {
+        const std::string type = Gbk(message.type);
+        _set(row, "InstrctionType", Gbk(m_kind.shown));
+        _set(row, "OrderMessage", _orderText(row));
+        _set(row, "NoteMessage", _note(row));
+        _set(row, "MsgTime", m_time);
+        _set(row, "MsgType", type);
+        _set(row, "MsgTypeContents", type);
+        _set(row, "LocalID", _localId(row) + (message.hasStatusInId ? "_" + Gbk(message.status) : ""));
+        _set(row, "Text", message.text.empty() ? _serverText(row) : Gbk(message.text));
+    }
+
+  private:
+    std::string _cell(int row, const char* column) const { return m_table.GetItemText(row, column); }
+    void _set(int row, const char* column, std::string_view text) { m_table.SetItemText(row, column, text); }
+
+    std::string _orderText(int row) const {
+        const std::string orderId = _cell(row, "OrderID"), side = SideName(m_table, row);
+        std::string market = _cell(row, "MarketID");
+        if (market.empty()) market = _cell(row, "Market");
+        const std::string text =
+            OrderText({_cell(row, "SecurityID"), market, _cell(row, "OrderPrice"), m_account, side,
+                       _cell(row, "OrderQty"), _cell(row, "SecurityName")});
+        return orderId.empty() ? text : text + Gbk("，合同编号") + orderId;
+    }
+
+    // Whose order it is, of which instruction, and what the server says about it.
+    std::string _note(int row) const {
+        std::string note = m_account;
+        const std::string instance = FirstText(m_push, {"InstanceID"});
+        const std::string status = _cell(row, m_kind.statusMessage);
+        for (const std::string& part : {instance.empty() ? "" : Gbk("指令") + instance,
+                                        status.empty() ? _cell(row, "OrderStatus") : status}) {
+            if (!note.empty() && !part.empty()) note += Gbk("，");
+            note += part;
+        }
+        return note;
+    }
+
+    std::string _serverText(int row) const {
+        const std::string said = m_push.GetDataString("msg");
+        return said.empty() || &m_kind != &kOrderKinds[kNormal] ? _cell(row, m_kind.statusMessage) : said;
+    }
+
+    std::string _localId(int row) {
+        const std::string own = _cell(row, "LocalID"), orderId = _cell(row, "OrderID");
+        if (m_isSingle && !m_localId.empty()) return m_localId;
+        if (!own.empty()) return own;
+        return (m_localId.empty() ? m_account : m_localId) + "_" +
+               (orderId.empty() ? LongText(++m_lastNumber) : orderId);
+    }
+
+    const CUIData& m_push;
+    CDataTable& m_table;
+    int64_t& m_lastNumber;
+    const OrderKind& m_kind;
+    const std::string m_localId, m_account;
+    const bool m_isSingle;
+    const std::string m_time = MessageTimeText();
+};
+
+}  // namespace
+
+std::string MessageTimeText() {
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    char text[32];
+    std::snprintf(text, sizeof text, "%04d/%02d/%02d %02d:%02d", now.wYear, now.wMonth, now.wDay, now.wHour,
+                  now.wMinute);
+    return text;
+}
+
+std::string OrderText(const OrderWords& order) {
+    std::string text(order.name);
+    if (text.empty()) {
+        text = WideToGbk(
+            CDataManager::Instance().GetZqmcFromFairy(GbkToWide(order.code), GbkToWide(order.market)));
+    }
+    text.append(Gbk("（")).append(order.code).append(Gbk("），")).append(order.price).append(Gbk("元，"));
+    return text.append(order.account).append(order.side).append(order.quantity).append(Gbk("股"));
+}
+
+CDataTable OrderMessages(const CUIData& push, int64_t& lastNumber) {
+    CDataTable table;
+    push.GetData("Table", table);
+    const int statuses = table.FindColumn("OrderStatus");
+    CDataTable messages = table;
+    for (int row = table.GetRowNumber() - 1; row >= 0; --row) {
+        if (!MessageOf(table.GetItemText(row, statuses))) messages.DeleteRow(row);
+    }
+    if (messages.GetRowNumber() == 0) return messages;
+    Writer writer(push, table.GetRowNumber() == 1, messages, lastNumber);
+    for (int row = 0; row < messages.GetRowNumber(); ++row)
+        writer.Write(row, *MessageOf(messages.GetItemText(row, statuses)));
+    return messages;
+}
+
+}  // namespace luadui

@@ -1,0 +1,33 @@
+// What the message center says about orders.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "base/data_table.h"
+#include "base/ui_data.h"
+
+namespace luadui {
+
+// Local time as messages show it: "2024/01/31 09:30".
+std::string MessageTimeText();
+
+// What an order is about; texts as tables have them.
+struct OrderWords {
+    std::string_view code, market, price, account, side, quantity;
+    std::string_view name;  // empty: the code list's
+};
+// "name（code），price元，account买入100股".
+std::string OrderText(const OrderWords& order);
+
+// The rows of a push of orders (see CMessageCenterList::AddOrderMessages) that are worth a message, widened by "InstrctionType"
+// (sic), "OrderMessage", "NoteMessage", "MsgTime", "MsgType", "MsgTypeContents" and, where they lack them,
+// "LocalID" and "Text". Empty when there is no such row.
+//
+// "LocalID" is what a page replaces a message by: the local id of the push and, but for rejected orders, the
+// status. Where a push has several rows, a row's own "LocalID" counts, or, without one, its "OrderID" is put
+// behind that of the push. Where the push has none, the account stands for it; where there is no "OrderID", ++`lastNumber`.
+CDataTable OrderMessages(const CUIData& push, int64_t& lastNumber);
+
+}  // namespace luadui
