@@ -106,10 +106,7 @@ void CTokenTableList::GetRowsOf(std::string_view token, CDataTable& rows) {
     now.CopyHeader(held);
     for (int pushed = 0; pushed < rows.GetRowNumber(); ++pushed) {
         const int row = index.Find(held, rows.GetItemText(pushed, pushKey));
-        if (row < 0) continue;
-        const TableRow cells = held.GetRow(row);
-        const int copy = now.AppendRow();
-        for (int col = 0; col < held.GetColumnNumber(); ++col) now.SetItemText(copy, col, cells[col]);
+        if (row >= 0) now.InsertRow(held, row);
     }
     rows = now;
 }

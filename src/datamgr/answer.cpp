@@ -113,11 +113,10 @@ CUIData MakeAnswerRecord(const Answer& answer, std::string_view kind) {
 }
 
 bool ReadPush(Push& push) {
-    if (std::exchange(push.isRead, true)) return !push.isUseless;
     ReadFields(push);
-    push.isUseless = !push.hasTable && push.fields.IsEmpty();
-    if (push.isUseless) CCounters::Add("push_unreadable");
-    return !push.isUseless;
+    const bool saysSomething = push.hasTable || !push.fields.IsEmpty();
+    if (!saysSomething) CCounters::Add("push_unreadable");
+    return saysSomething;
 }
 
 CUIData MakePushRecord(const Push& push, std::string_view kind) {

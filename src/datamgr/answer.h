@@ -41,16 +41,11 @@ struct Push {
     Age age = 0;
 
     // What it says: see ReadPush.
-    bool isRead = false;
     CUIData fields = CUIData();
     bool hasTable = false;
     CDataTable table = CDataTable();
     int code = 0;
     std::string message = std::string();
-
-    // What became of it, for the handlers that are still to come.
-    bool isMerged = false;   // its list was told
-    bool isUseless = false;  // nobody is told
 };
 
 // What the server says became of the request (see trade/server_result.h): 0 is success.
@@ -62,7 +57,7 @@ void ReadResult(const CUIData& response, int& code, std::string& message);
 // "sleep_refresh_request". Members with one of these names are left out.
 CUIData MakeAnswerRecord(const Answer& answer, std::string_view kind);
 
-// Takes a push apart, once. Its fields are those of "MapData", "JsonData" and "RawData", in this order, later
+// Takes a push apart. Its fields are those of "MapData", "JsonData" and "RawData", in this order, later
 // ones in the place of earlier ones; "RawData" is the text of a JSON object, or of an array of objects, which
 // are its rows when it has no "Table". "SrcServer" is a field, too. False, and the push useless, when it
 // holds neither rows nor fields: counted as "push_unreadable".

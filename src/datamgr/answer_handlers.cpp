@@ -3,10 +3,13 @@
 #include <algorithm>
 
 #include "base/counters.h"
+#include "datalists/ggt_reference.h"
+#include "datalists/order_list.h"
 #include "datalists/token_table_list.h"
 #include "datamgr/answer_routes.h"
 #include "datamgr/trade_calendar.h"
 #include "datamgr/ui_data_manager.h"
+#include "datamgr/ui_stock_data_manager.h"
 
 namespace luadui {
 namespace {
@@ -85,6 +88,34 @@ void HandlePageList(CUIDataManager& manager, Answer& answer) {
     list->GetTable(name, answer.table);
     CUIData record = MakeAnswerRecord(answer, answer.kind);
     if (!row->key.empty()) record.SetData(row->key, name);
+    Tell(manager, record, answer.handle);
+}
+
+void HandleReference(CUIDataManager& manager, Answer& answer) {
+    const std::string kind(FindAnswerRoute(answer.type)->kind);
+    auto* const list = manager.Lists().FindOrMake<ReferenceListGGT>(kind);
+    if (answer.hasTable && answer.code == 0 && IsNewest(manager, kind, answer.age)) {
+        CUIData response;
+        response.SetData("Table", answer.table);  // the rows of all parts
+        list->SetResponse(response);
+        manager.Lists().SetSharedAge(kind, answer.age);
+    }
+    CUIData record = MakeAnswerRecord(answer, kind);
+    if (answer.hasTable && answer.code == 0) record.SetData(kind, list->GetDataView(kind));
+    Tell(manager, record, answer.handle);
+}
+
+void HandleBasketDetail(CUIDataManager& manager, Answer& answer) {
+    CUIData response = answer.response;
+    if (answer.hasTable) response.SetData("Table", answer.table);  // the rows of all parts
+    CUIData accounts, detail;
+    CUIStockDataManager::get_mutable_instance().GetUIData("account", accounts, "CommonData", false);
+    auto* const list = manager.Lists().FindOrMake<COrderList>(answer.kind);
+    const bool isRead = answer.code == 0 && list->SetBasketDetail(response, &accounts, detail);
+    CUIData record = MakeAnswerRecord(answer, answer.kind);
+    for (const auto [key, value] : detail) {
+        if (isRead) record.SetData(key, value);
+    }
     Tell(manager, record, answer.handle);
 }
 

@@ -22,6 +22,13 @@ void DeliverUnderRouteKind(CUIDataManager& manager, Answer& answer);
 // them are there. The answer to a question that the manager asked by itself goes to all that want one of the
 // kinds made of the table.
 void HandleTradingTable(CUIDataManager& manager, Answer& answer);
+// The funds of all accounts, which the column "fund_token" names: the asker gets the answer, and those who want
+// "fund" hear of each account.
+void HandleAllFunds(CUIDataManager& manager, Answer& answer);
+// What the server tells about Stock Connect as a whole: the list of the route's kind takes the table.
+void HandleReference(CUIDataManager& manager, Answer& answer);
+// The orders behind a basket instruction: see COrderList.
+void HandleBasketDetail(CUIDataManager& manager, Answer& answer);
 // Lists that only some pages have; elsewhere the answer is passed on.
 void HandlePageList(CUIDataManager& manager, Answer& answer);
 // The days on which the exchanges are closed: shared as "holidays".

@@ -4,37 +4,55 @@
 #include <array>
 #include <utility>
 
+#include "datalists/deal_list.h"
+#include "datalists/entrust_list.h"
+#include "datalists/fund_list.h"
+#include "datalists/ggt_reference.h"
+#include "datalists/order_list.h"
 #include "datalists/page_lists.h"
+#include "datalists/position_list.h"
 #include "datalists/trade_data.h"
+#include "datamgr/kind_table.h"
 
 namespace luadui {
 namespace {
 
 constexpr char kInstructionPage[] = "MULTIINST_DUI";
 
-// The trading tables: one list each, with a table per account.
-struct TableKind {
-    std::string_view name;
-    std::string_view view;    // of several accounts joined
-    std::string_view rowKey;  // empty: the server pushes whole tables
+// What is made when it is first handled.
+struct ListMaker {
+    std::string_view kind;
+    std::unique_ptr<CUIData> (*make)(ListOwner* owner);
+    // Whether pages read the list itself under its kind. They do not where it holds answers of the moment only.
+    bool isShared = true;
 };
 
-constexpr std::array kTableKinds = std::to_array<TableKind>({
-    {"entrust", "entrustmulti", "OrderID"},
-    {"entrustcredit", "entrustmulticredit", "OrderID"},
-    {"entrust_ggt", "entrust_ggt", "OrderID"},
-    {"deal", "dealmulti", "ExecID"},
-    {"dealcredit", "dealmulticredit", "ExecID"},
-    {"deal_ggt", "deal_ggt", "ExecID"},
-    {"deal_his_ggt", "", ""},
-    {"fund", "", ""},
-    {"credit_fund", "", ""},
-    {"fund_ggt", "", ""},
-    {"position", "positionmulti", ""},
-    {"positioncredit", "positionmulticredit", ""},
-    {"position_ggt", "position_ggt_multi", ""},
-    {"tb_price_spred_ggt", "", ""},
-    {"rate_ggt", "", ""},
+template <class List>
+std::unique_ptr<CUIData> Make(ListOwner* owner) {
+    if constexpr (std::is_constructible_v<List, ListOwner*>) {
+        return std::make_unique<List>(owner);
+    } else {
+        return std::make_unique<List>();
+    }
+}
+
+constexpr std::array kMakers = std::to_array<ListMaker>({
+    {"entrust", Make<CEntrustList>},
+    {"entrustcredit", Make<CEntrustListCredit>},
+    {"entrust_ggt", Make<CEntrustListGGT>},
+    {"deal", Make<CDealList>},
+    {"dealcredit", Make<CDealListCredit>},
+    {"deal_ggt", Make<CDealListGGT>},
+    {"deal_his_ggt", Make<CDealListHisGGT>},
+    {"fund", Make<CFundList>},
+    {"credit_fund", Make<CFundListCredit>},
+    {"fund_ggt", Make<CFundListGGT>},
+    {"position", Make<CPositionList>},
+    {"positioncredit", Make<CPositionListCredit>},
+    {"position_ggt", Make<CPositionListGGT>},
+    {"order", Make<COrderList>, false},
+    {"tb_price_spred_ggt", Make<CPriceSpreadGGT>},
+    {"rate_ggt", Make<CRateGGT>},
 });
 
 // Which list the views of several accounts come from. The two Stock Connect views go out under the kind of
@@ -71,36 +89,29 @@ constexpr std::array kFamilyKinds = std::to_array<FamilyKind>({
     {"accountdatalist_ggt_push", ListStore::kGGT},
 });
 
-template <class Rows>
-const auto* FindRow(const Rows& rows, std::string_view name) {
-    const auto row = std::ranges::find(rows, name, [](const auto& entry) { return entry.name; });
-    return row == rows.end() ? nullptr : &*row;
-}
-
 }  // namespace
 
 template <class List>
 void ListStore::_add(std::unique_ptr<List> list) {
     const std::string name = list->GetType();
-    if constexpr (std::is_base_of_v<CTokenTableList, List>) m_tables[name] = list.get();
+    if (auto* const tables = dynamic_cast<CTokenTableList*>(list.get())) m_tables[name] = tables;
     m_shared.SetDataShared(name, static_cast<CUIData&>(*list));
     m_lists[name] = std::move(list);
 }
 
-void ListStore::MakeCommonLists(ListOwner* owner) {
+void ListStore::MakeCommonLists() {
     m_accounts[kPlain] = std::make_unique<CAccountDataList>();
     m_accounts[kCredit] = std::make_unique<CAccountDataListCredit>();
     m_accounts[kGGT] = std::make_unique<CAccountDataListGGT>();
     for (const auto& list : m_accounts) m_shared.SetDataShared(list->GetType(), static_cast<CUIData&>(*list));
-    m_messageCenter = std::make_unique<CMessageCenterList>(owner);
+    m_messageCenter = std::make_unique<CMessageCenterList>(m_owner);
 }
 
 std::unique_ptr<CMutiInstCfg> ListStore::ReadInstConfig(const std::string& pageName) {
     return pageName == kInstructionPage ? std::make_unique<CMutiInstCfg>(true) : nullptr;
 }
 
-void ListStore::MakePageLists(const std::string& pageName, ListOwner* owner,
-                              std::unique_ptr<CMutiInstCfg> config) {
+void ListStore::MakePageLists(const std::string& pageName, std::unique_ptr<CMutiInstCfg> config) {
     if (config) _add(std::move(config));
     if (pageName == kInstructionPage) {
         _add<CBasketMemberAllocList>();
@@ -112,7 +123,7 @@ void ListStore::MakePageLists(const std::string& pageName, ListOwner* owner,
     } else if (pageName == "ETF") {
         _add<CETFMemberDataList>();
     } else if (pageName == "MESSAGETIP") {
-        m_messageCenter = std::make_unique<CMessageCenterList>(owner);
+        m_messageCenter = std::make_unique<CMessageCenterList>(m_owner);
     } else if (pageName == "AUTO_ALGORITHM") {
         _add<CAutoAlgoInstList>();
     }
@@ -126,10 +137,19 @@ CTokenTableList* ListStore::Find(std::string_view kind) const {
 
 CTokenTableList* ListStore::FindOrMake(std::string_view kind) {
     if (CTokenTableList* const list = Find(kind)) return list;
-    const TableKind* const row = FindRow(kTableKinds, kind);
-    if (!row) return nullptr;
-    _add(std::make_unique<CTokenTableList>(row->name, row->view, row->rowKey));
+    _make(kind);
     return Find(kind);
+}
+
+void ListStore::_make(std::string_view kind) {
+    const ListMaker* const maker = KindIndex<kMakers, &ListMaker::kind>::Find(kind);
+    if (!maker || m_lists.contains(kind)) return;
+    auto list = maker->make(m_owner);
+    if (maker->isShared) {
+        _add(std::move(list));
+    } else {
+        m_lists[std::string(kind)] = std::move(list);
+    }
 }
 
 uint64_t ListStore::SharedAge(std::string_view name) const {
@@ -138,13 +158,12 @@ uint64_t ListStore::SharedAge(std::string_view name) const {
 }
 
 std::string_view ListStore::ListOfView(std::string_view kind) {
-    const View* const view = FindRow(kViews, kind);
+    const View* const view = KindIndex<kViews, &View::name>::Find(kind);
     return view ? view->list : std::string_view();
 }
 
 ListStore::Family ListStore::FamilyOf(std::string_view kind) {
-    if (kind.find("accountdatalist") == std::string_view::npos) return kFamilies;
-    const FamilyKind* const row = FindRow(kFamilyKinds, kind);
+    const FamilyKind* const row = KindIndex<kFamilyKinds, &FamilyKind::name>::Find(kind);
     return row ? row->family : kFamilies;
 }
 

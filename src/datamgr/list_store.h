@@ -23,12 +23,14 @@ class ListStore {
   public:
     enum Family { kPlain, kCredit, kGGT, kFamilies };
 
+    // Lists that ask, register or publish do it with the owner, which may be null.
+    explicit ListStore(ListOwner* owner = nullptr) : m_owner(owner) {}
+
     // The lists that every manager of the shared data has: the three account data lists and the message
     // center.
-    void MakeCommonLists(ListOwner* owner);
+    void MakeCommonLists();
     // The lists of the page with that name; every page has "trade". `config`: its settings from ReadInstConfig.
-    void MakePageLists(const std::string& pageName, ListOwner* owner,
-                       std::unique_ptr<CMutiInstCfg> config = nullptr);
+    void MakePageLists(const std::string& pageName, std::unique_ptr<CMutiInstCfg> config = nullptr);
     // Asks the host for the settings of instructions over several accounts; null for pages that have none.
     static std::unique_ptr<CMutiInstCfg> ReadInstConfig(const std::string& pageName);
 
@@ -36,6 +38,18 @@ class ListStore {
     CTokenTableList* Find(std::string_view kind) const;
     // The same, made now when the kind is one of trading tables; null for other kinds.
     CTokenTableList* FindOrMake(std::string_view kind);
+    // The list of that kind and class; null when there is none (yet).
+    template <class List>
+    List* Find(std::string_view kind) const {
+        const auto list = m_lists.find(kind);
+        return list == m_lists.end() ? nullptr : dynamic_cast<List*>(list->second.get());
+    }
+    // The same, made now when the kind is one of those that are made when first handled.
+    template <class List>
+    List* FindOrMake(std::string_view kind) {
+        _make(kind);
+        return Find<List>(kind);
+    }
     // The list that a merged view ("entrustmulti") is made of; empty for other kinds.
     static std::string_view ListOfView(std::string_view kind);
 
@@ -56,7 +70,10 @@ class ListStore {
   private:
     template <class List>
     void _add(std::unique_ptr<List> list = std::make_unique<List>());
+    // Makes the list of that kind, if there is one to make.
+    void _make(std::string_view kind);
 
+    ListOwner* const m_owner;  // not owned
     CUIData m_shared;
     std::map<std::string, uint64_t, std::less<>> m_sharedAges;
     std::map<std::string, std::unique_ptr<CUIData>, std::less<>>

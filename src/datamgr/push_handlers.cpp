@@ -1,14 +1,25 @@
 #include "datamgr/push_handlers.h"
 
-#include <utility>
+#include <vector>
 
 #include "base/counters.h"
 #include "datalists/token_table_list.h"
+#include "datamgr/account_news.h"
+#include "datamgr/account_tables.h"
+#include "datamgr/answer_handlers.h"
 #include "datamgr/ui_data_manager.h"
 #include "datamgr/ui_registry.h"
 
 namespace luadui {
 namespace {
+
+// What became of an account's rows in their list.
+struct Merged {
+    CTokenTableList* list = nullptr;
+    std::string token;
+    bool isUseful = false;  // to those who want the list's kinds
+    bool isNew = false;     // the list changed
+};
 
 bool IsFund(std::string_view list) { return list == "fund" || list == "credit_fund"; }
 
@@ -24,44 +35,113 @@ void FindRows(Push& push) {
 
 std::string AccountOf(const Push& push) { return MakePushRecord(push, {}).GetDataString("fund_token"); }
 
-// False when the list has no use for the push.
-bool Merge(CUIDataManager& manager, Push& push, const PushedList& row) {
-    CTokenTableList* const list = manager.Lists().FindOrMake(row.list);
-    const std::string token = AccountOf(push);
-    if (list && !token.empty()) FindRows(push);
-    if (!list || token.empty() || !push.hasTable) {
-        if (row.rows == PushedRows::kOfPage) return true;
-        CCounters::Add("push_without_table");
-        return false;
+bool IsUnderWay(std::string_view query, const std::string& token) {
+    return RequestLedger::Instance().IsUnderWay(RequestTypeOfKind(query), token);
+}
+
+// The list that knows the account; failing all of them the first.
+CTokenTableList* ListOf(ListStore& lists, const PushedList& row, const std::string& token) {
+    for (const std::string_view kind : {row.creditList, row.connectList}) {
+        if (kind.empty()) break;
+        CTokenTableList* const list = lists.FindOrMake(kind);
+        if (list && (list->Holds(token) || IsUnderWay(kind, token))) return list;
     }
-    const bool isQueried = RequestLedger::Instance().IsUnderWay(RequestTypeOfKind(row.query), token);
-    switch (list->TakePush(token, push.table, push.age, isQueried)) {
+    return lists.FindOrMake(row.list);
+}
+
+bool IsPublished(PushResult result) {
+    switch (result) {
         case PushResult::kTaken:
         case PushResult::kUnchanged:  // the list knew it from an answer, which went to its asker only
         case PushResult::kKept:
-            break;
+            return true;
         default:
             return false;
     }
-    if (row.rows == PushedRows::kWholeTable) list->GetTable(token, push.table);
+}
+
+Merged Merge(CUIDataManager& manager, const Push& push, const PushedList& row, const std::string& token,
+             const CDataTable& table) {
+    Merged merged{.list = ListOf(manager.Lists(), row, token), .token = token};
+    if (!merged.list) return merged;
+    const bool isOfFirst = merged.list->GetTypeText() == row.list;
+    const std::string_view query = isOfFirst ? row.query : merged.list->GetTypeText();
+    const PushResult result = merged.list->TakePush(token, table, push.age, IsUnderWay(query, token));
+    merged.isUseful = IsPublished(result);
+    merged.isNew = result == PushResult::kTaken;
+    return merged;
+}
+
+Merged MergeAccount(CUIDataManager& manager, Push& push, const PushedList& row) {
+    const std::string token = AccountOf(push);
+    if (!token.empty()) FindRows(push);
+    if (token.empty() || !push.hasTable) {
+        CCounters::Add("push_without_table");
+        return Merged();
+    }
+    Merged merged = Merge(manager, push, row, token, push.table);
+    if (!merged.isUseful) return merged;
+    if (row.rows == PushedRows::kWholeTable) {
+        merged.list->GetTable(token, push.table);
+    } else {
+        merged.list->GetRowsOf(token, push.table);
+    }
     if (IsFund(row.list)) push.fields.SetData("update_user", token);
-    return true;
+    return merged;
+}
+
+// False when the manager went meanwhile.
+bool Publish(CUIDataManager& manager, const Push& push, std::string_view kind, const Merged& merged = {}) {
+    CUIData record = MakePushRecord(push, kind);
+    CDataTable table;
+    if (merged.list && merged.list->GetTypeText() == kind && merged.list->GetTable(merged.token, table))
+        record.SetData(kind, table);
+    return Tell(manager, record, CBaseObject::kNoHandle);
 }
 
 }  // namespace
 
-void PublishPush(CUIDataManager& manager, Push& push, std::string_view kind) {
-    if (!ReadPush(push)) return;
-    CUIData record = MakePushRecord(push, kind);
-    manager.ResponseNotify(&record, CBaseObject::kNoHandle, true);
+void PublishPush(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds) {
+    for (const std::string_view kind : kinds) {
+        if (!Publish(manager, push, kind)) return;
+    }
 }
 
-void MergePush(CUIDataManager& manager, Push& push, std::string_view kind) {
-    if (!ReadPush(push)) return;
-    if (!std::exchange(push.isMerged, true)) {
-        push.isUseless = !Merge(manager, push, *PushedListIndex::Find(push.key));
+void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds) {
+    const PushedList& row = *PushedListIndex::Find(push.key);
+    const Merged merged = MergeAccount(manager, push, row);
+    if (!merged.isUseful) return;
+    for (const std::string_view kind : kinds) {
+        if (!Publish(manager, push, kind, merged)) return;
     }
-    if (!push.isUseless) PublishPush(manager, push, kind);
+    if (row.rows == PushedRows::kWholeTable) TellAccountData(manager, row.list, merged.token, push.table);
+}
+
+void MergePageList(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds) {
+    const PushedList& row = *PushedListIndex::Find(push.key);
+    const std::string token = AccountOf(push);
+    if (!token.empty() && manager.Lists().Find(row.list)) {
+        FindRows(push);
+        if (push.hasTable && !Merge(manager, push, row, token, push.table).isUseful) return;
+    }
+    PublishPush(manager, push, kinds);
+}
+
+void MergeMessage(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds) {
+    const PushedList& row = *PushedListIndex::Find(push.key);
+    FindRows(push);
+    std::vector<Merged> changed;
+    for (const auto& [token, table] : SplitByAccount(push.table, AccountOf(push))) {
+        const Merged merged = Merge(manager, push, row, token, table);
+        if (merged.isNew) changed.push_back(merged);
+    }
+    for (const std::string_view kind : kinds) {
+        if (!Publish(manager, push, kind)) return;
+    }
+    for (const Merged& merged : changed) {
+        CUIData news = MakeTableNews(*merged.list, merged.token);
+        if (!Tell(manager, news, CBaseObject::kNoHandle)) return;
+    }
 }
 
 }  // namespace luadui

@@ -1,6 +1,7 @@
 // The handlers that the table of push routes names.
 #pragma once
 
+#include <span>
 #include <string_view>
 
 #include "datamgr/answer.h"
@@ -12,15 +13,19 @@ class CUIDataManager;
 
 // What the rows of a push are to the list that keeps them.
 enum class PushedRows {
-    kWholeTable,  // all that the account has
+    kWholeTable,  // all that the account has, or whole rows of it by currency
     kSingle,      // rows of an account that changed
-    kOfPage,      // rows for a list that only some pages have; nobody misses it elsewhere
+    kMessage,     // the same in a message that is news by itself
+    kOfPage,      // rows for a list that only some pages have
 };
 struct PushedList {
     std::string_view key;  // of the push
     std::string_view list;
     PushedRows rows;
     std::string_view query = list;  // the kind whose answers fill the list
+    // Where the push does not say of which family the account is: the lists of the others.
+    std::string_view creditList = {};
+    std::string_view connectList = {};
 };
 inline constexpr PushedList kPushedLists[] = {
     {"Fund|", "fund", PushedRows::kWholeTable},
@@ -35,16 +40,26 @@ inline constexpr PushedList kPushedLists[] = {
     {"Entrust|", "entrust", PushedRows::kSingle},
     {"EntrustCredit|", "entrustcredit", PushedRows::kSingle},
     {"EntrustGGT|", "entrust_ggt", PushedRows::kSingle},
+    {"entrustret", "entrust", PushedRows::kMessage, "entrust", "entrustcredit", "entrust_ggt"},
+    {"traderet", "deal", PushedRows::kMessage, "deal", "dealcredit", "deal_ggt"},
     {"rechase_instruction", "auto_algo_inst", PushedRows::kOfPage, "query_inst_autoalgo"},
 };
 using PushedListIndex = KindIndex<kPushedLists, &PushedList::key>;
 
 // Publishes the push as it is.
-void PublishPush(CUIDataManager& manager, Push& push, std::string_view kind);
+void PublishPush(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
 
-// Pushes that kPushedLists names. The list takes the rows, which are the push's "Table" or the first array of
-// objects among its fields; published are the rows that were pushed, or, where a push stands for the
-// account's whole table, what the list holds then.
-void MergePush(CUIDataManager& manager, Push& push, std::string_view kind);
+// Those that kPushedLists names give their rows to a list: the push's "Table" or the first array of objects among
+// its fields.
+//
+// Of one account: what is published under the kind of the list is the account's whole table; under the other kinds
+// it is the rows that were pushed, as the list holds them then, or, where a push stands for the whole table, that.
+// What the list has no use for (it is of an account that was never queried) is not published.
+void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
+// For a list that only some pages have; nobody misses it elsewhere, and the push is published as it is.
+void MergePageList(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
+// Messages, whose rows may be of several accounts (column "fund_token"): published as they are, whether a list has use
+// for them or not, and then each table that changed under the kind of its list.
+void MergeMessage(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
 
 }  // namespace luadui

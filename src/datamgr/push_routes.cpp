@@ -13,9 +13,13 @@ namespace {
 
 // Kinds that have no push key of their own: they come with the pushes of others.
 constexpr KindPushKey kMoreKinds[] = {
+    {"entrust", "Entrust|"},
+    {"entrustcredit", "EntrustCredit|"},
     {"deal", "Trade|"},
     {"dealmulti", "Trade|"},
     {"dealpush", "Trade|"},
+    {"dealcredit", "TradeCredit|"},
+    {"dealmulticredit", "TradeCredit|"},
     {"order_push", "entrustret"},
     {"order_deal_push", "traderet"},
     {"order_push_gradelist", "grade_order"},
@@ -51,6 +55,19 @@ constexpr size_t CountKeys() {
     return keys;
 }
 
+constexpr PushHandler HandlerOf(std::string_view key) {
+    const auto* const row = std::ranges::find(kPushedLists, key, &PushedList::key);
+    if (row == std::end(kPushedLists)) return PublishPush;
+    switch (row->rows) {
+        case PushedRows::kMessage:
+            return MergeMessage;
+        case PushedRows::kOfPage:
+            return MergePageList;
+        default:
+            return MergePush;
+    }
+}
+
 constexpr auto MakeRoutes() {
     std::array<PushRoute, CountKeys()> routes{};
     size_t begin = 0;
@@ -58,10 +75,7 @@ constexpr auto MakeRoutes() {
         size_t end = begin + 1;
         while (end < kPairCount && kPairs[end].key == kPairs[begin].key) ++end;
         const std::string_view key = kPairs[begin].key;
-        const bool isMerged =
-            std::ranges::find(kPushedLists, key, &PushedList::key) != std::end(kPushedLists);
-        route = {key, isMerged ? MergePush : PublishPush,
-                 std::span<const std::string_view>(&kKinds[begin], end - begin)};
+        route = {key, HandlerOf(key), std::span<const std::string_view>(&kKinds[begin], end - begin)};
         begin = end;
     }
     return routes;

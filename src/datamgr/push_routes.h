@@ -10,14 +10,13 @@ namespace luadui {
 
 class CUIDataManager;
 
-// Merges a push into its list, if it has one, and publishes it as news of `kind`. What the list has no use
-// for (it is of an account that was never queried) is not published.
-using PushHandler = void (*)(CUIDataManager& manager, Push& push, std::string_view kind);
+// Merges a push into its list, if it has one, and publishes it as news of each of the kinds, in their order.
+using PushHandler = void (*)(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
 
 struct PushRoute {
-    std::string_view key;                     // a whole topic, or its beginning up to and including the "|"
-    PushHandler handler;                      // called once for each kind
-    std::span<const std::string_view> kinds;  // in the order in which they are published
+    std::string_view key;  // a whole topic, or its beginning up to and including the "|"
+    PushHandler handler;
+    std::span<const std::string_view> kinds;
 };
 
 std::span<const PushRoute> PushRoutes();

@@ -2,7 +2,9 @@
 #include <vector>
 
 #include "base/counters.h"
-#include "datalists/token_table_list.h"
+#include "datalists/position_list.h"
+#include "datamgr/account_news.h"
+#include "datamgr/account_tables.h"
 #include "datamgr/answer_handlers.h"
 #include "datamgr/answer_routes.h"
 #include "datamgr/position_sum.h"
@@ -21,9 +23,17 @@ CUIData MakeTableRecord(const Answer& answer, std::string_view kind) {
     return record;
 }
 
+bool IsFundOrPosition(std::string_view kind) {
+    return kind.starts_with("fund") || kind.starts_with("position") || kind == "credit_fund";
+}
+
 // Gives the table to the list, and takes back what the list holds then. False when there was nothing to give.
 bool Merge(CTokenTableList& list, Answer& answer) {
     const bool isGood = answer.hasTable && answer.code == 0;
+    // An account of Stock Connect without positions is one that was asked for all the same.
+    if (auto* const positions = dynamic_cast<CPositionListGGT*>(&list);
+        positions && !isGood && answer.code == 0)
+        positions->SetGGTPositionResponse(answer.response);
     if (isGood) list.TakeAnswer(answer.fundToken, answer.table, answer.age);
     if (!RequestLedger::Instance().IsUnderWay(answer.type, answer.fundToken))
         list.QueryEnded(answer.fundToken);
@@ -55,15 +65,12 @@ void DeliverView(CUIDataManager& manager, const CTokenTableList& list, Answer& a
     Tell(manager, view, answer.handle);
 }
 
-}  // namespace
-
-void HandleTradingTable(CUIDataManager& manager, Answer& answer) {
-    const std::string_view kind = FindAnswerRoute(answer.type)->kind;
-    CTokenTableList* const list = manager.Lists().FindOrMake(kind);
-    const bool isMerged = list && !answer.fundToken.empty() && Merge(*list, answer);
+// Delivers what the list holds, or what the server said instead. False when the manager went meanwhile.
+bool DeliverTable(CUIDataManager& manager, CTokenTableList* list, Answer& answer, std::string_view kind,
+                  bool isMerged) {
+    const int32_t self = manager.GetHandle();
     const bool isView = answer.handle != CBaseObject::kNoHandle && answer.kind != kind;
     if (!isMerged) {
-        const int32_t self = manager.GetHandle();
         DeliverAnswer(manager, answer);
         const bool hasOthers = list && isView && answer.tokens.Size() > 1;
         if (hasOthers && CBaseObject::Find(self) == &manager) DeliverView(manager, *list, answer);
@@ -74,6 +81,37 @@ void HandleTradingTable(CUIDataManager& manager, Answer& answer) {
     } else {
         CUIData record = MakeTableRecord(answer, kind);
         Tell(manager, record, answer.handle);
+    }
+    return CBaseObject::Find(self) == &manager;
+}
+
+}  // namespace
+
+void HandleTradingTable(CUIDataManager& manager, Answer& answer) {
+    const std::string_view kind = FindAnswerRoute(answer.type)->kind;
+    CTokenTableList* const list = manager.Lists().FindOrMake(kind);
+    const bool isMerged = list && !answer.fundToken.empty() && Merge(*list, answer);
+    const CDataTable table = answer.table;
+    const bool isAlive = DeliverTable(manager, list, answer, kind, isMerged);
+    if (isAlive && isMerged && IsFundOrPosition(kind))
+        TellAccountData(manager, kind, answer.fundToken, table);
+}
+
+void HandleAllFunds(CUIDataManager& manager, Answer& answer) {
+    CTokenTableList& list = *manager.Lists().FindOrMake("fund");
+    const bool isGood = answer.hasTable && answer.code == 0;
+    const auto accounts = isGood ? SplitByAccount(answer.table, answer.fundToken) : AccountTables();
+    for (const auto& [token, table] : accounts) list.TakeAnswer(token, table, answer.age);
+    CUIData record = MakeAnswerRecord(answer, answer.kind);
+    bool isAlive = Tell(manager, record, answer.handle);
+    for (auto account = accounts.begin(); isAlive && account != accounts.end(); ++account) {
+        const std::string& token = account->first;
+        CDataTable table;
+        if (!list.GetTable(token, table)) continue;
+        CUIData news = MakeTableNews(list, token);
+        news.SetData("update_user", token);
+        isAlive =
+            Tell(manager, news, CBaseObject::kNoHandle) && TellAccountData(manager, "fund", token, table);
     }
 }
 

@@ -43,10 +43,10 @@ void CUIDataManager::Init(const std::string& pageName) {
 void CUIDataManager::_initUIData(const std::string& pageName) {
     m_typeCodes = TypeCodeRecord();
     m_pushKeys = PushKeyRecord();
-    if (m_runType == kTypeCommonData) return m_lists.MakeCommonLists(this);
+    if (m_runType == kTypeCommonData) return m_lists.MakeCommonLists();
     const int32_t self = GetHandle();
     auto config = ListStore::ReadInstConfig(pageName);
-    if (CBaseObject::Find(self) == this) m_lists.MakePageLists(pageName, this, std::move(config));
+    if (CBaseObject::Find(self) == this) m_lists.MakePageLists(pageName, std::move(config));
 }
 
 void CUIDataManager::_initMultiServerInstRecord() { InstructionRecord::Instance().Load(LocalMidnight()); }

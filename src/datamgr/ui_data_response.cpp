@@ -249,11 +249,7 @@ void CUIDataManager::_dealSubResposnse(const CQueueRespData& response) {
               .fundToken = std::string_view(topic).substr(route->key.size()),
               .age = RequestLedger::Instance().NextAge(),
               .fields = {}};
-    const int32_t self = GetHandle();
-    for (const std::string_view kind : route->kinds) {
-        route->handler(*this, push, kind);
-        if (CBaseObject::Find(self) != this) return;
-    }
+    if (ReadPush(push)) route->handler(*this, push, route->kinds);
 }
 
 void CUIDataManager::ResponseNotify(CUIData* record, int handle, bool notifyOthers) {

@@ -257,8 +257,7 @@ TEST_F(AnswerRoutesTest, HolidaysAreSharedAsASet) {
 
 TEST_F(AnswerRoutesTest, ListsOfSinglePagesKeepTheirAnswers) {
     constexpr char kEnd[] = " fund_token=F1 handle=H ret_code=0 ret_message=";
-    for (const char* page : {"ETF", "AUTO_ALGORITHM", "MULTIINST_DUI"})
-        m_manager.Lists().MakePageLists(page, &m_manager);
+    for (const char* page : {"ETF", "AUTO_ALGORITHM", "MULTIINST_DUI"}) m_manager.Lists().MakePageLists(page);
     CUIData params;
     params.SetData("stock_code", "510300");
     EXPECT_EQ(Answered({.type = 1062, .kind = "etfmemberlist", .params = params}, "No;1"),

@@ -154,7 +154,7 @@ TEST_F(PushRoutesTest, WhatAPushIsMadeOf) {
 }
 
 TEST_F(PushRoutesTest, PagesListsTakePushesOfTheirAccounts) {
-    m_manager.Lists().MakePageLists("AUTO_ALGORITHM", &m_manager);
+    m_manager.Lists().MakePageLists("AUTO_ALGORITHM");
     m_manager.Answer({1240, "query_inst_autoalgo"}, "InstanceID,State;I1,0;I2,0");
     CQueueRespData push;
     push.SetData("FundToken", "F1");

@@ -59,7 +59,7 @@ class TestManager : public CUIDataManager {
   public:
     TestManager() {
         InitRunType("Test");
-        Lists().MakeCommonLists(this);
+        Lists().MakeCommonLists();
     }
     // Nobody waits for its answers any longer.
     ~TestManager() override {
