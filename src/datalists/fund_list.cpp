@@ -29,16 +29,6 @@ const MoneyColumn& CreditMoney(const CUIData& request) {
     return type == 2 ? kCreditAvailable : kFinancingQuota;
 }
 
-// The row of the currency; the first one when none is asked for, -1 when there is none.
-int FindCurrency(const CDataTable& funds, std::string_view currency) {
-    const int column = currency.empty() ? -1 : funds.FindColumn("Currency");
-    for (int row = 0; row < funds.GetRowNumber(); ++row) {
-        const TextView held = funds.GetItemText(row, column);
-        if (held.empty() || held == currency) return row;
-    }
-    return -1;
-}
-
 void CountBuyable(const CTokenTableList& list, CUIData& request, const MoneyColumn& money,
                   std::string_view currency) {
     TRADE_INFO info = ReadTradeInfo(request);
@@ -48,8 +38,8 @@ void CountBuyable(const CTokenTableList& list, CUIData& request, const MoneyColu
     for (const std::string& token : tokens) {
         CDataTable funds;
         if (!FindAccount(list, token, funds)) continue;
-        const int row = FindCurrency(funds, currency);
-        info.money = row < 0 ? Decimal() : ReadNumber(funds.GetItemText(row, money.name), money.unreadable);
+        const int row = FindFundRow(funds, currency);
+        info.money = ReadNumber(funds.GetItemText(row, money.name), money.unreadable);
         available.Add(token, CTrade::CountAmountByMoney(info));
     }
     available.Write(request);
@@ -85,6 +75,15 @@ bool TakeOver(CDataTable& held, int row, const CDataTable& push, int pushed,
 }
 
 }  // namespace
+
+int FindFundRow(const CDataTable& funds, std::string_view currency) {
+    const int column = currency.empty() ? -1 : funds.FindColumn("Currency");
+    for (int row = 0; row < funds.GetRowNumber(); ++row) {
+        const TextView held = funds.GetItemText(row, column);
+        if (held.empty() || held == currency) return row;
+    }
+    return -1;
+}
 
 CFundList::CFundList() : CTokenTableList("fund", MergesPushes()) {}
 

@@ -6,29 +6,16 @@
 
 #include "base/counters.h"
 #include "base/ui_data.h"
+#include "tests/fakes/describe.h"
 #include "tests/fakes/tables.h"
 
 namespace luadui {
 
-// Column names in the first line, then the rows, as "a,b;1,2".
-inline std::string Dump(const CDataTable& table) {
-    std::string text;
-    for (int col = 0; col < table.GetColumnNumber(); ++col)
-        text += (col ? "," : "") + std::string(table.GetColumnProperty(col, "name"));
-    for (int row = 0; row < table.GetRowNumber(); ++row) {
-        text += ";";
-        for (int col = 0; col < table.GetColumnNumber(); ++col)
-            text += (col ? "," : "") + std::string(table.GetItemText(row, col));
-    }
-    return text;
-}
-
-inline std::string TableText(const CUIData& record, std::string_view key) {
+// The table under the key, which in lists is an account's token.
+inline std::string Held(const CUIData& record, std::string_view key) {
     CDataTable table;
-    return record.GetData(key, table) ? Dump(table) : "none";
+    return record.GetData(key, table) ? Describe(table) : "none";
 }
-
-inline std::string Held(const CUIData& list, std::string_view token) { return TableText(list, token); }
 
 inline std::string Tokens(const CUIData& record, const char* key = "fund_token") {
     CDataSet set;

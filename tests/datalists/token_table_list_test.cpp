@@ -49,7 +49,7 @@ class OrderModel {
                 }
             }
         }
-        return Dump(Orders(now));
+        return Describe(Orders(now));
     }
 
     bool held = false;
@@ -80,7 +80,7 @@ void RunInterleaving(bool wholeTables, uint32_t seed) {
     std::vector<uint64_t> underWay;
     Rows lastRows;
     CDataTable published;
-    std::string publishedText = Dump(published);
+    std::string publishedText = Describe(published);
     for (int step = 0; step < 40; ++step) {
         switch (below(6)) {
             case 0:
@@ -118,10 +118,10 @@ void RunInterleaving(bool wholeTables, uint32_t seed) {
             }
         }
         ASSERT_EQ(Held(list, "a"), model.Expected(wholeTables)) << "step " << step;
-        ASSERT_EQ(Dump(published), publishedText) << "a table that was handed out changed";
-        if (below(3) == 0 && list.GetTable("a", published)) publishedText = Dump(published);
-        ASSERT_EQ(TableText(whole, "a"), wholeText) << "a list that was read changed";
-        if (below(5) == 0 && shared.GetData("entrust", whole)) wholeText = TableText(whole, "a");
+        ASSERT_EQ(Describe(published), publishedText) << "a table that was handed out changed";
+        if (below(3) == 0 && list.GetTable("a", published)) publishedText = Describe(published);
+        ASSERT_EQ(Held(whole, "a"), wholeText) << "a list that was read changed";
+        if (below(5) == 0 && shared.GetData("entrust", whole)) wholeText = Held(whole, "a");
     }
 }
 
@@ -141,11 +141,11 @@ TEST(TokenTableListTest, LateAnswerDoesNotUndoPushesThatWereForgotten) {
     EXPECT_FALSE(list.TakeAnswer("a", Orders({{"1", "open"}}), 6));
     EXPECT_FALSE(list.TakeAnswer("a", Orders({{"1", "open"}}), 0));
     EXPECT_EQ(older(), 3u);
-    EXPECT_EQ(Held(list, "a"), "OrderID,Status;1,done");
+    EXPECT_EQ(Held(list, "a"), "[OrderID,Status|1,done]");
     EXPECT_TRUE(list.TakeAnswer("a", Orders({{"1", "gone"}}), 8));
-    EXPECT_EQ(Held(list, "a"), "OrderID,Status;1,gone");
+    EXPECT_EQ(Held(list, "a"), "[OrderID,Status|1,gone]");
     EXPECT_EQ(list.TakePush("a", Orders({{"1", "old"}}), 7, false), PushResult::kOlder);
-    EXPECT_EQ(Held(list, "a"), "OrderID,Status;1,gone");
+    EXPECT_EQ(Held(list, "a"), "[OrderID,Status|1,gone]");
 }
 
 TEST(TokenTableListTest, RowPushWidensTheTableAndSkipsWhatItCannotPlace) {
@@ -155,7 +155,7 @@ TEST(TokenTableListTest, RowPushWidensTheTableAndSkipsWhatItCannotPlace) {
     const CDataTable push = MakeTable({"ExecID", "Volume", "Volume", ""},
                                       {{"e1", "100", "999", "x"}, {"", "1", "", ""}, {"e2", "200", "", ""}});
     EXPECT_EQ(list.TakePush("a", push, 2, false), PushResult::kTaken);
-    EXPECT_EQ(Held(list, "a"), "Price,ExecID,Volume;10,e1,100;11,,;12,e1,;,e2,200");
+    EXPECT_EQ(Held(list, "a"), "[Price,ExecID,Volume|10,e1,100|11,,|12,e1,|,e2,200]");
     EXPECT_EQ(keyless(), 1u);
     EXPECT_EQ(dropped(), 2u);
     EXPECT_EQ(list.TakePush("a", push, 3, false), PushResult::kUnchanged);
@@ -167,12 +167,12 @@ TEST(TokenTableListTest, RowPushWidensTheTableAndSkipsWhatItCannotPlace) {
     list.TakePush("a", MakeTable({"ExecID", "Price", "More"}, {{"e1", "77", "m"}}), 5, false);
     list.TakePush("a", MakeTable({"ExecID", "PriceM", "ore"}, {{"e1", "78", "n"}}), 5, false);
     EXPECT_EQ(Held(list, "a"),
-              "Price,ExecID,Volume,More,PriceM,ore;77,e1,100,m,78,n;11,,,,,;12,e1,,,,;,e2,200,,,");
+              "[Price,ExecID,Volume,More,PriceM,ore|77,e1,100,m,78,n|11,,,,,|12,e1,,,,|,e2,200,,,]");
 
     list.TakeAnswer("empty", CDataTable(), 6);
     EXPECT_EQ(list.TakePush("empty", Orders({{"1", "s"}}), 7, false), PushResult::kRefused);
     EXPECT_EQ(list.TakePush("empty", MakeTable({"ExecID"}, {{"e9"}}), 8, false), PushResult::kTaken);
-    EXPECT_EQ(Held(list, "empty"), "ExecID;e9");
+    EXPECT_EQ(Held(list, "empty"), "[ExecID|e9]");
 }
 
 TEST(TokenTableListTest, TokensThatAreControlEntriesAreRefused) {
@@ -204,9 +204,9 @@ TEST(TokenTableListTest, MergesAccountsInOrderOrNotAtAll) {
         const char* missing;
     };
     for (const Case& c :
-         {Case{{"a", "b", "c"}, "ExecID,Price;e1,1;e2,2", ""}, Case{{"c", "b"}, "ExecID,Price;e1,1;e2,2", ""},
-          Case{{"a"}, "", ""}, Case{{}, "", ""}, Case{{"b", "d"}, nullptr, "d"},
-          Case{{"b", "fund_token"}, nullptr, "fund_token"}}) {
+         {Case{{"a", "b", "c"}, "[ExecID,Price|e1,1|e2,2]", ""},
+          Case{{"c", "b"}, "[ExecID,Price|e1,1|e2,2]", ""}, Case{{"a"}, "[]", ""}, Case{{}, "[]", ""},
+          Case{{"b", "d"}, nullptr, "d"}, Case{{"b", "fund_token"}, nullptr, "fund_token"}}) {
         CUIData request("ask");
         request.SetData("fund_token", SetOf(c.tokens));
         std::string missing;
@@ -215,7 +215,7 @@ TEST(TokenTableListTest, MergesAccountsInOrderOrNotAtAll) {
         CDataTable merged;
         EXPECT_EQ(request.GetData("dealmulti", merged), c.merged != nullptr);
         EXPECT_EQ(request.GetType(), c.merged ? "dealmulti" : "ask");
-        EXPECT_EQ(Dump(merged), c.merged ? c.merged : "");
+        EXPECT_EQ(Describe(merged), c.merged ? c.merged : "[]");
     }
     CUIData one;
     one.SetData("fund_token", "b");

@@ -53,8 +53,8 @@ TEST(EntrustListTest, OrdersNeverGoBack) {
                   c.isTaken ? PushResult::kTaken : PushResult::kUnchanged);
         EXPECT_EQ(refused(), c.isTaken ? 0u : 1u);
         EXPECT_EQ(unreadable(), c.isVolume ? 0u : 1u);
-        EXPECT_EQ(Held(list, "a"), Dump(Order(c.isTaken ? c.status : c.heldStatus,
-                                              c.isTaken && c.isVolume ? c.volume : c.heldVolume)));
+        EXPECT_EQ(Held(list, "a"), Describe(Order(c.isTaken ? c.status : c.heldStatus,
+                                                  c.isTaken && c.isVolume ? c.volume : c.heldVolume)));
     }
 }
 
@@ -62,19 +62,19 @@ TEST(EntrustListTest, OlderColumnsMissingColumnsAndLateAnswers) {
     CEntrustListCredit older;
     older.TakeAnswer("a", Order("部分成交", "100", "TradeVolume"), 1);
     older.TakePush("a", Order("部分成交", "90", "TradeVolume"), 2, false);
-    EXPECT_EQ(Held(older, "a"), Dump(Order("部分成交", "100", "TradeVolume")));
+    EXPECT_EQ(Held(older, "a"), Describe(Order("部分成交", "100", "TradeVolume")));
 
     CEntrustListGGT list;
     list.TakePush("a", Order("全部撤单", "100"), 5, true);
     list.TakePush("a", Order("部分成交", "200"), 6, true);
     list.TakeAnswer("a", Order("未成交", "0"), 4);  // left before the order was final
     list.QueryEnded("a");
-    EXPECT_EQ(Held(list, "a"), Dump(Order("全部撤单", "100")));
+    EXPECT_EQ(Held(list, "a"), Describe(Order("全部撤单", "100")));
     const CDataTable poor = MakeTable({"OrderID", "OrderPrice"}, {{"1", "9.99"}});
     EXPECT_EQ(list.TakePush("a", poor, 7, false), PushResult::kTaken);
     CDataTable rows = MakeTable({"OrderID"}, {{"2"}, {""}, {"1"}});
     list.GetRowsOf("a", rows);
-    EXPECT_EQ(GbkToUtf8(Dump(rows)), "OrderID,OrderStatus,DealVolume,OrderPrice;1,全部撤单,100,9.99");
+    EXPECT_EQ(GbkToUtf8(Describe(rows)), "[OrderID,OrderStatus,DealVolume,OrderPrice|1,全部撤单,100,9.99]");
 }
 
 TEST(FundListTest, PushesMergeByCurrency) {
@@ -87,23 +87,23 @@ TEST(FundListTest, PushesMergeByCurrency) {
     };
     const Case cases[] = {
         {held, MakeTable({"AvailableValue", "Currency", "More"}, {{"7", "HKD", "x"}, {"8", "HKD", "y"}}),
-         "Currency,AvailableValue,TotalAssets;CNY,1,10;,2,20;HKD,8,"},
+         "[Currency,AvailableValue,TotalAssets|CNY,1,10|,2,20|HKD,8,]"},
         {held, MakeTable({"Currency", "AvailableValue"}, {{"USD", "7"}, {"", "8"}, {"EUR", "9"}}),
-         "Currency,AvailableValue,TotalAssets;CNY,1,10;,2,20;HKD,3,30", 2, 1},
+         "[Currency,AvailableValue,TotalAssets|CNY,1,10|,2,20|HKD,3,30]", 2, 1},
         {held, MakeTable({"AvailableValue"}, {{"7"}}),
-         "Currency,AvailableValue,TotalAssets;CNY,1,10;,2,20;HKD,3,30", 0, 1},
-        {held, CDataTable(), "Currency,AvailableValue,TotalAssets;CNY,1,10;,2,20;HKD,3,30"},
-        {MakeTable({"TotalAssets"}, {{"1"}}), MakeTable({"Currency"}, {{"CNY"}}), "TotalAssets;1", 1},
-        {MakeTable({"TotalAssets"}, {}), MakeTable({"Currency", "X"}, {{"", "1"}}), "Currency,X;,1"}};
+         "[Currency,AvailableValue,TotalAssets|CNY,1,10|,2,20|HKD,3,30]", 0, 1},
+        {held, CDataTable(), "[Currency,AvailableValue,TotalAssets|CNY,1,10|,2,20|HKD,3,30]"},
+        {MakeTable({"TotalAssets"}, {{"1"}}), MakeTable({"Currency"}, {{"CNY"}}), "[TotalAssets|1]", 1},
+        {MakeTable({"TotalAssets"}, {}), MakeTable({"Currency", "X"}, {{"", "1"}}), "[Currency,X|,1]"}};
     for (const Case& c : cases) {
-        SCOPED_TRACE(Dump(c.held) + " <- " + Dump(c.push));
+        SCOPED_TRACE(Describe(c.held) + " <- " + Describe(c.push));
         CFundList list;
         list.TakeAnswer("a", c.held, 1);
         list.TakeAnswer("b", c.held, 1);
         const Counted isNew("fund_row_of_new_currency"), without("fund_row_without_currency");
         list.UpdateFundTable("a", c.push);
         EXPECT_EQ(Held(list, "a"), c.expected);
-        EXPECT_EQ(Held(list, "b"), Dump(c.held));
+        EXPECT_EQ(Held(list, "b"), Describe(c.held));
         EXPECT_EQ(isNew(), c.newCurrencies);
         EXPECT_EQ(without(), c.withoutCurrency);
         EXPECT_EQ(list.GetDataString("update_user"), "a");
@@ -117,10 +117,10 @@ TEST(FundListTest, PushesWaitForTheAnswerInOrder) {
     EXPECT_EQ(list.TakePush("a", fund("2"), 3, true), PushResult::kKept);
     EXPECT_EQ(list.TakePush("a", fund("3"), 4, true), PushResult::kKept);
     list.TakeAnswer("a", MakeTable({"Currency", "Money"}, {{"HKD", "5"}, {"CNY", "6"}}), 1);
-    EXPECT_EQ(Held(list, "a"), "Currency,Money;HKD,5;CNY,3");
+    EXPECT_EQ(Held(list, "a"), "[Currency,Money|HKD,5|CNY,3]");
     list.TakePush("a", fund("4"), 6, true);
     list.TakeAnswer("a", MakeTable({"Currency", "Money"}, {{"CNY", "7"}}), 5);
-    EXPECT_EQ(Held(list, "a"), "Currency,Money;CNY,4");
+    EXPECT_EQ(Held(list, "a"), "[Currency,Money|CNY,4]");
 }
 
 // A data manager with the list of funds.
@@ -182,8 +182,8 @@ TEST_F(PositionListTest, WeightsAreExact) {
         const Counted values("position_market_value_unreadable"), assets("fund_total_assets_unreadable");
         list->SetPositionTable("a", Position(c.marketValue), false);
         EXPECT_EQ(Held(*list, "a"),
-                  "SecurityID,Market,MarketValue,MarketValueRate,SecurityMarket;600000,17," + c.marketValue +
-                      "," + c.rate + ",600000:17");
+                  "[SecurityID,Market,MarketValue,MarketValueRate,SecurityMarket|600000,17," + c.marketValue +
+                      "," + c.rate + ",600000:17]");
         EXPECT_EQ(values() + assets(), c.unreadable);
     }
 }
@@ -194,7 +194,7 @@ TEST_F(PositionListTest, FundsRepublishTheirAccountOnly) {
     EXPECT_EQ(Held(*list, "a"), "none");
     list->SetPositionTable("a", Position("5"), false);  // without funds nothing can be computed
     list->SetPositionTable("b", Position("5"), false);
-    EXPECT_EQ(Held(*list, "a"), Dump(Position("5")));
+    EXPECT_EQ(Held(*list, "a"), Describe(Position("5")));
     SetFund("20");
     for (const auto& [user, source, kind] : {std::tuple{"", "", "fund"},
                                              {"b", "", "fund"},
@@ -210,13 +210,13 @@ TEST_F(PositionListTest, FundsRepublishTheirAccountOnly) {
     const CUIData& news = owner.published[0];
     EXPECT_EQ(news.GetType() + news.GetDataString("fund_token") + news.GetDataString("update_type"),
               "positionafund");
-    EXPECT_EQ(TableText(news, "position"),
-              "SecurityID,Market,MarketValue,MarketValueRate,SecurityMarket;600000,17,5,25.000,600000:17");
-    EXPECT_EQ(Held(*list, "a"), TableText(news, "position"));
-    EXPECT_EQ(Held(*list, "b"), Dump(Position("5")));
+    EXPECT_EQ(Held(news, "position"),
+              "[SecurityID,Market,MarketValue,MarketValueRate,SecurityMarket|600000,17,5,25.000,600000:17]");
+    EXPECT_EQ(Held(*list, "a"), Held(news, "position"));
+    EXPECT_EQ(Held(*list, "b"), Describe(Position("5")));
 
     list->SetPositionTable("a", Position("6"), true);  // a push is stored as it is
-    EXPECT_EQ(Held(*list, "a"), Dump(Position("6")));
+    EXPECT_EQ(Held(*list, "a"), Describe(Position("6")));
     owner.onPublish = [this] { list.reset(); };
     Notify("a");
     EXPECT_FALSE(list);
@@ -225,10 +225,10 @@ TEST_F(PositionListTest, FundsRepublishTheirAccountOnly) {
 TEST_F(PositionListTest, AnyColumnMayBeMissing) {
     SetFund("20");
     list->SetPositionTable("a", MakeTable({"X"}, {{"1"}}), false);
-    EXPECT_EQ(Held(*list, "a"), "X,MarketValueRate,SecurityMarket;1,0.000,:");
+    EXPECT_EQ(Held(*list, "a"), "[X,MarketValueRate,SecurityMarket|1,0.000,:]");
     CPositionListCredit alone(nullptr);
     alone.SetPositionTable("a", Position("5"), false);
-    EXPECT_EQ(Held(alone, "a"), Dump(Position("5")));
+    EXPECT_EQ(Held(alone, "a"), Describe(Position("5")));
 }
 
 TEST(PositionListGGTTest, AnAnswerWithoutTableStillRegisters) {
@@ -247,7 +247,7 @@ TEST(PositionListGGTTest, AnAnswerWithoutTableStillRegisters) {
     list.SetGGTPositionResponse(response);
     response.SetData("fund_token", SetOf({"a", tricky}));
     EXPECT_TRUE(list.MergeMultiAccount(response));
-    EXPECT_EQ(TableText(response, "position_ggt_multi"), "X;1;2");
+    EXPECT_EQ(Held(response, "position_ggt_multi"), "[X|1|2]");
 }
 
 struct AvailableCase {
