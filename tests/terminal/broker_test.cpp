@@ -9,6 +9,7 @@
 #include "base/json_object.h"
 #include "base/text.h"
 #include "broker/account_tables.h"
+#include "broker/books.h"
 #include "messaging/queue_data.h"
 #include "page/text_table.h"
 
@@ -100,7 +101,10 @@ TEST_F(BrokerTest, AnswersEachKindUnderItsDataType) {
         {1202, "880003", 2003, 0, "SecurityID"},
         {1203, "880001", 2004, 0, "ExecID"},
         {1204, "880001", 2005, 0, "OrderID"},
+        {1228, "", 2001, 0, ""},
         {1250, "880001", 2001, 0, "Balance"},
+        {131078, "", 2001, 2, "Currency"},
+        {131087, "", 2001, 11, "GGT_JCZ"},
     };
     for (const Case& test : kCases) {
         const CUIData answer = Ask(Query(test.type, test.fundToken));
@@ -110,33 +114,78 @@ TEST_F(BrokerTest, AnswersEachKindUnderItsDataType) {
         EXPECT_EQ(answer.GetData("Table", table), test.rows >= 0) << test.type;
         if (test.rows < 0) continue;
         EXPECT_EQ(table.GetRowNumber(), test.rows) << test.type;
-        EXPECT_GE(table.FindColumn(test.column), 0) << test.type;
+        EXPECT_TRUE(!*test.column || table.FindColumn(test.column) >= 0) << test.type;
     }
 }
 
+// An order, its deals and its end, as the client hears of them: topic, then status, dealt volume or "".
 TEST_F(BrokerTest, PushesWhatAnOrderChanged) {
     CQueueReqItem order = Query(1101, "880002");
     CUIData params;
-    for (const auto& [key, value] :
-         {std::pair{"stock_code", "601398"}, {"entrust_amount", "500"}, {"entrust_type", "sell"}})
+    for (const auto& [key, value] : {std::pair{"stock_code", "601398"},
+                                     {"entrust_amount", "6000"},
+                                     {"entrust_type", "sell"},
+                                     {"InstanceID", "B1"},
+                                     {"TaskID", "T1"}})
         params.SetData(key, value);
     order.SetData("Params", params);
     CJsonObject created;
     ASSERT_TRUE(Ask(order).GetData("JsonData", created));
     EXPECT_EQ(created.GetText("OrderID"), "W1");
-    for (const char* topic : {"Entrust|880002", "Trade|880002", "Fund|880002", "Position|880002"}) {
-        const CUIData push = Next().value_or(CUIData());
+    const std::vector<std::string> expected = {"Entrust|880002 未成交 0",
+                                               "entrustret 未成交 0",
+                                               "Position|880002",
+                                               "Fund|880002",
+                                               "Entrust|880002 部分成交 5000",
+                                               "entrustret 部分成交 5000",
+                                               "Trade|880002 5000",
+                                               "traderet 5000",
+                                               "Position|880002",
+                                               "Fund|880002",
+                                               "Entrust|880002 全部成交 6000",
+                                               "entrustret 全部成交 6000",
+                                               "Trade|880002 1000",
+                                               "traderet 1000",
+                                               "Position|880002",
+                                               "Fund|880002"};
+    const auto heard = [](const CUIData& push) {
         CDataTable table;
-        EXPECT_EQ(push.GetDataText("Topic"), topic);
+        push.GetData("Table", table);
+        std::string text = push.GetDataString("Topic");
+        for (const char* column : {"OrderStatus", "DealVolume", "TradeVolume"})
+            if (table.FindColumn(column) >= 0) text.append(" ").append(table.GetItemText(0, column));
+        return luadui::GbkToUtf8(text);
+    };
+    for (const std::string& text : expected) {
+        const CUIData push = Next().value_or(CUIData());
         EXPECT_EQ(push.GetDataText("To"), "CLIENT_CACHE");
-        ASSERT_TRUE(push.GetData("Table", table)) << topic;
-        if (table.FindColumn("OrderID") >= 0) {
-            EXPECT_EQ(table.GetItemText(0, "OrderID"), "W1") << topic;
-        }
+        EXPECT_EQ(heard(push), text);
+        CJsonObject fields;
+        if (!text.starts_with("entrustret")) continue;
+        ASSERT_TRUE(fields.Parse(push.GetDataText("RawData")));
+        EXPECT_EQ(fields.GetText("from"), "topic.oms.order");
+        EXPECT_EQ(fields.GetText("LocalID"), "L1");
+        EXPECT_EQ(fields.GetText("InstanceID"), "B1");
     }
-    params.SetData("entrust_amount", "9000");
-    order.SetData("Params", params);
-    EXPECT_EQ(ErrorCode(Ask(order)), -110);
+    EXPECT_EQ(m_broker.Replay(), 10);
+    EXPECT_EQ(heard(Next().value_or(CUIData())), expected[0]);
+    for (int push = 1; push < 10; ++push) EXPECT_TRUE(Next());
+
+    CQueueReqItem detail = Query(1228, "");
+    detail.SetData("Params", params);
+    const CUIData answer = Ask(detail);
+    CDataTable orders;
+    CJsonObject arrays;
+    ASSERT_TRUE(answer.GetData("Table", orders) && arrays.Parse(answer.GetDataText("RawData")));
+    EXPECT_EQ(orders.GetRowNumber(), 1);
+    EXPECT_EQ(arrays.GetArray("DealOrderArray").Size(), 2U);
+    EXPECT_EQ(arrays.GetArray("PendingOrderArray").Size(), 1U);
+
+    for (const auto& [key, value] : {std::pair{"entrust_amount", "9000"}, {"entrust_price", "1e3"}}) {
+        params.SetData(key, value);
+        order.SetData("Params", params);
+        EXPECT_EQ(ErrorCode(Ask(order)), -110) << key;
+    }
     EXPECT_FALSE(Next(milliseconds(50)));
 }
 
@@ -149,6 +198,7 @@ TEST_F(BrokerTest, RefusesWhatItCannotAnswer) {
     for (const Case& test : {Case{1201, "none", -101},
                              {1202, "", -101},
                              {1101, "880001", -110},
+                             {1151, "880001", -110},
                              {9999, "880001", -102},
                              {0, "", -102}})
         EXPECT_EQ(ErrorCode(Ask(Query(test.type, test.fundToken))), test.code) << test.type;
@@ -165,11 +215,11 @@ TEST_F(BrokerTest, TellsSubscribersUntilTheyLeave) {
     EXPECT_EQ(notice.GetDataLong("REQTYPE"), 1202);
     EXPECT_EQ(notice.GetDataText("To"), "77");
     EXPECT_EQ(notice.GetDataType("Request"), luadui::kDataAbsent);
-    for (int push = 0; push < 4; ++push)
+    for (int push = 0; push < 6; ++push)
         EXPECT_EQ(Next().value_or(CUIData()).GetDataText("To"), "CLIENT_CACHE");
     m_broker.Submit(Query(1202, "880001", "unsub"));
     ASSERT_TRUE(m_broker.Trade("880001", "600000", 100, error)) << error;
-    for (int push = 0; push < 4; ++push)
+    for (int push = 0; push < 6; ++push)
         EXPECT_FALSE(Next().value_or(CUIData()).GetDataText("Topic").empty());
     EXPECT_FALSE(Next(milliseconds(50)));
 }
@@ -202,7 +252,7 @@ TEST_F(BrokerTest, StopsWithWorkWaiting) {
     EXPECT_TRUE(m_broker.Accounts().empty());
 }
 
-TEST(AccountBook, TradesOnlyWhatIsThere) {
+TEST(Exchange, TradesOnlyWhatIsThere) {
     struct Case {
         const char* fundToken;
         const char* code;
@@ -215,18 +265,125 @@ TEST(AccountBook, TradesOnlyWhatIsThere) {
         {"880002", "000001", 0, false},         {"880002", "600519", 100, false},
         {"none", "601398", 100, false},         {"880002", "000001", 100'000, false},
         {"880002", "000001", 1LL << 60, false}, {"880002", "000001", -(1LL << 60), false},
-        {"880002", "000001", -2600, true},
+        {"880002", "000001", -2600, true},      {"880002", "none", 100, false},
     };
-    AccountBook book;
+    Exchange exchange;
     std::string error;
     for (const Case& test : cases)
-        EXPECT_EQ(book.Trade(test.fundToken, test.code, test.volume, error), test.done)
+        EXPECT_EQ(exchange.Trade(test.fundToken, test.code, test.volume, error), test.done)
             << test.code << test.volume;
-    const Account& account = *book.Find("880002");
+    const Account& account = *exchange.Book().Find("880002");
     ASSERT_EQ(account.positions.size(), 1U);
     EXPECT_EQ(account.positions[0].volume, 100);
     EXPECT_EQ(account.funds[0].available, 5'240'033 - 68'700 + 5'496'000 + 3'000'400);
     EXPECT_EQ(FundTable(account).GetItemText(0, "TotalAssets"), "137364.33");
+    // 8,000 and 2,600 shares fell from 6.90 and 11.62 to 6.87 and 11.54; those bought today did not move.
+    EXPECT_EQ(FundTable(account).GetItemText(0, "DayProfit"), "-448.00");
+}
+
+struct Sent {
+    const char* account;
+    const char* code;
+    Shares volume;  // below 0: sale
+    const char* price;
+    const char* error;     // of the order; then the rest does not matter
+    const char* statuses;  // after one, two and three steps, and cancelled after that
+};
+
+// All orders of a row of scenarios are there before the first step.
+TEST(Exchange, MatchesByPriceAndTime) {
+    const std::vector<std::vector<Sent>> scenarios = {
+        // The market takes 5,000 a step.
+        {{"880001", "600000", -12'000, "10.300", "",
+          "部分成交 5000;部分成交 10000;全部成交 12000;全部成交 12000"}},
+        // Too far from the market, then cancelled.
+        {{"880003", "600000", 1'000, "9.500", "", "未成交 0;未成交 0;未成交 0;全部撤单 0"}},
+        {{"880003", "600000", 1'000, "9.278", "", "废单 0;废单 0;废单 0;废单 0"}},  // 10 % of 10.31 is 1.031
+        {{"880001", "688981", -200, "110.160", "", "未成交 0;未成交 0;未成交 0;全部撤单 0"}},
+        // The better price first: the market's, then the second order's, then the first one's.
+        {{"880001", "600000", -300, "10.500", "", "全部成交 300;全部成交 300;全部成交 300;全部成交 300"},
+         {"880001", "600000", -300, "10.450", "", "全部成交 300;全部成交 300;全部成交 300;全部成交 300"},
+         {"880003", "600000", 20'000, "10.500", "",
+          "部分成交 5600;部分成交 10600;部分成交 15600;部分撤单 15600"}},
+        // At equal prices the earlier one, and accounts before the market.
+        {{"880001", "600000", -300, "10.480", "", "全部成交 300;全部成交 300;全部成交 300;全部成交 300"},
+         {"880001", "600000", -300, "10.480", "", "部分成交 100;部分成交 100;部分成交 100;部分撤单 100"},
+         {"880003", "600000", 5'400, "10.480", "",
+          "全部成交 5400;全部成交 5400;全部成交 5400;全部成交 5400"}},
+        // Nobody trades with himself.
+        {{"880001", "600000", -300, "10.400", "", "未成交 0;未成交 0;未成交 0;全部撤单 0"},
+         {"880001", "600000", 300, "10.340", "", "未成交 0;未成交 0;未成交 0;全部撤单 0"}},
+        {{"880002", "600519", 100, "", "not enough money", ""},
+         {"880002", "601398", -8'100, "", "not enough shares", ""},
+         {"880002", "601398", -150, "", "the volume is not a multiple of the lot", ""},
+         {"880002", "000002", 100, "", "no such security", ""},
+         {"880002", "900905", 100, "", "not enough money", ""},  // no dollars
+         {"880002", "601398", 100, "0", "the price is out of range", ""}}};
+    for (const auto& scenario : scenarios) {
+        Exchange exchange;
+        std::string error;
+        for (const Sent& sent : scenario) {
+            error.clear();
+            exchange.Accept(sent.account,
+                            {.code = sent.code,
+                             .volume = std::abs(sent.volume),
+                             .isSale = sent.volume < 0,
+                             .price = ParsePrice(sent.price)},
+                            error);
+            EXPECT_EQ(error, sent.error) << sent.code << sent.volume;
+        }
+        std::map<std::string, std::string> seen;
+        for (int step = 0; step < 4; ++step) {
+            if (step < 3) exchange.Step();
+            for (const Account& account : exchange.Book().Accounts()) {
+                for (const Order& order : account.orders) {
+                    if (step == 3) exchange.Cancel(account.fundToken, order.id, error);
+                    seen[order.id].append(step > 0 ? ";" : "").append(luadui::GbkToUtf8(StatusOf(order)));
+                    seen[order.id].append(" ").append(std::to_string(order.dealt));
+                }
+            }
+        }
+        size_t number = 0;
+        for (const Sent& sent : scenario) {
+            if (*sent.error) continue;
+            EXPECT_EQ(seen["W" + std::to_string(++number)], sent.statuses) << sent.code << sent.volume;
+        }
+        // Nothing is held for orders that ended, and no cent got lost.
+        for (const Account& account : exchange.Book().Accounts()) {
+            const Account& before = *AccountBook().Find(account.fundToken);
+            Cents money = before.funds[0].available;
+            for (const Deal& deal : account.deals) money += deal.isSale ? deal.Amount() : -deal.Amount();
+            EXPECT_EQ(account.funds[0].available, money) << account.id;
+            EXPECT_EQ(account.funds[0].frozen, before.funds[0].frozen) << account.id;
+        }
+    }
+}
+
+TEST(Exchange, HoldsMoneyWhileAnOrderIsOpen) {
+    Exchange exchange;
+    std::string error;
+    ASSERT_TRUE(exchange.Accept("880003", {.code = "600000", .volume = 6'000, .price = 10'400}, error));
+    const Fund& fund = exchange.Book().Find("880003")->funds[0];
+    EXPECT_EQ(fund.frozen, 6'240'000);
+    exchange.Step();  // 5,000 at 10.36
+    EXPECT_EQ(fund.frozen, 1'040'000);
+    EXPECT_EQ(fund.available, 100'000'000 - 5'180'000 - 1'040'000);
+    exchange.TakeChanges();
+    ASSERT_TRUE(exchange.SetPrice("600000", 10'500));
+    EXPECT_EQ(exchange.TakeChanges().size(), 2U);  // who holds it
+    const CUIData totals = TotalsOf(*exchange.Book().Find("880003"));
+    EXPECT_EQ(totals.GetDataLong("CNY_assets"), 100'000'000 + 5'000 * 14);
+    EXPECT_EQ(totals.GetDataLong("CNY_day_profit"), 5'000 * 14);
+    EXPECT_EQ(totals.GetDataLong("open_orders"), 1);
+    EXPECT_EQ(totals.GetDataLong("turnover"), 5'180'000);
+}
+
+TEST(Money, ReadsPrices) {
+    for (const char* text :
+         {"", ".", "1.", ".5", "-1", "1e3", "1.2345", "1,000", "100000.001", "99999999999999999999"})
+        EXPECT_FALSE(ParsePrice(text)) << text;
+    EXPECT_EQ(ParsePrice("10.36"), 10'360);
+    EXPECT_EQ(ParsePrice("7"), 7'000);
 }
 
 TEST(TextTable, AlignsAndSurvivesBrokenText) {

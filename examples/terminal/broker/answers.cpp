@@ -10,7 +10,8 @@ using luadui::CDataTable;
 using luadui::CJsonObject;
 using luadui::CUIData;
 
-constexpr char kClient[] = "CLIENT_CACHE";  // what the client keeps, as a receiver
+constexpr char kOrderService[] = "topic.oms.order";  // where orders of a single account come from
+constexpr char kClient[] = "CLIENT_CACHE";           // what the client keeps, as a receiver
 
 CDataTable BrokenTable() {
     CDataTable table;
@@ -71,6 +72,28 @@ CUIData MakeChangeNotice(int type, const std::string& fundToken, const std::stri
 
 CUIData MakePush(std::string_view topic, const std::string& fundToken, const CDataTable& rows) {
     return MakeNews(kDataPush, std::string(topic) + fundToken, fundToken, rows);
+}
+
+CUIData MakeReport(const Report& report, const CDataTable& row) {
+    CJsonObject order;
+    order.Set("LocalID", report.localId);
+    CJsonObject fields;
+    fields.Set("from", kOrderService);
+    fields.Set("action", "order_report");
+    fields.Set("fund_token", report.fundToken);
+    fields.Set("account", report.account);
+    fields.Set("LocalID", report.localId);
+    fields.Set("InstanceID", report.instance);
+    fields.Set("TaskID", report.task);
+    fields.Set("msg", report.message);
+    fields.Set("data", order);
+    CUIData push = MakeNews(kDataPush, report.topic, report.fundToken, row);
+    push.SetData("RawData", fields.ToText());
+    return push;
+}
+
+CUIData MakeRiskPush(const std::string& fundToken, const CDataTable& row) {
+    return MakeNews(kDataPush, "risk_push", fundToken, row);
 }
 
 CUIData MakeOnlineNotice(const std::string& fundToken, const CDataTable& account) {

@@ -27,6 +27,19 @@ luadui::CUIData MakeChangeNotice(int type, const std::string& fundToken, const s
 // Rows that are new or changed, to whatever the client keeps: nobody asked for them.
 luadui::CUIData MakePush(std::string_view topic, const std::string& fundToken,
                          const luadui::CDataTable& rows);
+// One order or deal, as the counter reports it: its row, and who it belongs to as JSON in "RawData".
+struct Report {
+    std::string topic;
+    std::string fundToken;
+    std::string account;   // its number
+    std::string localId;   // of the order
+    std::string instance;  // of the basket; empty for others
+    std::string task;
+    std::string message;  // code page 936
+};
+luadui::CUIData MakeReport(const Report& report, const luadui::CDataTable& row);
+// Risk control objects to an order of this account.
+luadui::CUIData MakeRiskPush(const std::string& fundToken, const luadui::CDataTable& row);
 // "This account logged in", with its row of the list of accounts.
 luadui::CUIData MakeOnlineNotice(const std::string& fundToken, const luadui::CDataTable& account);
 // An answer that arrives but is not what was agreed: known keys with wrong kinds, broken text, rows without columns.

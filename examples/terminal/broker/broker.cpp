@@ -1,10 +1,12 @@
 #include "broker/broker.h"
 
+#include <algorithm>
 #include <future>
 #include <memory>
 
 #include "base/counters.h"
 #include "base/guard.h"
+#include "base/text.h"
 #include "broker/account_tables.h"
 #include "broker/answers.h"
 #include "broker/services.h"
@@ -13,6 +15,7 @@ namespace terminal {
 namespace {
 
 using luadui::CUIData;
+using luadui::Gbk;
 
 constexpr size_t kMaxWaiting = 100'000;
 constexpr size_t kMaxSubscriptions = 10'000;
@@ -102,17 +105,47 @@ bool Broker::Submit(const CUIData& request) {
 bool Broker::Trade(const std::string& fundToken, const std::string& code, Shares volume, std::string& error) {
     bool done = false;
     const bool ran = _call([&] {
-        done = m_book.Trade(fundToken, code, volume, error);
-        if (done) _tellTraded(*m_book.Find(fundToken));
+        done = m_exchange.Trade(fundToken, code, volume, error);
+        _tellChanges();
     });
     if (!ran) error = "the broker does not run";
     return ran && done;
 }
 
+bool Broker::SetPrice(const std::string& code, Mills price) {
+    bool done = false;
+    _call([&] {
+        done = m_exchange.SetPrice(code, price);
+        _tellChanges();
+        _planStep();
+    });
+    return done;
+}
+
+bool Broker::WarnOfRisk(const std::string& fundToken, const std::string& code, Shares volume) {
+    bool done = false;
+    _call([&] {
+        const Account* const account = m_exchange.Book().Find(fundToken);
+        const Security* const security = m_exchange.Book().FindSecurity(code);
+        done = account && security;
+        if (done) _push(MakeRiskPush(fundToken, RiskTable(*account, *security, volume)), false);
+    });
+    return done;
+}
+
+int Broker::Replay() {
+    int count = 0;
+    _call([&] {
+        for (const CUIData& push : m_journal) _deliver(push, &Stats::pushes);
+        count = static_cast<int>(m_journal.size());
+    });
+    return count;
+}
+
 bool Broker::ComeOnline(const std::string& fundToken) {
     bool done = false;
     _call([&] {
-        const Account* const account = m_book.Find(fundToken);
+        const Account* const account = m_exchange.Book().Find(fundToken);
         done = account != nullptr;
         if (done) _deliver(MakeOnlineNotice(fundToken, AccountTable(*account)), &Stats::pushes);
     });
@@ -125,7 +158,7 @@ void Broker::PlanFault(Fault fault, int count, std::chrono::milliseconds delay) 
 
 std::vector<Account> Broker::Accounts() {
     std::vector<Account> accounts;
-    _call([&] { accounts = m_book.Accounts(); });
+    _call([&] { accounts = m_exchange.Book().Accounts(); });
     return accounts;
 }
 
@@ -148,8 +181,7 @@ void Broker::_handle(const CUIData& request) {
     if (service && !service->serve) return;
     const FaultPlan::Step step = m_faults.Take();
     if (step.fault == Fault::kSilence) return;
-    const Account* const account = m_book.Find(request.GetDataText("FundToken"));
-    const size_t orders = account ? account->orders.size() : 0;
+    const Account* const account = m_exchange.Book().Find(request.GetDataText("FundToken"));
     const bool isServed = step.fault == Fault::kNone || step.fault == Fault::kDelay;
     const CUIData answer = isServed ? _answer(request, account) : _fault(request, step.fault);
     if (step.fault == Fault::kDelay) {
@@ -157,7 +189,7 @@ void Broker::_handle(const CUIData& request) {
     } else {
         _deliver(answer, &Stats::answers);
     }
-    if (account && account->orders.size() != orders) _tellTraded(*account);
+    _tellChanges();
 }
 
 CUIData Broker::_answer(const CUIData& request, const Account* account) {
@@ -166,7 +198,7 @@ CUIData Broker::_answer(const CUIData& request, const Account* account) {
     if (service->ofAccount && !account) return MakeError(request, service->dataType, -101, "资金账号不存在");
     CUIData answer = MakeAnswer(request, service->dataType);
     std::string error;
-    if (!service->serve(request, m_book, account, answer, error))
+    if (!service->serve(request, m_exchange, account, answer, error))
         return MakeError(request, service->dataType, -110, error);
     return answer;
 }
@@ -183,7 +215,7 @@ void Broker::_subscribe(const CUIData& request) {
     const int type = TypeOf(request);
     const std::string fundToken = request.GetDataString("FundToken");
     const Service* const service = FindService(type);
-    if (!m_book.Find(fundToken) || !service || !service->isTradedWith) return;
+    if (!m_exchange.Book().Find(fundToken) || !service || !service->isTradedWith) return;
     std::set<std::string>& senders = m_subscribers[{type, fundToken}];
     if (senders.size() >= kMaxSubscriptions) return luadui::CCounters::Add("broker_subscription_refused");
     senders.insert(request.GetDataString("From"));
@@ -194,11 +226,63 @@ void Broker::_unsubscribe(const CUIData& request) {
     if (found != m_subscribers.end()) found->second.erase(request.GetDataString("From"));
 }
 
-void Broker::_tellTraded(const Account& account) {
+void Broker::_tellChanges() {
+    const auto changes = m_exchange.TakeChanges();
+    for (const AccountChange& change : changes) _tell(change);
+    if (!changes.empty()) _planStep();
+}
+
+// The funds come last: shares of the total assets are made of them and of the positions.
+void Broker::_tell(const AccountChange& change) {
+    const std::string& token = change.account->fundToken;
     for (const Service& service : Services())
-        if (service.isTradedWith) _notify(service.type, account.fundToken);
-    for (const News& news : TradeNews())
-        _deliver(MakePush(news.topic, account.fundToken, news.table(account)), &Stats::pushes);
+        if (service.isTradedWith) _notify(service.type, token);
+    if (!change.orders.empty()) _tellOrders(change);
+    if (!change.deals.empty()) _tellDeals(change);
+    if (change.positions) _push(MakePush("Position|", token, PositionTable(*change.account)), false);
+    _push(MakePush("Fund|", token, FundTable(*change.account)), false);
+}
+
+void Broker::_tellOrders(const AccountChange& change) {
+    const Account& account = *change.account;
+    _push(MakePush("Entrust|", account.fundToken, OrderTable(account, change.orders)), true);
+    for (const size_t row : change.orders) {
+        const Order& order = account.orders[row];
+        _push(MakeReport({"entrustret", account.fundToken, account.id, order.localId, order.instance,
+                          order.task, StatusTextOf(order)},
+                         OrderTable(account, {&row, 1})),
+              true);
+    }
+}
+
+void Broker::_tellDeals(const AccountChange& change) {
+    const Account& account = *change.account;
+    _push(MakePush("Trade|", account.fundToken, DealTable(account, change.deals)), true);
+    for (const size_t row : change.deals) {
+        const Deal& deal = account.deals[row];
+        const auto order = std::ranges::find(account.orders, deal.orderId, &Order::id);
+        _push(MakeReport({"traderet", account.fundToken, account.id, order->localId, deal.instance, deal.task,
+                          Gbk("成交")},
+                         DealTable(account, {&row, 1})),
+              true);
+    }
+}
+
+void Broker::_push(const CUIData& push, bool isKept) {
+    _deliver(push, &Stats::pushes);
+    if (!isKept) return;
+    m_journal.push_back(push);
+    if (m_journal.size() > kMaxJournal) m_journal.pop_front();
+}
+
+void Broker::_planStep() {
+    if (!m_isStepPlanned) m_isStepPlanned = _post([this] { _step(); }, kStep);
+}
+
+void Broker::_step() {
+    m_isStepPlanned = false;
+    m_exchange.Step();
+    _tellChanges();
 }
 
 void Broker::_notify(int type, const std::string& fundToken) {

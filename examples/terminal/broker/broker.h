@@ -1,9 +1,10 @@
-// The simulated broker: takes requests, answers them from its account book and tells when data changed, all on a
-// thread of its own, as a connection to real servers would.
+// The simulated broker: takes requests, has orders matched, answers from its books and tells when data changed, all on
+// a thread of its own, as a connection to real servers would.
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -14,7 +15,7 @@
 #include <vector>
 
 #include "base/ui_data.h"
-#include "broker/account_book.h"
+#include "broker/exchange.h"
 #include "broker/fault_plan.h"
 
 namespace terminal {
@@ -24,10 +25,13 @@ namespace terminal {
 // Ownership: requests are copied; a record that was delivered is not touched again.
 //
 // A query whose "Params" "isSub" is "true" also subscribes its sender to change notices of that request type and
-// account; "unsub" = "true" ends that and is not answered. Whoever trades, what changed is pushed to the client as well.
+// account; "unsub" = "true" ends that and is not answered. Whatever changes an account is pushed to the client as well:
+// the rows of its orders and deals ("Entrust|", "Trade|"), each of them as a report ("entrustret", "traderet"), its
+// positions and its funds. Orders are matched in steps of kStep, as long as deals are made (see Exchange).
 class Broker {
   public:
     using Deliver = std::function<void(luadui::CUIData& record)>;
+    static constexpr std::chrono::milliseconds kStep{20};
 
     explicit Broker(Deliver deliver);
     ~Broker();
@@ -37,14 +41,23 @@ class Broker {
 
     // Takes a request. False, counted as "broker_inbox_full", when too many wait.
     bool Submit(const luadui::CUIData& request);
-    // AccountBook::Trade, followed by notices to the subscribers and pushes. Waits for the broker's thread.
+    // The following wait for the broker's thread and are followed by notices to the subscribers and pushes.
+    // See Exchange::Trade.
     bool Trade(const std::string& fundToken, const std::string& code, Shares volume, std::string& error);
+    // The market moves. False when there is no such security.
+    bool SetPrice(const std::string& code, Mills price);
+    // Risk control objects to an order for this account: pushed to the client. False when there is no such account or
+    // security.
+    bool WarnOfRisk(const std::string& fundToken, const std::string& code, Shares volume);
+    // What a server does that comes back: pushes all orders and deals of the day again, from the first to the last state
+    // of each (the last kMaxJournal pushes). Returns how many pushes that were.
+    int Replay();
     // Tells the client that this account logged in. False when there is none. Waits for the broker's thread.
     bool ComeOnline(const std::string& fundToken);
     // See FaultPlan::Add.
     void PlanFault(Fault fault, int count, std::chrono::milliseconds delay);
 
-    // Waits for the broker's thread; empty when it does not run.
+    // The books as they are; empty when the broker does not run.
     std::vector<Account> Accounts();
     struct Stats {
         uint64_t requests = 0;
@@ -56,6 +69,7 @@ class Broker {
     Stats GetStats() const;
 
   private:
+    static constexpr size_t kMaxJournal = 10'000;
     using Clock = std::chrono::steady_clock;
     using Task = std::function<void()>;
     using Subscription = std::pair<int, std::string>;  // request type, fund token
@@ -69,13 +83,21 @@ class Broker {
     luadui::CUIData _fault(const luadui::CUIData& request, Fault fault);
     void _subscribe(const luadui::CUIData& request);
     void _unsubscribe(const luadui::CUIData& request);
-    void _tellTraded(const Account& account);
+    void _tellChanges();  // and goes on matching
+    void _tell(const AccountChange& change);
+    void _tellOrders(const AccountChange& change);
+    void _tellDeals(const AccountChange& change);
+    void _push(const luadui::CUIData& push, bool isKept);
+    void _step();
+    void _planStep();
     void _notify(int type, const std::string& fundToken);
     void _deliver(luadui::CUIData record, uint64_t Stats::*counter);
 
     const Deliver m_deliver;
-    AccountBook m_book;
+    Exchange m_exchange;
+    bool m_isStepPlanned = false;
     FaultPlan m_faults;
+    std::deque<luadui::CUIData> m_journal;                        // pushes about orders and deals, for Replay
     std::map<Subscription, std::set<std::string>> m_subscribers;  // -> senders ("From")
     unsigned m_garbage = 0;
 

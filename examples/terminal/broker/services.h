@@ -1,19 +1,17 @@
-// What the broker answers: one row per request type, and one per topic of what it pushes.
+// What the broker answers: one row per request type.
 #pragma once
 
 #include <span>
 #include <string>
-#include <string_view>
 
-#include "base/data_table.h"
 #include "base/ui_data.h"
-#include "broker/account_book.h"
+#include "broker/exchange.h"
 
 namespace terminal {
 
 // Fills the answer to `request`. False when that is refused; `error` (UTF-8) then says why. `account` is null where
 // the service needs none.
-using Serve = bool (*)(const luadui::CUIData& request, AccountBook& book, const Account* account,
+using Serve = bool (*)(const luadui::CUIData& request, Exchange& exchange, const Account* account,
                        luadui::CUIData& answer, std::string& error);
 
 struct Service {
@@ -27,12 +25,5 @@ struct Service {
 // Null for a type that the broker does not know.
 const Service* FindService(int type);
 std::span<const Service> Services();
-
-// What is pushed after a trade: topic (the account's token follows) and table.
-struct News {
-    std::string_view topic;
-    luadui::CDataTable (*table)(const Account& account);
-};
-std::span<const News> TradeNews();
 
 }  // namespace terminal

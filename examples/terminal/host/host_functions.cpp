@@ -1,7 +1,9 @@
 #include "host/host_functions.h"
 
 #include "base/counters.h"
+#include "base/data_table.h"
 #include "base/text.h"
+#include "host/function_steps.h"
 #include "host/terminal.h"
 #include "page/page_view.h"
 #include "settings/data_path.h"
@@ -10,25 +12,6 @@ namespace terminal {
 namespace {
 
 using luadui::CUIData;
-
-constexpr int kMaxWait = 60'000;
-
-HostFunctions& Context(lua_State* L) {
-    return *static_cast<HostFunctions*>(lua_touserdata(L, lua_upvalueindex(1)));
-}
-
-// The last of the three steps of a function: read the arguments, then Run(L, work). `work` gets the terminal and the
-// answer, and no longer touches Lua.
-template <class Work>
-int Run(lua_State* L, Work work) {
-    HostFunctions& context = Context(L);
-    return Answered(L, context.Answer(), [&](LuaAnswer& answer) { work(context.GetTerminal(), answer); });
-}
-
-void AddOutcome(LuaAnswer& answer, bool done, const std::string& error) {
-    if (done) return answer.Add(true);
-    answer.Fail(error);
-}
 
 // --- start-up
 
@@ -122,6 +105,30 @@ int PageView(lua_State* L) {
     });
 }
 
+// The rows as records of texts.
+std::vector<CUIData> RowsOf(const luadui::CDataTable& table) {
+    std::vector<CUIData> rows;
+    for (int row = 0; row < table.GetRowNumber(); ++row) {
+        CUIData record;
+        for (int col = 0; col < table.GetColumnNumber(); ++col)
+            record.SetData(table.GetColumnProperty(col, "name"), table.GetItemText(row, col));
+        rows.push_back(record);
+    }
+    return rows;
+}
+
+int PageTable(lua_State* L) {
+    const char* page = luaL_checkstring(L, 1);
+    const char* name = luaL_checkstring(L, 2);
+    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
+        const CUIData* view = terminal.Window().View(page);
+        CUIData tables;
+        luadui::CDataTable table;
+        const bool isThere = view && view->GetData("tables", tables) && tables.GetData(name, table);
+        isThere ? answer.Add(RowsOf(table)) : answer.AddNil();
+    });
+}
+
 int TakeFrame(lua_State* L) {
     return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
         CUIData frame;
@@ -170,67 +177,6 @@ int Counters(lua_State* L) {
     });
 }
 
-// --- broker
-
-int Accounts(lua_State* L) {
-    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
-        std::vector<CUIData> accounts;
-        for (const Account& account : terminal.GetBroker().Accounts()) {
-            CUIData record;
-            record.SetData("fund_token", account.fundToken);
-            record.SetData("customer", luadui::GbkToUtf8(account.customer));
-            accounts.push_back(record);
-        }
-        answer.Add(std::move(accounts));
-    });
-}
-
-int Trade(lua_State* L) {
-    const char* fundToken = luaL_checkstring(L, 1);
-    const char* code = luaL_checkstring(L, 2);
-    const lua_Number volume = luaL_checknumber(L, 3);
-    luaL_argcheck(L, volume >= -1e9 && volume <= 1e9, 3, "out of range");
-    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
-        std::string error;
-        AddOutcome(answer, terminal.GetBroker().Trade(fundToken, code, static_cast<Shares>(volume), error),
-                   error);
-    });
-}
-
-int ComeOnline(lua_State* L) {
-    const char* fundToken = luaL_checkstring(L, 1);
-    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
-        AddOutcome(answer, terminal.GetBroker().ComeOnline(fundToken), "no such account");
-    });
-}
-
-int PlanFault(lua_State* L) {
-    const char* name = luaL_checkstring(L, 1);
-    const auto count = static_cast<int>(luaL_optinteger(L, 2, 1));
-    const auto delay = static_cast<int>(luaL_optinteger(L, 3, 0));
-    luaL_argcheck(L, count >= 0 && count <= 1'000'000, 2, "out of range");
-    luaL_argcheck(L, delay >= 0 && delay <= kMaxWait, 3, "0 to 60000 milliseconds");
-    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
-        const auto fault = FaultByName(name);
-        if (!fault) return answer.Fail("unknown fault: delay, error, failure, garbage, silence or none");
-        terminal.GetBroker().PlanFault(*fault, count, std::chrono::milliseconds(delay));
-        answer.Add(true);
-    });
-}
-
-int BrokerStats(lua_State* L) {
-    return Run(L, [](Terminal& terminal, LuaAnswer& answer) {
-        const Broker::Stats stats = terminal.GetBroker().GetStats();
-        CUIData record;
-        record.SetData("requests", stats.requests);
-        record.SetData("answers", stats.answers);
-        record.SetData("notices", stats.notices);
-        record.SetData("pushes", stats.pushes);
-        for (const auto& [type, count] : stats.requestsByType) record.SetData(std::to_string(type), count);
-        answer.Add(record);
-    });
-}
-
 constexpr luaL_Reg kFunctions[] = {
     // start-up
     {"attach", AttachLibrary},
@@ -247,23 +193,19 @@ constexpr luaL_Reg kFunctions[] = {
     {"caught", Caught},
     // pages and library
     {"page_view", PageView},
+    {"page_table", PageTable},
     {"take_frame", TakeFrame},
     {"take_record", TakeRecord},
     {"create_page", CreatePage},
     {"security_name", SecurityName},
     {"counters", Counters},
-    // broker
-    {"accounts", Accounts},
-    {"trade", Trade},
-    {"come_online", ComeOnline},
-    {"fault", PlanFault},
-    {"broker_stats", BrokerStats},
 };
 
 }  // namespace
 
 void HostFunctions::Register(LuaState& state) {
     for (const luaL_Reg& function : kFunctions) state.Register(function.name, function.func, this);
+    for (const luaL_Reg& function : BrokerFunctions()) state.Register(function.name, function.func, this);
 }
 
 }  // namespace terminal

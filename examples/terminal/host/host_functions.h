@@ -25,6 +25,8 @@ class Terminal;
 //     catch_output() caught()    catches what the library prints itself; caught() answers it
 //   pages and library
 //     page_view(page)            what it shows (see page/page_view.h); nil while nothing; `page` in code page 936
+//     page_table(page, name)     the rows of one of its tables, each {column = text}, all in code page 936; nil when it has
+//                                none of that name
 //     take_frame()               the oldest frame message: {code, target, method, body}; nil when there is none
 //     take_record()              the oldest report of a record that a page received (see page/page_view.h), texts in code
 //                                page 936; nil when there is none
@@ -32,8 +34,12 @@ class Terminal;
 //     security_name(code, market)
 //     counters()                 {name = value}: what was dropped or refused, and how often
 //   broker
-//     accounts()                 array of {fund_token, customer}
-//     trade(fund_token, code, volume)
+//     books()                    array of totals by account, money as whole cents: see broker/books.h
+//     holdings(fund_token)       array of positions: see broker/books.h
+//     trade(fund_token, code, volume)   a deal at once, outside the market; orders are sent by pages
+//     set_price(code, price)     the market moves; `price` is a text
+//     warn_of_risk(fund_token, code, volume)   risk control objects to such an order
+//     replay()                   pushes the orders and deals of the day again; answers how many pushes that were
 //     come_online(fund_token)    the account logs in
 //     fault(kind, count, ms)
 //     broker_stats()             {requests, answers, notices, pushes}, and by request type {["1201"] = requests}

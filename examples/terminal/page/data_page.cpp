@@ -21,6 +21,10 @@ using luadui::CUIData;
 using luadui::Gbk;
 
 constexpr char kHostMessage[] = "lua_subscribe";
+constexpr char kMessages[] = "messagecenter";
+constexpr char kLocalId[] = "LocalID";
+constexpr const char* kMessageColumns[] = {kLocalId,         "MsgTime", "MsgType",
+                                           "InstrctionType", "Text",    "OrderMessage"};
 
 // Kinds with a table for each account.
 constexpr std::string_view kKindsOfAccounts[] = {"fund", "position", "deal", "entrust"};
@@ -250,9 +254,32 @@ void DataPage::_takeTables(const CUIData& record) {
 
 // Pushes may have the new rows only; the manager has them all.
 void DataPage::_takeTable(const CUIData& record, const std::string& account, CDataTable table) {
+    if (record.GetTypeText() == kMessages) return _takeMessages(table);
     const std::string list = ListOf(record.GetTypeText());
     if (!account.empty()) m_data.GetData(GetHandle(), list, account, table);
     m_tables[{list, account}] = table;
+}
+
+void DataPage::_takeMessages(const CDataTable& messages) {
+    CDataTable& kept = m_tables[{kMessages, ""}];
+    if (kept.GetColumnNumber() == 0)
+        for (const char* column : kMessageColumns) kept.AddColumn(column);
+    for (int message = 0; message < messages.GetRowNumber(); ++message) {
+        int row = 0;
+        while (row < kept.GetRowNumber() &&
+               kept.GetItemText(row, 0) != messages.GetItemText(message, kLocalId))
+            ++row;
+        if (row == kept.GetRowNumber()) kept.AppendRow();
+        for (const char* column : kMessageColumns)
+            kept.SetItemText(row, column, messages.GetItemText(message, column));
+    }
+}
+
+void DataPage::_addToView(CUIData& view) const {
+    CUIData tables;
+    for (const auto& [name, table] : m_tables)
+        tables.SetData(name.second.empty() ? name.first : name.first + " " + name.second, table);
+    view.SetData("tables", tables);
 }
 
 void DataPage::_report(const CUIData& record, const std::string& why) const {

@@ -28,7 +28,7 @@ namespace terminal {
 // The host's scripts tell it what to do by messages to the page sign "datapage:<name>", which come as records of kind
 // "lua_subscribe": {"do": ..., "kind": ...}, where
 // "do" is "ask" (from the cache or the server), "send" (a request to the server), "hear", "unhear" or "close". All other
-// members go into the record: the question's parameters.
+// members go into the record: the question's parameters. Messages of the message center pile up, one row for each "LocalID".
 class DataPage : public TextPage {
   public:
     // Null when the window cannot be created, the name is taken or no kind is named.
@@ -40,6 +40,7 @@ class DataPage : public TextPage {
   protected:
     LPCWSTR GetWindowClassName() const override { return L"SampleDataPage"; }
     std::string _text(size_t columns) const override;
+    void _addToView(luadui::CUIData& view) const override;
 
   private:
     using TableName = std::pair<std::string, std::string>;  // kind, account (empty: of all)
@@ -55,6 +56,7 @@ class DataPage : public TextPage {
     void _take(const luadui::CUIData& record);
     void _takeTables(const luadui::CUIData& record);
     void _takeTable(const luadui::CUIData& record, const std::string& account, luadui::CDataTable table);
+    void _takeMessages(const luadui::CDataTable& messages);
     void _report(const luadui::CUIData& record, const std::string& why) const;
     bool _shows(std::string_view account) const;
 

@@ -14,6 +14,8 @@ namespace terminal {
 //   "page"  the page's name             "asleep" "focused"     booleans
 //   "text"  what it shows               "width" "height"       its size in pixels; 0 while unknown
 //   "queries" "answers" "errors" "unreadable"                  what it sent and received so far
+//   "tables"                                                   a record of the tables that a data page shows, each under
+//                                                              "kind account", or "kind" when it is of all accounts
 constexpr UINT kMsgPageView = WM_APP + 1;
 
 // Posted by a page that gets its data by name, for each record that it received; lParam as above:

@@ -96,6 +96,7 @@ void TextPage::_show() {
     view.SetData("answers", m_count.answers);
     view.SetData("errors", m_count.errors);
     view.SetData("unreadable", m_count.unreadable);
+    _addToView(view);
     if (PostToHost(m_screen, kMsgPageView, view)) return;
     if (IsWindow(m_screen)) {
         SetTimer(m_hWnd, kShowAgain, 100, nullptr);  // its queue is full

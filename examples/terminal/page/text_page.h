@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/dui_base_wnd.h"
+#include "base/ui_data.h"
 #include "luadui/page_plugin.h"
 
 namespace terminal {
@@ -35,6 +36,8 @@ class TextPage : public luadui::CDuiBaseWnd {
 
     // What the page shows, code page 936; lines at most `columns` long (0: any).
     virtual std::string _text(size_t columns) const = 0;
+    // More for the host about what the page shows.
+    virtual void _addToView(luadui::CUIData&) const {}
     // Shows the page anew.
     void _changed();
 

@@ -32,7 +32,7 @@ local function check_page(session, page) checked(session.luadui.get_login_info(t
 -- Each command: its arguments (those in brackets may be left out), what it does, and how. What it answers is printed.
 local commands = {
     {"accounts", "", "the broker's accounts", function()
-        for _, account in ipairs(terminal.accounts()) do
+        for _, account in ipairs(terminal.books()) do
             print(("  %-8s  %s"):format(account.fund_token, account.customer))
         end
     end},
