@@ -19,6 +19,9 @@ namespace luadui {
 namespace {
 
 constexpr char kRiskPush[] = "str_subkey_risk_push";
+// News of orders: those of accounts, of baskets, of instructions over several accounts and of conditional ones.
+constexpr std::string_view kOrderPushes[] = {"order_push", "orderpush", "order_push_mutilist",
+                                             "order_push_gradelist", "condition_order"};
 constexpr char kMessageCenter[] = "messagecenter";
 constexpr char kLocalId[] = "LocalID";
 constexpr char kWarningColor[] = "#FFFF0000";
@@ -128,7 +131,10 @@ int FindMessage(const CDataTable& history, std::string_view localId) {
 }  // namespace
 
 CMessageCenterList::CMessageCenterList(ListOwner* owner) : CUIData("instructionorder"), m_owner(owner) {
-    if (m_owner) m_owner->RegisterNotify(static_cast<unsigned int>(GetHandle()), kRiskPush);
+    if (!m_owner) return;
+    const auto self = static_cast<unsigned int>(GetHandle());
+    m_owner->RegisterNotify(self, kRiskPush);
+    for (const auto kind : kOrderPushes) m_owner->RegisterNotify(self, std::string(kind));
 }
 
 CMessageCenterList::~CMessageCenterList() = default;
@@ -177,10 +183,20 @@ void CMessageCenterList::AddOrderMessages(const CUIData& push) {
 
 void CMessageCenterList::OnNotify(void* data) {
     const auto* record = static_cast<const CUIData*>(data);
-    if (!record || record->GetTypeText() != kRiskPush) return;
+    if (!record) return;
     const CDataTable push = TableOf(*record);
     if (push.GetRowNumber() == 0) return;
+    if (record->GetTypeText() == kRiskPush) {
+        _addRisk(push);
+    } else if (std::ranges::find(kOrderPushes, std::string_view(record->GetTypeText())) !=
+               std::end(kOrderPushes)) {
+        CUIData orders = *record;
+        orders.SetData("Table", push);
+        AddOrderMessages(orders);
+    }
+}
 
+void CMessageCenterList::_addRisk(const CDataTable& push) {
     Message message;
     message.localId = Join({push.GetItemText(0, kLocalId), "_risk"});
     message.type = Gbk("风控提示");

@@ -28,7 +28,7 @@ class CMessageCenterList : public CUIData, public CBaseObject {
     static constexpr int kMaxHistoryColumns = 256;  // further ones are counted as "message_column_dropped"
     static constexpr size_t kMaxText = 512;         // bytes of a server's words that a message repeats
 
-    // Registers with the owner (which may be null) for risk pushes.
+    // Registers with the owner (which may be null) for pushes of risks and orders.
     explicit CMessageCenterList(ListOwner* owner);
     ~CMessageCenterList() override;
     CMessageCenterList(const CMessageCenterList&) = delete;
@@ -49,11 +49,12 @@ class CMessageCenterList : public CUIData, public CBaseObject {
     // may close during the call, and this list go with it.
     void AddOrderMessages(const CUIData& push);
 
-    // A risk push: `data` is a record of type "str_subkey_risk_push" whose table has a row. Anything else is
-    // passed over.
+    // News that the list registered for: `data` is a record of type "str_subkey_risk_push", or of one of the kinds of
+    // order pushes, with rows under its type or "Table". Anything else is passed over.
     void OnNotify(void* data) override;
 
   private:
+    void _addRisk(const CDataTable& push);
     void _publish(const CDataTable& messages, std::string_view user, int handle);
     void _remember(const CDataTable& messages);
 
