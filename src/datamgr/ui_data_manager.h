@@ -97,6 +97,10 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // The main way to ask: answers from local data at once (through ResponseNotify with `flag`, unless
     // `cacheOnly`), or else, unless `cacheOnly`, sends what is needed. True when local data answered; they
     // are in `request`. A record with "refresh" always asks the server.
+    //
+    // Kinds that are computed here (see datamgr/trade_factories.h) are never sent. Where one cannot be computed the
+    // answer is false and `request` says why, in "ret_code" (-1) and "ret_message"; unless `cacheOnly`, the asker
+    // gets that record.
     bool GetData(CUIData& request, bool cacheOnly, bool flag) override;
     // As GetData(kind, out), but attached: later changes of the list show in `out`.
     virtual bool GetDataShared(const std::string& kind, CUIData& out);
@@ -155,7 +159,6 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     NotifyTable m_notify;
 
   private:
-    struct Factory;
     struct Saver;
 
     // Building (ui_data_manager.cpp)
@@ -184,22 +187,16 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     void _leaveTopicsOfGone();
     void _sendSubscription(int type, const CUIData& params);
 
-    // Local factories (ui_data_factory.cpp): each answers into the record and says whether it could
+    // Local factories (ui_data_factory.cpp)
+    //
+    // Answers into the record. False when it could not; what is computed here then carries "ret_code" and
+    // "ret_message".
     bool _handleFactoryData(CUIData& request);
     void _handleFactoryRequest(CUIData& record);
-    bool _getConfig(CUIData& data);
-    bool _getAllConfig(CUIData& data);
-    bool _eraseConfig(CUIData& data);
-    bool _getSettingConfig(CUIData& data);
-    bool _fillSkin(CUIData& data);
-    static std::string _getSkin();
+    // Whether the kind is computed here and never asked of the server.
+    static bool _isComputed(std::string_view kind);
+    static void _completeAnswer(CUIData& record, int32_t handle);
     static void _setSkin(const std::string& skin);
-    bool _isTradeDate(CUIData& data);
-    bool _getTradeDate(CUIData& data);
-    bool _mergeAccounts(CUIData& data);
-    bool _sumPositions(CUIData& data);
-    bool _getHolidays(CDataSet& holidays) const;
-    const CTokenTableList* _findList(std::string_view kind) const;
 
     // Saving (ui_data_save.cpp)
     void _handleSaveData(CUIData& record);
@@ -235,7 +232,7 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     CUIData m_typeCodes;  // data kind -> request type
     CUIData m_pushKeys;   // data kind -> push key
     std::string m_runType;
-    ListStore m_lists;
+    ListStore m_lists{this};
     SubscriptionBook m_subscriptions;
     std::string m_userName;  // of the logged-in user, once known
     std::unique_ptr<CDataTimerWnd> m_timer;

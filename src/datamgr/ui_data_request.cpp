@@ -62,15 +62,15 @@ bool CUIDataManager::GetData(CUIData& request, bool cacheOnly, bool flag) {
         return false;
     }
     const int32_t handle = HandleOf(request), self = GetHandle();
+    const bool isComputed = _isComputed(request.GetTypeText());
     const bool isFound = _GetData(request);
     // A factory asks the host, who may close the page.
     if (cacheOnly || CBaseObject::Find(self) != this) return isFound;
     if (isFound) {
-        if (!request.Has("handle"))
-            request.SetData("handle", handle);  // where all settings were read into it
-        request.SetData("ret_code", 0);
-        request.SetData("ret_message", "");
+        _completeAnswer(request, handle);
         ResponseNotify(&request, handle, flag);
+    } else if (isComputed) {
+        ResponseNotify(&request, handle, false);
     } else if (_isNeedRequset(request.GetTypeText()) && !_handleComplexRequest(request, flag)) {
         _handleRequest(request);
     }
@@ -116,6 +116,7 @@ bool CUIDataManager::GetData(unsigned int, std::string kind, std::string fundTok
 }
 
 bool CUIDataManager::_GetData(CUIData& request) {
+    if (_isComputed(request.GetTypeText())) return _handleFactoryData(request);
     if (request.GetDataLong("refresh") != 0) return false;
     if (_handleFactoryData(request)) return true;
     const std::string_view kind = request.GetTypeText();

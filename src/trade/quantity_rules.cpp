@@ -55,9 +55,13 @@ int64_t CTrade::RoundQuantity(StockType type, int64_t quantity, int direction, i
     return std::max(RoundToLots(lots, quantity), RoundToOddLot(lots, quantity, held));
 }
 
+Decimal CTrade::CalcTurnover(StockType type, Decimal price, int64_t quantity) {
+    return (IsRepo(type) ? kRepoFace : price) * quantity;
+}
+
 int64_t CTrade::CountAmountByMoney(const TRADE_INFO& info) {
     if (info.money <= Decimal(0) || info.price <= Decimal(0)) return 0;
-    const Decimal price = IsRepo(info.stockType) ? kRepoFace : info.price;
+    const Decimal price = CalcTurnover(info.stockType, info.price, 1);
     const Decimal withCommission = 1 + std::max(info.commissionRate, Decimal(0));
     return RoundQuantity(info.stockType, info.money.WholeTimesProduct(price, withCommission), info.direction,
                          info.unit);

@@ -65,8 +65,10 @@ class CTrade {
                                                          Decimal referencePrice, Decimal previousClose,
                                                          int direction);
 
-    // The largest quantity that may be declared and costs, commission included, no more than the money. A repo's
-    // costs its face value, whatever the price. 0 when price or money are not above zero.
+    // What the quantity is worth at that price; a repo's worth is its face value, whatever the price.
+    static Decimal CalcTurnover(StockType type, Decimal price, int64_t quantity);
+    // The largest quantity that may be declared and costs, commission included, no more than the money. 0 when price
+    // or money are not above zero.
     static int64_t CountAmountByMoney(const TRADE_INFO& info);
     // The largest quantity up to `quantity` that may be declared, in one order or several: a multiple of the type's
     // lots and of the unit (below 1: 1), which for Stock Connect is the board lot. With `held`, what the account
