@@ -12,13 +12,82 @@
 
 #include "base/counters.h"
 #include "base/json_object.h"
-#include "base/json_scan.h"
 #include "base/number_text.h"
 #include "base/record_body.h"
 #include "base/text.h"
+#include "platform/code_page.h"
 
 namespace luadui {
 namespace {
+
+// Why a text was refused.
+struct Refusal {
+    std::string reason;
+};
+
+// A walk over the tokens outside of strings and comments.
+class Scanner {
+  public:
+    explicit Scanner(std::string& text) : m_text(text) {}
+
+    // Masks the numbers; throws when the nesting is too deep.
+    void Run() {
+        while (m_at < m_text.size()) _step();
+    }
+
+  private:
+    void _step() {
+        const char c = m_text[m_at];
+        if (c == '"') {
+            _skipString();
+        } else if (c == '/') {
+            _skipComment();
+        } else if (c == '-' || (c >= '0' && c <= '9')) {
+            _maskNumber();
+        } else {
+            if (c == '{' || c == '[') _enter();
+            if (c == '}' || c == ']') --m_depth;
+            ++m_at;
+        }
+    }
+
+    void _enter() {
+        if (++m_depth <= CJsonObject::kMaxNesting) return;
+        throw Refusal{"nested deeper than " + std::to_string(CJsonObject::kMaxNesting) + " levels at byte " +
+                      std::to_string(m_at)};
+    }
+
+    void _skipString() {
+        for (++m_at; m_at < m_text.size() && m_text[m_at] != '"'; ++m_at) {
+            if (m_text[m_at] == '\\') ++m_at;
+        }
+        ++m_at;
+    }
+
+    void _skipComment() {
+        const std::string_view rest = std::string_view(m_text).substr(m_at);
+        size_t end = m_at + 1;
+        if (rest.starts_with("//")) end = m_text.find_first_of("\r\n", m_at);
+        if (rest.starts_with("/*")) end = m_text.find("*/", m_at + 2);
+        m_at = end == std::string::npos ? m_text.size() : end;
+        if (rest.starts_with("/*") && end != std::string::npos) m_at += 2;
+    }
+
+    void _maskNumber() {
+        const size_t start = m_at;
+        m_at = std::min(m_text.find_first_not_of("0123456789+-.eE", m_at), m_text.size());
+        const std::string_view number = std::string_view(m_text).substr(start, m_at - start);
+        double value = 0;
+        if (number.find_first_of(".eE") == std::string_view::npos || !ReadDoubleText(number, value)) return;
+        const size_t digits = start + (number.front() == '-' ? 1 : 0);
+        std::fill(m_text.begin() + static_cast<std::ptrdiff_t>(digits),
+                  m_text.begin() + static_cast<std::ptrdiff_t>(m_at), '1');
+    }
+
+    std::string& m_text;
+    size_t m_at = 0;
+    int m_depth = 0;
+};
 
 // The first complaint of jsoncpp. It quotes what should have been a number: that may be anything, a password too.
 std::string Complaint(const std::string& errors) {
@@ -37,8 +106,8 @@ Json::Value ParseUtf8(const std::string& text) {
     Json::Value root;
     std::string errors;
     if (!reader->parse(text.data(), text.data() + text.size(), &root, &errors))
-        throw JsonRefusal{Complaint(errors)};
-    if (!root.isObject()) throw JsonRefusal{"not an object"};
+        throw Refusal{Complaint(errors)};
+    if (!root.isObject()) throw Refusal{"not an object"};
     return root;
 }
 
@@ -111,7 +180,7 @@ class Builder {
         }
         double value = 0;
         if (!ReadDoubleText(number, value)) {
-            throw JsonRefusal{"number out of range at byte " + std::to_string(start)};
+            throw Refusal{"number out of range at byte " + std::to_string(start)};
         }
         store(value);
     }
@@ -125,10 +194,10 @@ class Builder {
 };
 
 CJsonObject ParseText(std::string_view text) {
-    if (EndsInsideCharacter(text)) throw JsonRefusal{"the text ends inside a character"};
+    if (EndsInsideCharacter(text)) throw Refusal{"the text ends inside a character"};
     const std::string utf8 = IsAscii(text) ? std::string(text) : GbkToUtf8(text);
     std::string masked = utf8;
-    JsonScanner(masked).Run();
+    Scanner(masked).Run();
     return Builder(utf8).Object(ParseUtf8(masked));
 }
 
@@ -139,7 +208,7 @@ bool CJsonObject::Parse(std::string_view text, std::string* error) {
     try {
         *this = ParseText(text);
         return true;
-    } catch (const JsonRefusal& refusal) {
+    } catch (const Refusal& refusal) {
         reason = refusal.reason;
     } catch (const Json::Exception& exception) {
         reason = exception.what();

@@ -1,185 +1,240 @@
-// Where rows begin and end is found here, by counting brackets; each row is parsed by jsoncpp.
+// Rows as servers write them - texts without escapes, numbers, true, false, null - are cut apart where they lie.
+// Every other row is left to CJsonObject, which knows all of JSON.
 #include "base/json_rows.h"
-
-#include <json/json.h>
 
 #include <algorithm>
 #include <deque>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "base/counters.h"
-#include "base/json_scan.h"
+#include "base/json_object.h"
+#include "base/number_text.h"
 #include "base/text.h"
 #include "platform/code_page.h"
 
 namespace luadui {
 namespace {
 
-// Takes one object apart. What it answers is valid until the next one.
-class RowParser {
-  public:
-    RowParser() : m_reader(MakeReader()) {}
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+bool IsClosing(char c) { return c == '}' || c == ']'; }
 
-    // False when the text is no object that can be read.
-    bool Parse(std::string_view text) {
-        m_cells.clear();
-        m_converted.clear();
-        m_utf8 = IsAscii(text) ? std::string(text) : GbkToUtf8(text);
-        m_masked = m_utf8;
-        try {
-            JsonScanner(m_masked).Run();
-            if (!m_reader->parse(m_masked.data(), m_masked.data() + m_masked.size(), &m_root, nullptr))
-                return false;
-        } catch (const JsonRefusal&) {
-            return false;
-        } catch (const Json::Exception&) {
-            return false;
+// A place in JSON text. Steps answer false, at no particular place, where the text is something else.
+class Cursor {
+  public:
+    explicit Cursor(std::string_view text) : m_text(text) {}
+
+    size_t At() const { return m_at; }
+    bool IsAtEnd() const { return m_at == m_text.size(); }
+    // The character behind the blanks; zero at the end.
+    char Peek() {
+        while (m_at < m_text.size() && IsBlank(m_text[m_at])) ++m_at;
+        return m_at < m_text.size() ? m_text[m_at] : '\0';
+    }
+    bool Takes(char c) {
+        if (Peek() != c || IsAtEnd()) return false;
+        ++m_at;
+        return true;
+    }
+    // What is between the quotes. `hasEscapes` becomes true when it has any.
+    bool TakesString(std::string_view& text, bool& hasEscapes) {
+        if (!Takes('"')) return false;
+        const size_t start = m_at;
+        for (size_t at = start; at < m_text.size();) {
+            const char c = m_text[at];
+            if (c == '"') {
+                text = m_text.substr(start, at - start);
+                m_at = at + 1;
+                return true;
+            }
+            if (c == '\\') {
+                hasEscapes = true;
+                ++at;
+            }
+            if (at < m_text.size()) at += code_page::CharLength(m_text, at);
         }
-        for (auto member = m_root.begin(); member != m_root.end(); ++member) {
-            const char* end = nullptr;
-            const char* name = member.memberName(&end);
-            m_cells.push_back({ToGbk(name, end), CellText(*member)});
+        return false;
+    }
+    // A number or a word, unchecked.
+    bool TakesScalar(std::string_view& text) {
+        Peek();
+        const size_t start = m_at;
+        while (m_at < m_text.size() && !IsBlank(m_text[m_at]) && m_text[m_at] != ',' &&
+               !IsClosing(m_text[m_at]))
+            ++m_at;
+        text = m_text.substr(start, m_at - start);
+        return !text.empty();
+    }
+    // Any value. Brackets are counted whatever their kind: who reads the value finds out.
+    bool TakesValue(std::string_view& value) {
+        const char first = Peek();
+        const size_t start = m_at;
+        std::string_view part;
+        bool hasEscapes = false;
+        if (first == '"') {
+            if (!TakesString(part, hasEscapes)) return false;
+        } else if (first != '{' && first != '[') {
+            return TakesScalar(value);
+        } else {
+            int depth = 0;
+            do {
+                const char c = Peek();
+                if (IsAtEnd()) return false;
+                if (c == '"') {
+                    if (!TakesString(part, hasEscapes)) return false;
+                    continue;
+                }
+                if (c == '{' || c == '[') ++depth;
+                if (IsClosing(c)) --depth;
+                ++m_at;
+            } while (depth > 0);
+        }
+        value = m_text.substr(start, m_at - start);
+        return true;
+    }
+
+  private:
+    std::string_view m_text;
+    size_t m_at = 0;
+};
+
+// As JSON writes it; for kinds that are no text.
+std::string JsonText(const ValueView& value) {
+    constexpr std::string_view kBefore = R"({"":)", kAfter = "}";
+    CJsonObject object, holder;
+    CDataList list;
+    if (value.Get(object)) return object.ToText();
+    if (value.Get(list)) {
+        holder.Set("", list);
+    } else if (value.Kind() == kDataInteger) {
+        holder.Set("", value.AsLong());
+    } else if (value.Kind() == kDataDouble) {
+        holder.Set("", value.AsDouble());
+    } else {
+        holder.Set("", value.AsBool());
+    }
+    const std::string text = holder.ToText();
+    return text.substr(kBefore.size(), text.size() - kBefore.size() - kAfter.size());
+}
+
+// Takes rows apart. What it answers is valid until the next one.
+class RowReader {
+  public:
+    // Moves `cursor` behind the row. False, and nothing moved, when the row is not plain.
+    bool TakesPlain(Cursor& cursor) {
+        Cursor at = cursor;
+        m_cells.clear();
+        if (!at.Takes('{')) return false;
+        if (!at.Takes('}')) {
+            do {
+                if (!_takesPlainMember(at)) return false;
+            } while (at.Takes(','));
+            if (!at.Takes('}')) return false;
+        }
+        cursor = at;
+        return true;
+    }
+    // False when it is no JSON object.
+    bool Parse(std::string_view row) {
+        m_cells.clear();
+        m_texts.clear();
+        CJsonObject object;
+        if (!object.Parse(row)) return false;
+        for (const auto [name, value] : object) {
+            const bool isText = value.Kind() == kDataString, isNull = value.Kind() == kDataNull;
+            const std::string& key = m_texts.emplace_back(name);
+            m_cells.push_back({key, m_texts.emplace_back(isText   ? std::string(value.AsText())
+                                                         : isNull ? std::string()
+                                                                  : JsonText(value))});
         }
         return true;
     }
     std::span<const JsonCell> Cells() const { return m_cells; }
 
   private:
-    static std::unique_ptr<Json::CharReader> MakeReader() {
-        Json::CharReaderBuilder builder;
-        builder["collectComments"] = false;
-        builder["allowComments"] = false;
-        builder["failIfExtra"] = true;
-        return std::unique_ptr<Json::CharReader>(builder.newCharReader());
+    bool _takesPlainMember(Cursor& at) {
+        JsonCell cell;
+        bool hasEscapes = false;
+        if (!at.TakesString(cell.name, hasEscapes) || !at.Takes(':')) return false;
+        if (at.Peek() == '"') {
+            if (!at.TakesString(cell.text, hasEscapes)) return false;
+        } else {
+            if (!at.TakesScalar(cell.text) || !IsPlain(cell.text)) return false;
+            if (cell.text == "null") cell.text = {};
+        }
+        m_cells.push_back(cell);
+        return !hasEscapes;
     }
 
-    std::string_view CellText(const Json::Value& value) {
-        if (value.isNull()) return {};
-        if (!value.isString())
-            return ToGbk(m_utf8.data() + value.getOffsetStart(), m_utf8.data() + value.getOffsetLimit());
-        const char *begin = nullptr, *end = nullptr;
-        value.getString(&begin, &end);
-        return ToGbk(begin, end);
+    static bool IsPlain(std::string_view scalar) {
+        double number = 0;
+        if (scalar == "true" || scalar == "false" || scalar == "null") return true;
+        return (scalar[0] == '-' || (scalar[0] >= '0' && scalar[0] <= '9')) && ReadDoubleText(scalar, number);
     }
 
-    std::string_view ToGbk(const char* begin, const char* end) {
-        const std::string_view utf8(begin, static_cast<size_t>(end - begin));
-        return IsAscii(utf8) ? utf8 : m_converted.emplace_back(Utf8ToGbk(utf8));
-    }
-
-    const std::unique_ptr<Json::CharReader> m_reader;
-    std::string m_utf8, m_masked;  // as it is, and with numbers masked
-    Json::Value m_root;
-    std::deque<std::string> m_converted;  // what cells show that is not ASCII
     std::vector<JsonCell> m_cells;
+    std::deque<std::string> m_texts;  // what Parse made
 };
 
-// Walks over the outermost object. Its steps answer false where the text is no JSON.
-class RowWalker {
+// Walks over the outermost object.
+class Walker {
   public:
-    RowWalker(std::string_view text, std::span<const std::string_view> arrays, const JsonRowSink& take)
-        : m_text(text), m_arrays(arrays), m_take(take) {}
+    Walker(std::string_view text, std::span<const std::string_view> arrays, const JsonRowSink& take)
+        : m_at(text), m_arrays(arrays), m_take(take) {}
 
-    bool Run() {
-        if (!_takes('{')) return false;
-        if (!_takes('}')) {
-            do {
-                if (!_member()) return false;
-            } while (_takes(','));
-            if (!_takes('}')) return false;
-        }
-        _skipBlanks();
-        return m_at == m_text.size();
-    }
+    // False where the text is no JSON.
+    bool Run() { return _object() && m_at.Peek() == '\0' && m_at.IsAtEnd(); }
     size_t RefusedRows() const { return m_refusedRows; }
 
   private:
-    bool _member() {
-        _skipBlanks();
-        const size_t start = m_at + 1;
-        if (_peek() != '"' || !_skipString()) return false;
-        const std::string_view name = m_text.substr(start, m_at - 1 - start);
-        if (!_takes(':')) return false;
-        _skipBlanks();
-        const auto array = std::ranges::find(m_arrays, name);
-        if (array == m_arrays.end() || _peek() != '[') return _skipValue();
-        return _rows(static_cast<size_t>(array - m_arrays.begin()));
-    }
-
-    bool _rows(size_t array) {
-        ++m_at;
-        if (_takes(']')) return true;
+    bool _object() {
+        if (!m_at.Takes('{')) return false;
+        if (m_at.Takes('}')) return true;
         do {
-            _skipBlanks();
-            const size_t start = m_at;
-            if (!_skipValue()) return false;
-            const std::string_view row = m_text.substr(start, m_at - start);
-            if (row.front() == '{' && m_parser.Parse(row)) {
-                m_take(array, m_parser.Cells());
-            } else {
-                ++m_refusedRows;
-            }
-        } while (_takes(','));
-        return _takes(']');
+            if (!_member()) return false;
+        } while (m_at.Takes(','));
+        return m_at.Takes('}');
     }
 
-    // To behind the value, whose brackets are counted whatever their kind.
-    bool _skipValue() {
-        const size_t start = m_at;
-        int depth = 0;
-        while (m_at < m_text.size()) {
-            const char c = m_text[m_at];
-            if (c == '"') {
-                if (!_skipString()) return false;
-                if (depth == 0) return true;
-                continue;
-            }
-            if (depth == 0 && (c == ',' || IsClosing(c))) return m_at > start;
-            if (c == '{' || c == '[') ++depth;
-            ++m_at;
-            if (IsClosing(c) && --depth == 0) return true;
+    bool _member() {
+        std::string_view name, value;
+        bool hasEscapes = false;
+        if (!m_at.TakesString(name, hasEscapes) || !m_at.Takes(':')) return false;
+        const auto array = std::ranges::find(m_arrays, name);
+        if (array == m_arrays.end() || !m_at.Takes('[')) return m_at.TakesValue(value);
+        if (m_at.Takes(']')) return true;
+        do {
+            if (!_row(static_cast<size_t>(array - m_arrays.begin()))) return false;
+        } while (m_at.Takes(','));
+        return m_at.Takes(']');
+    }
+
+    bool _row(size_t array) {
+        bool isRow = m_row.TakesPlain(m_at);
+        if (!isRow) {
+            std::string_view row;
+            if (!m_at.TakesValue(row)) return false;
+            isRow = m_row.Parse(row);
         }
-        return false;
-    }
-
-    bool _skipString() {
-        for (++m_at; m_at < m_text.size();) {
-            const char c = m_text[m_at];
-            if (c == '"') {
-                ++m_at;
-                return true;
-            }
-            if (c == '\\') ++m_at;
-            m_at += m_at < m_text.size() ? code_page::CharLength(m_text, m_at) : 0;
+        if (isRow) {
+            m_take(array, m_row.Cells());
+        } else {
+            ++m_refusedRows;
         }
-        return false;
-    }
-
-    static bool IsClosing(char c) { return c == '}' || c == ']'; }
-    // Zero at the end.
-    char _peek() const { return m_at < m_text.size() ? m_text[m_at] : '\0'; }
-    void _skipBlanks() { m_at = std::min(m_text.find_first_not_of(" \t\r\n", m_at), m_text.size()); }
-    bool _takes(char c) {
-        _skipBlanks();
-        if (_peek() != c) return false;
-        ++m_at;
         return true;
     }
 
-    const std::string_view m_text;
+    Cursor m_at;
     const std::span<const std::string_view> m_arrays;
     const JsonRowSink& m_take;
-    RowParser m_parser;
-    size_t m_at = 0;
+    RowReader m_row;
     size_t m_refusedRows = 0;
 };
 
 }  // namespace
 
 bool ReadJsonRows(std::string_view text, std::span<const std::string_view> arrays, const JsonRowSink& take) {
-    RowWalker walker(text, arrays, take);
+    Walker walker(text, arrays, take);
     const bool isWhole = walker.Run();
     if (!isWhole) CCounters::Add("json_text_refused");
     if (walker.RefusedRows() != 0) CCounters::Add("json_row_refused", walker.RefusedRows());
