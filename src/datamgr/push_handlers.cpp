@@ -93,9 +93,11 @@ Merged MergeAccount(CUIDataManager& manager, Push& push, const PushedList& row) 
 // False when the manager went meanwhile.
 bool Publish(CUIDataManager& manager, const Push& push, std::string_view kind, const Merged& merged = {}) {
     CUIData record = MakePushRecord(push, kind);
-    CDataTable table;
-    if (merged.list && merged.list->GetTypeText() == kind && merged.list->GetTable(merged.token, table))
+    if (merged.list && merged.list->GetTypeText() == kind) {
+        CDataTable table;
+        if (!merged.list->GetTable(merged.token, table)) return true;  // it comes with the answer
         record.SetData(kind, table);
+    }
     return Tell(manager, record, CBaseObject::kNoHandle);
 }
 
@@ -111,7 +113,10 @@ void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_
     const PushedList& row = *PushedListIndex::Find(push.key);
     const Merged merged = MergeAccount(manager, push, row);
     if (!merged.isUseful) return;
+    // Rows are no table: that comes with the answer they wait for.
+    const bool isWaiting = row.rows == PushedRows::kSingle && !merged.list->Holds(merged.token);
     for (const std::string_view kind : kinds) {
+        if (isWaiting && kind == merged.list->GetTypeText()) continue;
         if (!Publish(manager, push, kind, merged)) return;
     }
     if (row.rows == PushedRows::kWholeTable) TellAccountData(manager, row.list, merged.token, push.table);

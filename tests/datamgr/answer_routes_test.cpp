@@ -29,9 +29,16 @@ class AnswerRoutesTest : public testing::Test {
         return m_asker.Take();
     }
 
-    // What the other listener received, the asker's handle as A.
+    // What the other listener received, the asker's handle as A, the columns of account data lists as "accounts".
     std::string Heard() {
-        return ReplaceText(m_other.Take(), "handle=" + std::to_string(m_asker.GetHandle()), "handle=A");
+        const std::string text =
+            ReplaceText(m_other.Take(), "handle=" + std::to_string(m_asker.GetHandle()), "handle=A");
+        return ReplaceText(
+            text,
+            "accountkey,accountid,accountname,accountmark,nickname,qsid,qsname,tradetype,canuse,"
+            "AccountMsg,fund_token,portfolioid,portfolioname,Currency,TotalAssets,AvailableValue,"
+            "MarketValue,FrozenValue,DayProfit",
+            "accounts");
     }
 
     TestManager m_manager;
@@ -47,11 +54,12 @@ TEST_F(AnswerRoutesTest, TheAskerReceives) {
         types.insert(row.type);
     }
     // Trading tables stay with their lists.
-    for (const char* kind :
-         {"position", "deal", "entrust", "positioncredit", "dealcredit", "entrustcredit", "position_ggt",
-          "deal_ggt", "entrust_ggt", "deal_his_ggt", "fund_ggt", "rate_ggt", "tb_price_spred_ggt"}) {
+    for (const char* kind : {"position", "deal", "entrust", "positioncredit", "dealcredit", "entrustcredit",
+                             "position_ggt", "deal_ggt", "entrust_ggt", "deal_his_ggt", "fund_ggt"}) {
         EXPECT_TRUE(m_manager.Lists().Find(kind) && m_manager.Lists().Find(kind)->Holds("F1")) << kind;
     }
+    for (const std::string kind : {"rate_ggt", "tb_price_spred_ggt"})
+        EXPECT_EQ(m_manager.GetData(kind).GetDataType(kind), kDataTable) << kind;
     for (const int type : {1034, 1035, 1099, 1201, 1205}) types.insert(type);  // below
     EXPECT_EQ(types.size(), AnswerRoutes().size());
     for (const AnswerRoute& route : AnswerRoutes()) EXPECT_TRUE(types.contains(route.type)) << route.type;
@@ -176,12 +184,12 @@ TEST_F(AnswerRoutesTest, AccountsReachEachFamily) {
         Heard(),
         std::string("account account=[account_id,trade_type,fund_token|1,1,F1|2,2,C1] handle=A ret_code=0 "
                     "ret_message= / accountdatalist "
-                    "accountdatalist=[account_id,trade_type,fund_token|1,1,F1] fund_token=<F1>") +
+                    "accountdatalist=[accounts|1||1,1,,,,,,1,,,F1,,,,,,,,] fund_token=<F1>") +
             kEnd +
-            " / accountdatalist_ggt accountdatalist_ggt=[account_id,trade_type,fund_token|1,1,F1] "
+            " / accountdatalist_ggt accountdatalist_ggt=[accounts|1||1,1,,,,,,1,,,F1,,,,,,,,] "
             "fund_token=<F1>" +
             kEnd + " / account_xy account_xy=[account_id,trade_type,fund_token|2,2,C1]" + kEnd +
-            " / accountdatalistcredit accountdatalistcredit=[account_id,trade_type,fund_token|2,2,C1] "
+            " / accountdatalistcredit accountdatalistcredit=[accounts|2||2,2,,,,,,2,,,C1,,,,,,,,] "
             "fund_token=<C1>" +
             kEnd);
     for (const char* entry : {"handle", "sleep_refresh_request"})
@@ -220,12 +228,12 @@ TEST_F(AnswerRoutesTest, GroupsReachEachFamily) {
         std::string(kOk);
     const std::string plainRows =
         std::string(
-            "accountdatalist accountdatalist=[account_id,trade_type,fund_token|1,1,F1] fund_token=<F1> "
+            "accountdatalist accountdatalist=[accounts|1||1,1,,,,,,1,,,F1,,,,,,,,] fund_token=<F1> "
             "handle=-1") +
         kOk;
     const std::string creditRows =
         std::string(
-            "accountdatalistcredit accountdatalistcredit=[account_id,trade_type,fund_token|2,2,C1] "
+            "accountdatalistcredit accountdatalistcredit=[accounts|2||2,2,,,,,,2,,,C1,,,,,,,,] "
             "fund_token=<C1> "
             "handle=-1") +
         kOk;

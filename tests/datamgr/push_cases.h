@@ -38,22 +38,26 @@ constexpr PushCase kPushCases[] = {
      "position_ggt_multi SrcServer=s position_ggt_multi=[SecurityID,Qty|600000,11] fund_token=F1 / "
      "position_ggt SrcServer=s position_ggt=[SecurityID,Qty|600000,11] fund_token=F1"},
     {"TradeGGT|F1", "ExecID,No;D12,1",
-     "deal_ggt_multi SrcServer=s deal_ggt_multi=[ExecID,No|D12,1] fund_token=F1 / "
-     "deal_ggt SrcServer=s deal_ggt=[ExecID,No|D12,1] fund_token=F1"},
+     "deal_ggt_multi SrcServer=s deal_ggt_multi=[No,ExecID|1,D12] fund_token=F1 / "
+     "deal_ggt SrcServer=s deal_ggt=[No,ExecID|1,D12] fund_token=F1"},
     {"EntrustGGT|F1", "OrderID,No;O13,1",
-     "entrust_ggt_multi SrcServer=s entrust_ggt_multi=[OrderID,No|O13,1] fund_token=F1 / "
-     "entrust_ggt SrcServer=s entrust_ggt=[OrderID,No|O13,1] fund_token=F1"},
+     "entrust_ggt_multi SrcServer=s entrust_ggt_multi=[No,OrderID|1,O13] fund_token=F1 / "
+     "entrust_ggt SrcServer=s entrust_ggt=[No,OrderID|1,O13] fund_token=F1"},
     {"traderet", R"({"InstanceID":"I14","TaskID":14,"Status":"2"})",
      "dealsubpush InstanceID=I14 TaskID=14 Status=2 SrcServer=s / "
      "order_deal_push InstanceID=I14 TaskID=14 Status=2 SrcServer=s"},
     {"TradeCredit|F1", "ExecID,No;D15,1",
-     "dealpushcredit SrcServer=s dealpushcredit=[ExecID,No|D15,1] fund_token=F1"},
+     "dealpushcredit SrcServer=s dealpushcredit=[No,ExecID|1,D15] fund_token=F1 / "
+     "dealcredit SrcServer=s dealcredit=[No,ExecID|1,D15] fund_token=F1 / "
+     "dealmulticredit SrcServer=s dealmulticredit=[No,ExecID|1,D15] fund_token=F1"},
     {"Entrust|F1", "OrderID,No;O16,1",
-     "entrustpush SrcServer=s entrustpush=[OrderID,No|O16,1] fund_token=F1 / "
-     "entrustmulti SrcServer=s entrustmulti=[OrderID,No|O16,1] fund_token=F1"},
+     "entrustpush SrcServer=s entrustpush=[No,OrderID|1,O16] fund_token=F1 / "
+     "entrustmulti SrcServer=s entrustmulti=[No,OrderID|1,O16] fund_token=F1 / "
+     "entrust SrcServer=s entrust=[No,OrderID|1,O16] fund_token=F1"},
     {"EntrustCredit|F1", "OrderID,No;O17,1",
-     "entrustpushcredit SrcServer=s entrustpushcredit=[OrderID,No|O17,1] fund_token=F1 / "
-     "entrustmulticredit SrcServer=s entrustmulticredit=[OrderID,No|O17,1] fund_token=F1"},
+     "entrustpushcredit SrcServer=s entrustpushcredit=[No,OrderID|1,O17] fund_token=F1 / "
+     "entrustmulticredit SrcServer=s entrustmulticredit=[No,OrderID|1,O17] fund_token=F1 / "
+     "entrustcredit SrcServer=s entrustcredit=[No,OrderID|1,O17] fund_token=F1"},
     {"entrustret", R"({"InstanceID":"I18","TaskID":18,"Status":"2"})",
      "entrustsubpush InstanceID=I18 TaskID=18 Status=2 SrcServer=s / "
      "order_push InstanceID=I18 TaskID=18 Status=2 SrcServer=s"},
@@ -125,9 +129,9 @@ constexpr PushCase kPushCases[] = {
      "STR_PB_DEAL_PUSH InstanceID=I54 Orders=[No|1|2] SrcServer=s"},
     {"pb_notify_page_permission", R"({"InstanceID":"I55","Orders":[{"No":1},{"No":2}]})",
      "STR_PB_NOTIFY_PORTFOLIO_PERMISSION_PUSH InstanceID=I55 Orders=[No|1|2] SrcServer=s"},
-    {"Trade|F1", "ExecID,No;D56,1", "deal SrcServer=s deal=[ExecID,No|D56,1] fund_token=F1 / "
-     "dealmulti SrcServer=s dealmulti=[ExecID,No|D56,1] fund_token=F1 / "
-     "dealpush SrcServer=s dealpush=[ExecID,No|D56,1] fund_token=F1"},
+    {"Trade|F1", "ExecID,No;D56,1", "deal SrcServer=s deal=[No,ExecID|1,D56] fund_token=F1 / "
+     "dealmulti SrcServer=s dealmulti=[No,ExecID|1,D56] fund_token=F1 / "
+     "dealpush SrcServer=s dealpush=[No,ExecID|1,D56] fund_token=F1"},
     {"condition_order", R"({"InstanceID":"I57","TaskID":57,"Status":"2"})",
      "condition_order InstanceID=I57 TaskID=57 Status=2 SrcServer=s"},
 };

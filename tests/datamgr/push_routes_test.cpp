@@ -79,21 +79,32 @@ TEST(PushRouteTest, TopicsMatchWholeOrUpToTheirFirstBar) {
 
 TEST_F(PushRoutesTest, ListsDecideWhatIsPublished) {
     constexpr char kEnd[] = " fund_token=F1 handle=-1 ret_code=0 ret_message=";
-    const std::string row = std::string("entrustpush entrustpush=[OrderID,No|O1,1]") + kEnd +
-                            " / entrustmulti entrustmulti=[OrderID,No|O1,1]" + kEnd;
+    const auto published = [&](std::string_view rows, std::string_view table) {
+        std::string text;
+        for (const std::string kind : {"entrustpush", "entrustmulti", "entrust"}) {
+            const std::string_view cells = kind == "entrust" ? table : rows;
+            if (cells.empty()) continue;
+            text += (text.empty() ? "" : " / ") + kind + ' ' + kind + "=[" + std::string(cells) + ']' + kEnd;
+        }
+        return text;
+    };
     const uint64_t unknown = CCounters::Get("push_for_unqueried_account");
     CQueueRespData push;
     push.SetData("Table", TableOf("OrderID,No;O1,1"));
     EXPECT_EQ(Pushed("Entrust|F9", push), "");  // never asked for
     EXPECT_EQ(CCounters::Get("push_for_unqueried_account"), unknown + 1);
-    EXPECT_EQ(Pushed("Entrust|F1", push), row);
-    EXPECT_EQ(Pushed("Entrust|F1", push), row);  // others may not know what the list does
-    EXPECT_EQ(Describe(m_manager.GetData("entrust").GetDataView("F1")), "[No,OrderID|1,O1]");
+    EXPECT_EQ(Pushed("Entrust|F1", push), published("No,OrderID|1,O1", "No,OrderID|1,O1"));
+    // Others may not know what the list does.
+    EXPECT_EQ(Pushed("Entrust|F1", push), published("No,OrderID|1,O1", "No,OrderID|1,O1"));
+    push.SetData("Table", TableOf("OrderID;O2"));
+    EXPECT_EQ(Pushed("Entrust|F1", push), published("No,OrderID|,O2", "No,OrderID|1,O1|,O2"));
+    EXPECT_EQ(Describe(m_manager.GetData("entrust").GetDataView("F1")), "[No,OrderID|1,O1|,O2]");
 
     // While the account's first query is under way the push is news at once, and part of the answer later.
+    push.SetData("Table", TableOf("OrderID,No;O1,1"));
     const auto ask =
         m_manager.Send({.type = 1204, .kind = "entrust", .fundToken = "F2", .handle = m_window.GetHandle()});
-    EXPECT_EQ(Pushed("Entrust|F2", push), ReplaceText(row, "F1", "F2"));
+    EXPECT_EQ(Pushed("Entrust|F2", push), ReplaceText(published("OrderID,No|O1,1", ""), "F1", "F2"));
     m_manager.Answer(ask, ResponseOf("OrderID,No;O1,0;O2,0"));
     EXPECT_EQ(m_window.Take(),
               "entrust entrust=[OrderID,No|O1,1|O2,0] fund_token=F2 handle=H ret_code=0 ret_message=");
@@ -113,11 +124,11 @@ TEST_F(PushRoutesTest, WhatAPushIsMadeOf) {
         const char *topic, *rawData, *json, *mapData;
         const char* records;
     } const kCases[] = {
-        {"Fund|F1", R"({"data":[{"A":1},{"A":2}]})", "", "",
-         "fund data=[A|1|2] update_user=F1 fund=[A|1|2] fund_token=F1"},
-        {"Fund|F1", R"([{"A":3}])", "", "", "fund update_user=F1 fund=[A|3] fund_token=F1"},
-        {"Fund|", R"({"fund_token":"F1","data":[{"A":4}]})", "", "",
-         "fund fund_token=F1 data=[A|4] update_user=F1 fund=[A|4]"},
+        {"FundGGT|F1", R"({"data":[{"A":1},{"A":2}]})", "", "",
+         "fund_ggt data=[A|1|2] fund_ggt=[A|1|2] fund_token=F1"},
+        {"FundGGT|F1", R"([{"A":3}])", "", "", "fund_ggt fund_ggt=[A|3] fund_token=F1"},
+        {"FundGGT|", R"({"fund_token":"F1","data":[{"A":4}]})", "", "",
+         "fund_ggt fund_token=F1 data=[A|4] fund_ggt=[A|4]"},
         {"Fund|", R"([{"A":5}])", "", "", ""},  // whose?
         {"Fund|F1", R"({"A":5})", "", "", ""},  // no rows
         {"Fund|F1", "", "", "", ""},
