@@ -104,6 +104,7 @@ bool CFundList::CalcStockAvailable(CUIData& request) const {
 bool CFundList::_merge(std::string_view, CDataTable& held, const CDataTable& push) {
     const CurrencyRows pushed = RowsOfCurrencies(push);
     std::vector<int> columns;  // of the push, by column held
+    columns.reserve(static_cast<size_t>(held.GetColumnNumber()));
     for (int col = 0; col < held.GetColumnNumber(); ++col)
         columns.push_back(push.FindColumn(held.GetColumnProperty(col, "name")));
 

@@ -66,13 +66,13 @@ void SetMarkets(CDataTable& positions) {
     const int code = positions.FindColumn("SecurityID"), market = positions.FindColumn("Market"),
               name = positions.FindColumn("SecurityName");
     for (int row = 0; row < positions.GetRowNumber(); ++row) {
-        const std::string security = positions.GetItemText(row, code);
+        std::string security = positions.GetItemText(row, code);
         std::string place = positions.GetItemText(row, market);
         if (place.empty()) {
             place = LookUpMarket(security, positions.GetItemText(row, name));
             positions.SetItemText(row, market, place);
         }
-        positions.SetItemText(row, joined, security + ":" + place);
+        positions.SetItemText(row, joined, security.append(":").append(place));
     }
 }
 
