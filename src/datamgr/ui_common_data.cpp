@@ -9,6 +9,9 @@ namespace luadui {
 
 void CUICommonData::ResponseNotify(CUIData* record, int handle, bool notifyOthers) {
     if (!record) return;
+    // The list of messages names itself as the receiver of its own, which are news all the same.
+    const CMessageCenterList* const messages = Lists().MessageCenter();
+    if (messages && handle == messages->GetHandle()) handle = kNoHandle;
     const CUIData content = *record;  // the listeners may change or destroy what it belongs to
     const size_t told = notifyOthers ? _notify(content, kNoHandle, handle) : 0;
     if (handle > 0 || CUIStockDataManager::IsCommonData(&content)) {
