@@ -89,7 +89,11 @@ PushResult CTokenTableList::TakePush(std::string_view token, const CDataTable& t
         CCounters::Add("push_row_without_key", static_cast<uint64_t>(table.GetRowNumber()));
         return PushResult::kRefused;
     }
-    if (!held && queryUnderWay) return _keep(account, table, age) ? PushResult::kKept : PushResult::kRefused;
+    if (!held && queryUnderWay) {
+        if (!_keep(account, table, age)) return PushResult::kRefused;
+        if (m_form == PushForm::kRows) _applyRows(account, account.waiting, table);
+        return PushResult::kKept;
+    }
     const bool changed = _apply(token, account, table);
     const bool isKept = m_form != PushForm::kTable && queryUnderWay && _keep(account, table, age);
     if (!isKept) account.pushAge = std::max(account.pushAge, age);
@@ -100,8 +104,10 @@ PushResult CTokenTableList::TakePush(std::string_view token, const CDataTable& t
 void CTokenTableList::GetRowsOf(std::string_view token, CDataTable& rows) {
     CDataTable held;
     const int pushKey = m_form == PushForm::kRows ? rows.FindColumn(m_rowKey) : -1;
-    if (pushKey < 0 || !GetTable(token, held)) return;
-    const RowIndex& index = _indexOf(_account(token), held, held.FindColumn(m_rowKey));
+    const auto account = m_accounts.find(token);
+    if (pushKey < 0 || account == m_accounts.end()) return;
+    if (!GetTable(token, held)) held = account->second.waiting;
+    const RowIndex& index = _indexOf(account->second, held, held.FindColumn(m_rowKey));
     CDataTable now;
     now.CopyHeader(held);
     for (int pushed = 0; pushed < rows.GetRowNumber(); ++pushed) {
@@ -193,6 +199,7 @@ bool CTokenTableList::_isOlder(const Account& account, bool held, uint64_t age) 
 void CTokenTableList::_store(std::string_view token, Account& account, CDataTable table, Origin origin) {
     _prepare(token, table, origin);
     account.index.Clear();
+    account.waiting.Clear();
     const bool isNew = !Holds(token);
     SetData(token, table);
     if (isNew) _register(token);

@@ -81,8 +81,8 @@ class CTokenTableList : public CUIData {
     PushResult TakePush(std::string_view token, const CDataTable& table, uint64_t age, bool queryUnderWay);
 
     // Puts what the list holds now of a push's rows in their place: all columns of the held table, rows in the
-    // order of the push, those without key or that are not held left out. `rows` stays as it is in lists
-    // without row key and for accounts without table.
+    // order of the push, those without key or that are not held left out. Kept pushes make up the table of an
+    // account that has none yet. `rows` stays as it is in lists without row key and for other accounts.
     void GetRowsOf(std::string_view token, CDataTable& rows);
 
     // No query for the account is under way any longer, whether answered or not; after TakeAnswer. Kept
@@ -150,6 +150,7 @@ class CTokenTableList : public CUIData {
         uint64_t pushAge = 0;    // of the newest push in the table that could not be applied again
         RowIndex index;
         std::list<Kept> kept;  // oldest first
+        CDataTable waiting;    // the rows of kept pushes while there is no table
     };
     // Where the cells of a push go: for each of its columns the first one of that name in the table; -1 for
     // those that nobody could read by name: without one, or not the first of theirs.

@@ -113,10 +113,7 @@ void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_
     const PushedList& row = *PushedListIndex::Find(push.key);
     const Merged merged = MergeAccount(manager, push, row);
     if (!merged.isUseful) return;
-    // Rows are no table: that comes with the answer they wait for.
-    const bool isWaiting = row.rows == PushedRows::kSingle && !merged.list->Holds(merged.token);
     for (const std::string_view kind : kinds) {
-        if (isWaiting && kind == merged.list->GetTypeText()) continue;
         if (!Publish(manager, push, kind, merged)) return;
     }
     if (row.rows == PushedRows::kWholeTable) TellAccountData(manager, row.list, merged.token, push.table);
