@@ -168,8 +168,8 @@ TEST_F(AnswerRoutesTest, FailuresReachTheAskerAndChangeNothing) {
 }
 
 TEST_F(AnswerRoutesTest, AccountsReachEachFamily) {
-    for (const char* kind :
-         {"account", "account_xy", "accountdatalist", "accountdatalistcredit", "accountdatalist_ggt"})
+    for (const char* kind : {"account", "account_xy", "accountdatalist", "accountdatalistcredit",
+                             "accountdatalist_ggt", "accountdatalist_push"})
         m_manager.RegisterNotify(m_other.GetHandle(), kind);
     constexpr char kRows[] = "account_id,trade_type,fund_token;1,1,F1;2,2,C1";
     const auto ask =
@@ -188,6 +188,9 @@ TEST_F(AnswerRoutesTest, AccountsReachEachFamily) {
             kEnd +
             " / accountdatalist_ggt accountdatalist_ggt=[accounts|1||1,1,,,,,,1,,,F1,,,,,,,,] "
             "fund_token=<F1>" +
+            kEnd +
+            " / accountdatalist_push accountdatalist_push=[accounts|1||1,1,,,,,,1,,,F1,,,,,,,,] operate=add "
+            "all_update_account=<F1> fund_token=<F1>" +
             kEnd + " / account_xy account_xy=[account_id,trade_type,fund_token|2,2,C1]" + kEnd +
             " / accountdatalistcredit accountdatalistcredit=[accounts|2||2,2,,,,,,2,,,C1,,,,,,,,] "
             "fund_token=<C1>" +

@@ -1,4 +1,5 @@
 // A page's data manager: what its asks become, what it takes of the news, and what it asks when it wakes.
+#include "datamgr/account_news.h"
 #include "datamgr/quote_fields.h"
 #include "datamgr/request_route.h"
 #include "messaging/request_types.h"
@@ -406,7 +407,7 @@ TEST_F(PageDataTest, NewsOfAccountsAreForThePagesGroup) {
              {"accountdatalist", "accountdatalistcredit", "accountdatalist_ggt", "accountdatalist_push",
               "currency_accountdatalist_push", "accountdatalist_push_credit"});
     EXPECT_TRUE(Ask("accountdatalist handle=H groupname=g"));
-    EXPECT_NE(window.Take().find("accountdatalist=[account_id,fund_token,trade_type|A1,F1,0|A2,F2,0]"),
+    EXPECT_NE(window.Take().find("|A1||0,A1,,,,,,0,,,F1,,,,,,,,|A2||0,A2,,,,,,0,,,F2,,,,,,,,] "),
               std::string::npos);
     Ask("accountdatalistcredit handle=H groupname=g");
     Ask("accountdatalist_ggt handle=H groupname=g");
@@ -453,6 +454,51 @@ TEST_F(PageDataTest, NewsOfAccountsAreForThePagesGroup) {
     EXPECT_EQ(kinds, "accountdatalist accountdatalistcredit accountdatalist_ggt ");
     EXPECT_NE(got.find("groupname=g"), std::string::npos);
     EXPECT_EQ(Sent(), "");
+}
+
+// Money, and accounts that go, are told to pages whose group has or had the account, in the page's mode.
+TEST_F(PageDataTest, NewsOfMoneyAreForThePagesGroup) {
+    SetAccounts();
+    CUIData& credit = *Common().Accounts(ListStore::kCredit);
+    Register(window, {"accountdatalist_push", "accountdatalist_ggt_push", "accountdatalist_push_credit"});
+    for (const char* kind : {"accountdatalist", "accountdatalist_ggt", "accountdatalistcredit"})
+        Ask(std::string(kind) + " handle=H groupname=g");
+    window.Take();
+    struct {
+        const char *kind, *token, *heard;
+    } const kCases[] = {
+        {"fund", "F1", "accountdatalist_push operate=update all_update_account=<F1> fund_token=<F1>"},
+        {"fund", "F1", ""},  // again
+        {"fund", "F3", ""},  // of no account of the group
+        {"fund_ggt", "F1", "accountdatalist_ggt_push operate=update all_update_account=<F1> fund_token=<F1>"},
+        {"credit_fund", "C1",
+         "accountdatalist_push_credit operate=update all_update_account=<C1> fund_token=<C1>"},
+        {"entrust", "F2", ""},
+    };
+    const auto heard = [&] {
+        const std::string got = window.Take();
+        const size_t rows = got.find(' '), operate = got.find(" operate");
+        return got.substr(0, rows) +
+               (operate == got.npos ? "" : got.substr(operate, got.find(" handle") - operate));
+    };
+    for (const auto& [kind, token, expected] : kCases) {
+        EXPECT_TRUE(TellAccountData(router.CommonData(), kind, token, TableOf("Currency,TotalAssets;CNY,7")));
+        EXPECT_EQ(heard(), expected) << kind << token;
+    }
+    EXPECT_NE(Describe(credit.GetDataView("accountdatalistcredit")).find("C1,,,CNY,7,"), std::string::npos);
+    EXPECT_TRUE(PublishAccountData(
+        router.CommonData(),
+        Common().Accounts(ListStore::kPlain)->SetAccounts(TableOf("account_id,fund_token,trade_type;A2,F2,0"))));
+    EXPECT_EQ(heard(), "accountdatalist_push operate=delete all_update_account=<F1> fund_token=<F1>");
+
+    Ask("accountdatalistcredit handle=H groupname=g client_type=PB_MODE");
+    window.Take();
+    Counted("record_of_other_mode");
+    TellAccountData(router.CommonData(), "credit_fund", "C1", TableOf("Inst_AvailableValue,TotalAssets;1,8"));
+    EXPECT_EQ(
+        heard(),
+        "accountdatalist_push_credit operate=update all_update_account=<C1> fund_token=<C1> PB_MODE=true");
+    EXPECT_EQ(Counted("record_of_other_mode"), 1u);
 }
 
 // A page that sleeps misses nothing: what it asks on waking is the newest, also when older answers are on their way.
