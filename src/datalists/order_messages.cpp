@@ -16,19 +16,19 @@ namespace {
 enum Kind { kBasket, kMulti, kNormal, kAlgorithm, kConditional, kGrid };
 
 struct OrderKind {
-    std::string_view name;
     std::string_view shown;
-    const char* statusMessage;  // the column with the server's words on the status
-    const char* localId;        // the member of "data" with the local id; null: that of the push counts
+    const char* localId;  // the member of "data" with the local id; null: that of the push counts
 };
-constexpr std::array kOrderKinds = std::to_array<OrderKind>({
-    {"basketorder", "篮子交易", "OrderStatusMsg", nullptr},
-    {"multiorder", "多户交易", "OrderStatusMsg", nullptr},
-    {"normalorder", "单户交易", "OrderStatusMsg", nullptr},
-    {"algorithmorder", "算法交易", "OrderStatusMsg", "localid"},
-    {"conditionalgoorder", "条件交易", "OrderStatusMsg", "localid"},
-    {"gridorder", "网格交易", "OrderStatusMsg", "LocalID"},
-});
+// By Kind.
+constexpr std::array kOrderKinds = std::to_array<OrderKind>({{"篮子交易", nullptr},
+                                                             {"多户交易", nullptr},
+                                                             {"单户交易", nullptr},
+                                                             {"算法交易", "localid"},
+                                                             {"条件交易", "localid"},
+                                                             {"网格交易", "LocalID"}});
+static_assert(kOrderKinds.size() == kGrid + 1);
+
+constexpr char kServerWords[] = "OrderStatusMsg";  // the column with what the server says about the status
 
 struct NamedKind {
     std::string_view name;
@@ -142,7 +142,7 @@ class Writer {
     std::string _note(int row) const {
         std::string note = m_account;
         const std::string instance = FirstText(m_push, {"InstanceID"});
-        const std::string status = _cell(row, m_kind.statusMessage);
+        const std::string status = _cell(row, kServerWords);
         for (const std::string& part : {instance.empty() ? "" : Gbk("指令") + instance,
                                         status.empty() ? _cell(row, "OrderStatus") : status}) {
             if (!note.empty() && !part.empty()) note += Gbk("，");
@@ -153,7 +153,7 @@ class Writer {
 
     std::string _serverText(int row) const {
         const std::string said = m_push.GetDataString("msg");
-        return said.empty() || &m_kind != &kOrderKinds[kNormal] ? _cell(row, m_kind.statusMessage) : said;
+        return said.empty() || &m_kind != &kOrderKinds[kNormal] ? _cell(row, kServerWords) : said;
     }
 
     std::string _localId(int row) {
