@@ -199,7 +199,6 @@ void WriteAnswer(const Order& order, const Accounts& accounts, CUIData& request)
     request.SetData(kAllocate, table);
     request.SetData("multi_account_amount", amounts);
     request.SetData("stock_available", total.Text(0));
-    if (!accounts.missing.IsEmpty()) request.SetData("missing_account", accounts.missing);
 }
 
 }  // namespace
@@ -215,10 +214,12 @@ Refusal ComputeAllocation(CUIDataManager& manager, CUIData& request) {
     Refusal refusal = order.Read(request);
     if (refusal.empty()) refusal = TakeMost(manager, request, order, accounts);
     if (refusal.empty()) refusal = TakeShares(manager, request, accounts);
-    if (!refusal.empty()) return refusal;
-    request.SetData("fund_token", accounts.tokens);
-    WriteAnswer(order, accounts, request);
-    return {};
+    if (refusal.empty()) {
+        request.SetData("fund_token", accounts.tokens);
+        WriteAnswer(order, accounts, request);
+    }
+    if (!accounts.missing.IsEmpty()) request.SetData("missing_account", accounts.missing);
+    return refusal;
 }
 
 }  // namespace luadui

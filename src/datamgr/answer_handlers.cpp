@@ -119,6 +119,18 @@ void HandleBasketDetail(CUIDataManager& manager, Answer& answer) {
     Tell(manager, record, answer.handle);
 }
 
+void HandleShared(CUIDataManager& manager, Answer& answer) {
+    CUIData record = MakeAnswerRecord(answer, answer.kind);
+    if (answer.code == 0) {
+        if (IsNewest(manager, answer.kind, answer.age)) {
+            Share(manager, answer.kind, record, answer.age);
+        } else {
+            TakeShared(manager, answer.kind, record);
+        }
+    }
+    Tell(manager, record, answer.handle);
+}
+
 void HandleHolidays(CUIDataManager& manager, Answer& answer) {
     CUIData record = MakeAnswerRecord(answer, kHolidays);
     const CDataSet dates = ParseHolidays(record.GetDataText(kHolidays));

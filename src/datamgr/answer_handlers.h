@@ -31,6 +31,8 @@ void HandleReference(CUIDataManager& manager, Answer& answer);
 void HandleBasketDetail(CUIDataManager& manager, Answer& answer);
 // Lists that only some pages have; elsewhere the answer is passed on.
 void HandlePageList(CUIDataManager& manager, Answer& answer);
+// The same for all and of use later: shared under its kind, where it answers those who ask again.
+void HandleShared(CUIDataManager& manager, Answer& answer);
 // The days on which the exchanges are closed: shared as "holidays".
 void HandleHolidays(CUIDataManager& manager, Answer& answer);
 

@@ -104,7 +104,7 @@ constexpr AnswerRoute kRoutes[] = {
     {1290, "delete_grade_cond_inst", DeliverAnswer},
     {1427, "lua_subscribe", DeliverUnderRouteKind},
     {1428, "after_price_tac", DeliverAnswer},
-    {1429, "kcb_code_mask", DeliverAnswer},
+    {1429, "kcb_code_mask", HandleShared},
     {1435, "query_credit_rzbd", DeliverAnswer},
     {1436, "query_credit_rqbd", DeliverAnswer},
     {1437, "credit_wtsl", DeliverAnswer},

@@ -5,10 +5,9 @@
 #include <string>
 
 #include "base/data_list.h"
+#include "base/data_table.h"
 #include "base/text.h"
-#include "datalists/fund_list.h"
 #include "datalists/ggt_reference.h"
-#include "datalists/position_list.h"
 #include "datamgr/local_sources.h"
 #include "datamgr/stock_source.h"
 #include "datamgr/ui_stock_data_manager.h"
@@ -35,11 +34,23 @@ bool FitsAny(std::string_view code, std::string_view masks) {
     return std::ranges::any_of(parts, [&](std::string_view mask) { return FitsMask(code, TrimText(mask)); });
 }
 
+// The columns have no settled names.
+bool FitsAny(std::string_view code, const CDataTable& masks) {
+    for (int row = 0; row < masks.GetRowNumber(); ++row) {
+        for (int col = 0; col < masks.GetColumnNumber(); ++col) {
+            if (FitsAny(code, masks.GetItemText(row, col))) return true;
+        }
+    }
+    return false;
+}
+
 // None when the value holds no masks.
 std::optional<bool> FitsAny(std::string_view code, const ValueView& masks) {
     if (masks.Kind() == kDataString) return FitsAny(code, masks.AsText());
     if (CDataSet set; masks.Get(set))
         return std::ranges::any_of(set, [&](const std::string& mask) { return FitsAny(code, mask); });
+    CDataTable table;
+    if (masks.Get(table)) return FitsAny(code, table);
     CDataList list;
     if (!masks.Get(list)) return std::nullopt;
     for (const auto [key, mask] : list) {

@@ -34,11 +34,18 @@ Refusal ComputePriceSpread(CUIDataManager& manager, CUIData& request);
 // where there is no limit: "limit_up", "limit_down", "declare_high", "declare_low", "price_step".
 Refusal ComputeLimitPrice(CUIDataManager& manager, CUIData& request);
 
-// "code_mask": whether "stock_code" fits a mask (see MatchesMask), as the boolean "is_match". The masks are
-// those in "masks" (a text, set or list), or else what is shared as "kcb_code_mask".
+// "code_mask": whether "stock_code" fits one of the masks in "masks" (a text of several separated by ';', a set, list or
+// table), or else in the answer that is shared as "kcb_code_mask", there under "masks" or the kind. In a mask each
+// '?' and '*' stands for a digit, but a single '*' at the end for whatever follows: "688***", "688*". Answers the
+// boolean "is_match".
 Refusal ComputeCodeMask(CUIDataManager& manager, CUIData& request);
 
-// "price_level": see datamgr/price_level.h.
+// "price_level": the price of "price_level" in the quote of "stock_code" of "stock_marketid": "0" or "最新价" the last
+// price, "B1" or "买一" to "B10" and "S1" or "卖一" to "S10" those in the book, "ZT" or "涨停价" and "DT" or "跌停价"
+// the daily limits; "NULL" is none chosen, and has the empty text for price. The quote is the record "quote", or the
+// request itself, with "PriceZxjg", "PriceBuy1", "PriceSell1", "PriceZtjg", "PriceDtjg", "PriceZrsp" and so on.
+// "price_offset" moves the price by that many steps (up to 10,000). Answers "price" as text, on a step and within
+// the daily limits: those of the quote, else those that its previous close gives.
 Refusal ComputePriceLevel(CUIDataManager& manager, CUIData& request);
 
 // "allocate": divides an order among accounts (see AllocateQuantity). Reads
