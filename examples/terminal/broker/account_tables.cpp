@@ -87,7 +87,7 @@ CDataTable PositionTable(const Account& account) {
     CDataTable table;
     AppendRow(table, {"SecurityID", "SecurityName", "Market", "Currency", "StockBalance",
                       "AvailableStockBalance", "Inst_AvailableStockBalance", "CostPrice", "LastPrice",
-                      "MarketValue", "FloatProfit", "DayProfit"});
+                      "MarketValue", "FloatProfit", "DayProfit", "fund_token"});
     for (const Position& position : account.positions) {
         const Cents value = MarketValue(position);
         const std::string available = std::to_string(position.available);
@@ -95,7 +95,7 @@ CDataTable PositionTable(const Account& account) {
                           std::to_string(position.volume), available, available, MillsText(position.cost),
                           MillsText(position.price), CentsText(value),
                           CentsText(value - ValueOf(position.volume, position.cost)),
-                          CentsText(DayProfit(position))});
+                          CentsText(DayProfit(position)), account.fundToken});
     }
     return table;
 }
@@ -110,7 +110,7 @@ CDataTable OrderTable(const Account& account, std::span<const size_t> rows) {
         AppendRow(table, {order.id, order.localId, order.code, order.name, order.market, SideOf(order.isSale),
                           SideName(order.isSale), std::to_string(order.volume), MillsText(order.price),
                           std::to_string(order.dealt), AveragePrice(order), StatusOf(order),
-                          StatusTextOf(order), order.instance, order.task});
+                          StatusTextOf(order), order.instance, order.task, account.fundToken});
     }
     return table;
 }
@@ -118,12 +118,12 @@ CDataTable OrderTable(const Account& account, std::span<const size_t> rows) {
 CDataTable DealTable(const Account& account, std::span<const size_t> rows) {
     CDataTable table;
     AppendRow(table, {"ExecID", "OrderID", "SecurityID", "SecurityName", "Market", "Side", "SideName",
-                      "TradeVolume", "TradePrice", "BusinessAmount", "InstanceID", "TaskID"});
+                      "TradeVolume", "TradePrice", "BusinessAmount", "InstanceID", "TaskID", "fund_token"});
     for (const size_t row : rows) {
         const Deal& deal = account.deals[row];
         AppendRow(table, {deal.id, deal.orderId, deal.code, deal.name, deal.market, SideOf(deal.isSale),
                           SideName(deal.isSale), std::to_string(deal.volume), MillsText(deal.price),
-                          CentsText(deal.Amount()), deal.instance, deal.task});
+                          CentsText(deal.Amount()), deal.instance, deal.task, account.fundToken});
     }
     return table;
 }

@@ -18,11 +18,10 @@ std::vector<size_t> RowsOf(const std::vector<Item>& items, std::string_view inst
     return rows;
 }
 
-// A table's rows as objects, with the account's token. Two columns have other names here.
-void AppendRows(const CDataTable& table, const std::string& fundToken, const char* array, CJsonObject& json) {
+// A table's rows as objects. Two columns have other names here.
+void AppendRows(const CDataTable& table, const char* array, CJsonObject& json) {
     for (int row = 0; row < table.GetRowNumber(); ++row) {
         CJsonObject object;
-        object.Set("fund_token", fundToken);
         object.Set("PendingOrderID", table.GetItemText(row, "OrderID"));
         for (int col = 0; col < table.GetColumnNumber(); ++col) {
             std::string_view name = table.GetColumnProperty(col, "name");
@@ -42,8 +41,8 @@ BasketDetail BasketDetailOf(const AccountBook& book, std::string_view instance, 
     for (const Account& account : book.Accounts()) {
         const CDataTable orders = OrderTable(account, RowsOf(account.orders, instance, task));
         const CDataTable deals = DealTable(account, RowsOf(account.deals, instance, task));
-        AppendRows(orders, account.fundToken, "PendingOrderArray", detail.json);
-        AppendRows(deals, account.fundToken, "DealOrderArray", detail.json);
+        AppendRows(orders, "PendingOrderArray", detail.json);
+        AppendRows(deals, "DealOrderArray", detail.json);
         if (detail.orders.GetColumnNumber() == 0) detail.orders.CopyHeader(orders);
         detail.orders.InsertTable(orders);
     }

@@ -122,6 +122,13 @@ bool Broker::SetPrice(const std::string& code, Mills price) {
     return done;
 }
 
+void Broker::SetMarketVolume(Shares volume) {
+    _call([&] {
+        m_exchange.SetMarketVolume(volume);
+        _planStep();
+    });
+}
+
 bool Broker::WarnOfRisk(const std::string& fundToken, const std::string& code, Shares volume) {
     bool done = false;
     _call([&] {

@@ -46,6 +46,8 @@ class Broker {
     bool Trade(const std::string& fundToken, const std::string& code, Shares volume, std::string& error);
     // The market moves. False when there is no such security.
     bool SetPrice(const std::string& code, Mills price);
+    // See Exchange::SetMarketVolume.
+    void SetMarketVolume(Shares volume);
     // Risk control objects to an order for this account: pushed to the client. False when there is no such account or
     // security.
     bool WarnOfRisk(const std::string& fundToken, const std::string& code, Shares volume);

@@ -124,7 +124,7 @@ void Exchange::_forgetEnded() {
 
 void Exchange::_match(const OpenOrder& taker) {
     const Security& security = *m_book.FindSecurity(taker.Get().code);
-    Shares marketLeft = kMarketVolume;
+    Shares marketLeft = m_marketVolume;
     while (taker.Get().IsOpen()) {
         const auto offer = _bestOffer(taker, security, marketLeft);
         if (!offer) break;

@@ -32,13 +32,13 @@ struct AccountChange {
 
 // Matching goes in steps. In each one every open order, in the order of their arrival, trades with what suits its price:
 //   - with earlier orders of other accounts, at their price: the best price first, then the earlier one;
-//   - with the market, which buys and sells at the last price, but with an order no more than kMarketVolume in a step.
+//   - with the market, which buys and sells at the last price, but with an order no more than the market's volume in a
+//     step.
 // The last price is moved by SetPrice alone. Orders outside the day's limits are rejected in their first step.
 //
 // Threads: one at a time.
 class Exchange {
   public:
-    static constexpr Shares kMarketVolume = 5'000;
     static constexpr size_t kMaxOrders = 10'000;  // of an account
 
     const AccountBook& Book() const { return m_book; }
@@ -51,6 +51,8 @@ class Exchange {
     // Fills an order at once and whole, at the last price, as a deal made outside the market.
     bool Trade(std::string_view fundToken, std::string_view code, Shares volume, std::string& error);
     bool SetPrice(std::string_view code, Mills price);
+    // 0: accounts only trade with each other.
+    void SetMarketVolume(Shares volume) { m_marketVolume = volume; }
     // When it changed something, a further one may, too.
     void Step();
 
@@ -82,6 +84,7 @@ class Exchange {
     AccountBook m_book;
     std::vector<OpenOrder> m_open;  // in the order of their arrival
     std::vector<AccountChange> m_changes;
+    Shares m_marketVolume = 5'000;
     uint64_t m_orders = 0;
     uint64_t m_deals = 0;
 };

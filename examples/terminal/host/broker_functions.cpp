@@ -41,6 +41,12 @@ int SetPrice(lua_State* L) {
     });
 }
 
+int SetMarketVolume(lua_State* L) {
+    const Shares volume = CheckShares(L, 1);
+    luaL_argcheck(L, volume >= 0, 1, "out of range");
+    return Run(L, [=](Terminal& terminal, LuaAnswer&) { terminal.GetBroker().SetMarketVolume(volume); });
+}
+
 int WarnOfRisk(lua_State* L) {
     const char* fundToken = luaL_checkstring(L, 1);
     const char* code = luaL_checkstring(L, 2);
@@ -106,6 +112,7 @@ constexpr luaL_Reg kFunctions[] = {
     {"holdings", Holdings},
     {"trade", Trade},
     {"set_price", SetPrice},
+    {"set_market_volume", SetMarketVolume},
     {"warn_of_risk", WarnOfRisk},
     {"replay", Replay},
     {"come_online", ComeOnline},

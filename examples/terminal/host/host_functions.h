@@ -38,6 +38,7 @@ class Terminal;
 //     holdings(fund_token)       array of positions: see broker/books.h
 //     trade(fund_token, code, volume)   a deal at once, outside the market; orders are sent by pages
 //     set_price(code, price)     the market moves; `price` is a text
+//     set_market_volume(shares)  how many the market takes from an order, or gives it, in a step; 5,000 at first
 //     warn_of_risk(fund_token, code, volume)   risk control objects to such an order
 //     replay()                   pushes the orders and deals of the day again; answers how many pushes that were
 //     come_online(fund_token)    the account logs in

@@ -240,16 +240,23 @@ void DataPage::_take(const CUIData& record) {
     _takeTables(record);
 }
 
-// The table of one account, or of all, has the name of the kind; those of several accounts have the accounts' names.
+// The table of one account, or of all, has the name of the kind; those of several accounts have the accounts' names. Others
+// are shown under their own.
 void DataPage::_takeTables(const CUIData& record) {
+    const std::string kind = record.GetType();
+    const CDataSet accounts = AccountsOf(record);
     CDataTable table;
-    if (record.GetData(record.GetType(), table)) {
-        const std::string account = record.GetDataString("fund_token");
-        if (account.empty() || _shows(account)) _takeTable(record, account, table);
-        return;
+    for (const auto [name, value] : record) {
+        if (!value.Get(table)) continue;
+        if (name == kind) {
+            const std::string account = record.GetDataString("fund_token");
+            if (account.empty() || _shows(account)) _takeTable(record, account, table);
+        } else if (!accounts.Contains(name)) {
+            m_tables[{kind, std::string(name)}] = table;
+        } else if (_shows(name)) {
+            _takeTable(record, std::string(name), table);
+        }
     }
-    for (const std::string& account : AccountsOf(record))
-        if (_shows(account) && record.GetData(account, table)) _takeTable(record, account, table);
 }
 
 // Pushes may have the new rows only; the manager has them all.

@@ -92,17 +92,22 @@ function data_pages.run(session, before)
     end)
 
     step("The third page sleeps, the second one buys",
-         "the buyer gets the answer, those awake the news that they hear of, the one asleep nothing", function()
+         "the buyer gets the answer; those awake hear of the order, which holds money, then of its deal; the one asleep of " ..
+         "nothing. Positions come with each change of the funds, too, since their weights follow", function()
         session.sleep(BACK, true)
         return check(both(to(CORE, "create_entrust 880001 (answer)", "fund 880001, 3 rows (push)",
-                             "deal 880001, 1 rows (push)"),
-                          to(ALL, "entrustpush 880001, 1 rows (push)", "fund 880001, 3 rows (push)",
+                             "fund 880001, 3 rows (push)", rows("deal", 1, "push")),
+                          to(ALL, "entrustpush 880001, 1 rows (push)", rows("entrust", 1, "push"),
+                             "messagecenter, 1 rows (push)", "fund 880001, 3 rows (push)", "position 880001, 9 rows (push)",
+                             "entrustpush 880001, 1 rows (push)", rows("entrust", 1, "push"),
+                             "messagecenter, 1 rows (push)", "position 880001, 9 rows (push)", "fund 880001, 3 rows (push)",
                              "position 880001, 9 rows (push)")), 1, function() order(CORE, "880001", "600000", "100") end)
     end)
 
     step("The other account trades", "deals of it were never asked for, so nobody hears of one", function()
         return check(both(to(CORE, "fund 880002, 1 rows (push of another account)"),
-                          to(ALL, "entrustpush 880002, 1 rows (push)", "fund 880002, 1 rows (push)",
+                          to(ALL, "entrustpush 880002, 1 rows (push)", "entrust 880002, 1 rows (push)",
+                             "messagecenter, 1 rows (push)", "position 880002, 2 rows (push)", "fund 880002, 1 rows (push)",
                              "position 880002, 2 rows (push)")), 0, function() terminal.trade("880002", "601398", 100) end)
     end)
 
@@ -116,9 +121,13 @@ function data_pages.run(session, before)
         return good and shows(BACK, ("\n600000 [^\n]* %d "):format(before.shares + 100)), seen
     end)
 
-    step("The first page asks again, then wants fresh data", "the cache answers; then the server, and only the asker", function()
-        return check(to(ALL, "fund 880001,880002, 4 rows (from the cache)", "fund 880001, 3 rows (answer)",
-                        "fund 880002, 1 rows (answer)"), 2, function()
+    step("The first page asks again, then wants fresh data",
+         "the cache answers; then the server, and only the asker; all hear of the positions' weights", function()
+        return check(both(to(ALL, "fund 880001,880002, 4 rows (from the cache)", "fund 880001, 3 rows (answer)",
+                             "fund 880002, 1 rows (answer)", "position 880001, 9 rows (push)",
+                             "position 880002, 2 rows (push)"),
+                          to(BACK, "position 880001, 9 rows (push)",
+                             "position 880002, 2 rows (push of another account)")), 2, function()
             session.command(ALL, {["do"] = "ask", kind = "fund"})
             session.command(ALL, {["do"] = "ask", kind = "fund", refresh = 1})
         end)
@@ -184,10 +193,11 @@ function data_pages.run(session, before)
     end)
 
     step("The second page no longer hears of funds", "it gets the deal only", function()
-        return check(both(both(to(CORE, "deal 880001, 1 rows (push)"),
-                               to(BACK, "fund 880001, 3 rows (push)", "position 880001, 9 rows (push)",
-                                  "deal 880001, 1 rows (push)")),
-                          to(ALL, "entrustpush 880001, 1 rows (push)", "fund 880001, 3 rows (push)",
+        return check(both(both(to(CORE, rows("deal", 2, "push")),
+                               to(BACK, "position 880001, 9 rows (push)", "fund 880001, 3 rows (push)",
+                                  "position 880001, 9 rows (push)", rows("deal", 2, "push"))),
+                          to(ALL, "entrustpush 880001, 1 rows (push)", rows("entrust", 2, "push"),
+                             "messagecenter, 1 rows (push)", "position 880001, 9 rows (push)", "fund 880001, 3 rows (push)",
                              "position 880001, 9 rows (push)")), 0, function()
             session.command(CORE, {["do"] = "unhear", kind = "fund"})
             session.idle(50)
@@ -211,8 +221,9 @@ function data_pages.run(session, before)
     end)
 
     step("A page is closed while its answer is under way", "nobody gets that answer, and the page no news any more", function()
-        return check(to(ALL, "entrustpush 880002, 1 rows (push)", "fund 880002, 1 rows (push)", "position 880002, 2 rows (push)"),
-                     1, function()
+        return check(to(ALL, "entrustpush 880002, 1 rows (push)", "entrust 880002, 2 rows (push)",
+                        "messagecenter, 1 rows (push)", "position 880002, 2 rows (push)", "fund 880002, 1 rows (push)",
+                        "position 880002, 2 rows (push)"), 1, function()
             terminal.fault("delay", 1, 100)
             session.command(CORE, {["do"] = "ask", kind = "deal", refresh = 1})
             session.command(BACK, {["do"] = "close"})

@@ -193,6 +193,7 @@ step("A script sends a frame message", "it reaches the host window", function()
 end)
 
 require("data_pages").run(session, {pages = {PAGE, "第二页"}, orders = 8, shares = 14500})
+require("trading").run(session, {pages = {"总览"}})
 
 step("Clean end", "the UI thread ends within ten seconds and creates no page any more", function()
     local ended, reason = terminal.stop_ui()

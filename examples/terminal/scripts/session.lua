@@ -53,6 +53,16 @@ function session.view(page)
     return view
 end
 
+-- The rows of a table that a data page shows, each {column = text}: of a kind and an account, or of all accounts ("").
+-- Nil when it has none.
+function session.table_of(page, kind, account)
+    local rows = terminal.page_table(to_codepage(page), account == "" and kind or kind .. " " .. account)
+    for _, row in ipairs(rows or {}) do
+        for column, text in pairs(row) do row[column] = to_utf8(text) end
+    end
+    return rows
+end
+
 -- Opens a page for an account; true when its window was created.
 function session.open_page(page, fund_token, library)
     return session.luadui.on_init(to_codepage(page), library or session.fund_library,
