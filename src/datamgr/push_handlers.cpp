@@ -91,13 +91,18 @@ Merged MergeAccount(CUIDataManager& manager, Push& push, const PushedList& row) 
 }
 
 // False when the manager went meanwhile.
-bool Publish(CUIDataManager& manager, const Push& push, std::string_view kind, const Merged& merged = {}) {
+bool Publish(CUIDataManager& manager, const Push& push, std::string_view kind) {
     CUIData record = MakePushRecord(push, kind);
-    if (merged.list && merged.list->GetTypeText() == kind) {
-        CDataTable table;
-        if (!merged.list->GetTable(merged.token, table)) return true;  // it comes with the answer
-        record.SetData(kind, table);
-    }
+    return Tell(manager, record, CBaseObject::kNoHandle);
+}
+
+// The same under the kind of the list, with the account's whole table; that of an account which is not held yet comes
+// with the answer.
+bool PublishTable(CUIDataManager& manager, const Push& push, const Merged& merged) {
+    CDataTable table;
+    if (!merged.list->GetTable(merged.token, table)) return true;
+    CUIData record = MakePushRecord(push, merged.list->GetTypeText());
+    record.SetData(merged.list->GetTypeText(), table);
     return Tell(manager, record, CBaseObject::kNoHandle);
 }
 
@@ -114,7 +119,8 @@ void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_
     const Merged merged = MergeAccount(manager, push, row);
     if (!merged.isUseful) return;
     for (const std::string_view kind : kinds) {
-        if (!Publish(manager, push, kind, merged)) return;
+        const bool isTable = row.rows == PushedRows::kSingle && kind == row.list;
+        if (!(isTable ? PublishTable(manager, push, merged) : Publish(manager, push, kind))) return;
     }
     if (row.rows == PushedRows::kWholeTable) TellAccountData(manager, row.list, merged.token, push.table);
 }

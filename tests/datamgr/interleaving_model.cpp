@@ -21,7 +21,9 @@ bool IsCommon(const std::string& kind) {
                                 "accountgroupcredit",
                                 "accountdatalist",
                                 "accountdatalistcredit",
-                                "accountdatalist_ggt"};
+                                "accountdatalist_ggt",
+                                "accountdatalist_push",
+                                "accountdatalist_ggt_push"};
     return kinds.contains(kind);
 }
 
@@ -46,11 +48,28 @@ Rows RowsOf(const Rows& rows, const Names& tokens) {
     return some;
 }
 
+// How many of "delete", "add" and "update" tell what became of the accounts, whose first cell is their id.
+int CountNews(const Rows& before, const Rows& after) {
+    const auto ids = [](const Rows& rows) {
+        Names names;
+        for (const auto& [row, version] : rows) names.insert(row.substr(0, row.find(',')));
+        return names;
+    };
+    const Names old = ids(before), now = ids(after);
+    const auto hasOthers = [](const Names& a, const Names& b) { return !std::ranges::includes(b, a); };
+    const bool isUpdated = std::ranges::any_of(after, [&](const auto& row) {
+        const auto held = before.find(row.first);
+        return old.contains(row.first.substr(0, row.first.find(','))) &&
+               (held == before.end() || held->second != row.second);
+    });
+    return hasOthers(old, now) + hasOthers(now, old) + isUpdated;
+}
+
 }  // namespace
 
 const std::vector<ListKind>& Lists() {
     static const std::vector<ListKind> lists = {
-        {"fund", "", "ID", "Fund|", 1201, false, {"fund"}, {"fund"}},
+        {"fund", "", "Currency", "Fund|", 1201, false, {"fund"}, {"fund"}},
         {"position",
          "positionmulti",
          "ID",
@@ -65,7 +84,7 @@ const std::vector<ListKind>& Lists() {
          "Entrust|",
          1204,
          true,
-         {"entrustpush", "entrustmulti"},
+         {"entrustpush", "entrustmulti", "entrust"},
          {"entrust", "entrustmulti"}},
         {"deal",
          "dealmulti",
@@ -322,16 +341,19 @@ void Model::Answer(Asked& request, const Rows& rows, bool hasTable, int code) {
     TakeNewer(account.rows, account.kept);
     _queryEnded(*list, request.token);
     notice.rows = account.rows;
+    notice.isUpdate = true;
     if (request.asker == -1) {
         frames.back().isSingle = false;
         for (const std::string& kind : list->asked) {
             notice.kind = kind;
             _publish(notice, -1, true);
         }
-        return;
+    } else if (request.kind != list->name) {
+        return _publishView(request, *list, all, isLast, 0);
+    } else {
+        _publish(notice, request.asker, true);
     }
-    if (request.kind != list->name) return _publishView(request, *list, all, isLast, 0);
-    _publish(notice, request.asker, true);
+    _showMoney(*list, request.token, account.rows);
 }
 
 void Model::_publishView(const Asked& request, const ListKind& list, const Names& tokens, bool isLast,
@@ -355,21 +377,51 @@ void Model::FailUnrouted(Asked& request, int code) {
 
 void Model::Push(const ListKind& list, const std::string& token, const Rows& rows) {
     Account& account = accounts[{list.name, token}];
-    Notice notice{.kind = {}, .rows = rows, .tokens = {token}};
+    Notice notice{.kind = {}, .rows = rows, .tokens = {token}, .isUpdate = true};
     frames.back().isSingle = list.pushed.size() == 1;
     if (account.isHeld) {
         TakeNewer(account.rows, rows);
         if (!list.isOfRows) notice.rows = account.rows;
     } else if (_isUnderWay(list.type, token)) {
         TakeNewer(account.kept, rows);
-        account.keptPushes = list.isOfRows ? account.keptPushes + 1 : 1;
+        const bool replacesOthers = std::string_view(list.name) == "position";
+        account.keptPushes = replacesOthers ? 1 : account.keptPushes + 1;
     } else {
         return _count("push_for_unqueried_account");
     }
     for (const std::string& kind : list.pushed) {
         notice.kind = kind;
+        const bool isTable = list.isOfRows && kind == list.name;
+        if (isTable && !account.isHeld) continue;
+        if (isTable) notice.rows = account.rows;
         _publish(notice, -1, true);
+        notice.rows = list.isOfRows ? rows : notice.rows;
     }
+    _showMoney(list, token, notice.rows);
+}
+
+// Positions are published anew when the funds of their account change.
+void Model::_weighPositions(const Notice& funds) {
+    if (funds.kind != "fund" || !funds.isUpdate || funds.tokens.size() != 1 || funds.rows.empty()) return;
+    const std::string& token = *funds.tokens.begin();
+    const auto isHeld = [&](const char* list) {
+        const auto account = accounts.find({list, token});
+        return account != accounts.end() && account->second.isHeld && !account->second.rows.empty();
+    };
+    if (!isHeld("fund") || !isHeld("position")) return;
+    frames.back().isSingle = false;
+    frames.back().isChain = true;
+    _publish({.kind = "position", .rows = _held("position", {token}), .tokens = {token}}, -1, true);
+}
+
+// Of all that funds say here, the account data lists show the currency.
+void Model::_showMoney(const ListKind& list, const std::string& token, const Rows& rows) {
+    if (std::string_view(list.name) != "fund" || rows.empty() || !moneyShown.insert(token).second) return;
+    const bool isKnown = std::ranges::any_of(
+        accountRows, [&](const auto& account) { return TokenOf(account.first) == token; });
+    if (!isKnown) return;
+    frames.back().isSingle = false;
+    _publish({.kind = "accountdatalist_push"}, -1, true);
 }
 
 void Model::PagePush(const std::string& topic, const std::string& kind, const Rows& rows) {
@@ -397,9 +449,14 @@ void Model::TakeAccounts(Asked& request) {
     frames.back().isChain = true;
     request.isEnded = true;
     const bool isNewest = accountRows.empty() || accountRows.begin()->second <= request.rows.begin()->second;
+    const Rows before = accountRows;
     if (isNewest) accountRows = request.rows;
     _publish({.kind = "account", .rows = accountRows, .isWaking = request.isWaking}, request.asker, true);
-    if (isNewest) _publishFamilies({"accountdatalist", "accountdatalist_ggt"});
+    if (!isNewest) return;
+    _publishFamilies({"accountdatalist", "accountdatalist_ggt"});
+    for (const char* kind : {"accountdatalist_push", "accountdatalist_ggt_push"}) {
+        for (int news = CountNews(before, request.rows); news > 0; --news) _publish({.kind = kind}, -1, true);
+    }
 }
 
 void Model::TakeGroups(Asked& request, const std::map<std::string, Names>& newGroups, bool isNewest) {
@@ -422,6 +479,7 @@ void Model::TakeGroups(Asked& request, const std::map<std::string, Names>& newGr
 void Model::_publish(const Notice& notice, Handle asker, bool others) {
     size_t told = 0;
     if (others) {
+        _weighPositions(notice);
         auto& listeners = common[notice.kind];
         for (const Handle window : std::set<Handle>(listeners)) {
             // Pages' windows hear of what they asked for at their page.

@@ -27,6 +27,7 @@ struct Notice {
     Names tokens = {};
     bool isWaking = false;  // the answer to what a page asked on waking
     bool isOfAll = false;   // says for which accounts it is, as a set
+    bool isUpdate = false;  // of funds, on which weights of positions depend
 };
 
 // One request as the broker got it.
@@ -110,6 +111,7 @@ class Model {
     std::map<std::pair<std::string, std::string>, Account> accounts;  // list, account
     Rows accountRows;                                                 // all accounts of the user
     Rows groupRows;
+    Names moneyShown;  // accounts whose funds the account data lists have
     std::map<std::string, Names> groups;
     std::vector<Asked> asked;
 
@@ -155,6 +157,8 @@ class Model {
     void _queryEnded(const ListKind& list, const std::string& token);
     Names _groupTokens(const Page& page) const;
     void _publish(const Notice& notice, Handle asker, bool others);
+    void _weighPositions(const Notice& funds);
+    void _showMoney(const ListKind& list, const std::string& token, const Rows& rows);
     void _publishFamilies(const std::vector<std::string>& kinds);
     void _visit(Handle page, const Notice& notice, Handle asker, bool others);
     void _tell(Handle page, const Notice& notice, Handle asker, bool others);

@@ -82,17 +82,24 @@ class Window : public CDuiBaseWnd {
     const Hear& m_hear;
 };
 
+// The cells that name a row: those before its version, of an account its number and token.
+std::string NameOf(const CDataTable& table, int row) {
+    if (table.FindColumn("accountkey") >= 0)
+        return std::string(table.GetItemText(row, "accountid")) + "," + table.GetItemText(row, "fund_token");
+    std::string cells;
+    for (int col = 0; col < table.FindColumn("Version"); ++col)
+        cells += (col ? "," : "") + table.GetItemText(row, col);
+    return cells;
+}
+
 Rows RowsOf(const CUIData& record) {
     Rows rows;
     for (const auto [key, value] : record) {
         CDataTable table;
         if (!value.Get(table)) continue;
-        for (int row = 0; row < table.GetRowNumber(); ++row) {
-            std::string cells;
-            const int last = table.GetColumnNumber() - 1;
-            for (int col = 0; col < last; ++col) cells += (col ? "," : "") + table.GetItemText(row, col);
-            rows[cells] = static_cast<int>(ParseLong(table.GetItemText(row, last)).value_or(-1));
-        }
+        for (int row = 0; row < table.GetRowNumber(); ++row)
+            rows[NameOf(table, row)] =
+                static_cast<int>(ParseLong(table.GetItemText(row, "Version")).value_or(-1));
     }
     return rows;
 }
