@@ -25,7 +25,7 @@ constexpr auto kPowersOfTen = [] {
 constexpr Wide PowerOfTen(int64_t exponent) { return kPowersOfTen[static_cast<size_t>(exponent)]; }
 
 constexpr Wide kLargest = PowerOfTen(kWholeDigits + Decimal::kDecimals) - 1;
-// A number can be multiplied by kOne without overflow.
+// A number can be multiplied by kOne without overflow; so where a product overflows, it is too large.
 static_assert(kLargest < PowerOfTen(38) / kOne);
 
 constexpr Wide Bounded(Wide units) { return std::clamp(units, -kLargest, kLargest); }
@@ -201,24 +201,11 @@ Decimal operator-(Decimal a, Decimal b) {
 
 Decimal operator*(Decimal a, Decimal b) {
     Decimal product;
-    Wide units = 0;
-    if (!__builtin_mul_overflow(a.m_units, b.m_units, &units)) {
-        product.m_units = Bounded(units / kOne);
-        return product;
-    }
-    // Piece by piece, the whole numbers first: if their product fits, so do the others.
-    const bool isNegative = (a.m_units < 0) != (b.m_units < 0);
-    const UWide left = Magnitude(a.m_units), right = Magnitude(b.m_units);
-    const UWide leftWhole = left / kOne, rightWhole = right / kOne;
-    const UWide leftRest = left % kOne, rightRest = right % kOne;
-    UWide sum = 0;
-    if (__builtin_mul_overflow(leftWhole, rightWhole * kOne, &sum) || sum > static_cast<UWide>(kLargest)) {
-        units = kLargest;
+    if (__builtin_mul_overflow(a.m_units, b.m_units, &product.m_units)) {
+        product.m_units = (a.m_units < 0) == (b.m_units < 0) ? kLargest : -kLargest;
     } else {
-        sum += leftWhole * rightRest + leftRest * rightWhole + leftRest * rightRest / kOne;
-        units = static_cast<Wide>(std::min(sum, static_cast<UWide>(kLargest)));
+        product.m_units = Bounded(product.m_units / kOne);
     }
-    product.m_units = isNegative ? -units : units;
     return product;
 }
 

@@ -42,8 +42,8 @@ TEST(DecimalTest, CutsResultsAndBoundsThem) {
           MOST " * 0.99999999 = 99999998999999999999.99999999", "0.00000001 * -0.99999999 = 0",
           "-2 / 3 = -0.66666666", "123456789012.5 / -0.00012345 = -1000054994025921.42567841",
           "99999999999999999999 / 7 = 14285714285714285714.14285714", "5 / 0 = 0", MOST " / 0.3 = " MOST,
-          MOST " * " MOST " = " MOST, "-1e19 * 10 = -" MOST, MOST " + 1e-8 = " MOST, "0.1 + 0.2 = 0.3",
-          "-5e19 - 6e19 = -" MOST}) {
+          MOST " * " MOST " = " MOST, "-1e19 * 10 = -" MOST, "-1e19 * 1e19 = -" MOST, MOST " + 1e-8 = " MOST,
+          "0.1 + 0.2 = 0.3", "-5e19 - 6e19 = -" MOST}) {
         const auto parts = SplitText(row, ' ');
         const Decimal a = Read(parts[0]), b = Read(parts[2]);
         const char sign = parts[1][0];

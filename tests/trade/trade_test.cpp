@@ -43,7 +43,7 @@ TEST(TradeTest, TypeFollowsCodeAndMarket) {
         {"shenzhen_repo", "0.005", 3, "131810:35"},
         {"stock_connect", "0", 3, "00700:76 00700:153"},
         {"unknown", "0", 2,
-         "000001:16 399001:32 730001:17 600000: 600000:99 600000:999 60000:17 6000000:17 60000\xA3:17 "
+         "000001:16 399001:32 730001:17 600000: 600000:99 600000:177 60000:17 6000000:17 60000\xA3:17 "
          "600000:17000000000000000000000 000700:76 :19"},
     };
     for (const auto& c : cases) {
@@ -138,16 +138,16 @@ TEST(TradeTest, AmountNeverCostsMoreThanTheMoney) {
     for (int i = 0; i < 20'000; ++i) {
         const int64_t cents = static_cast<int64_t>(random() % 10'000'000'000) >> random() % 30;
         const int64_t mills = 1 + (static_cast<int64_t>(random() % 2'000'000) >> random() % 20);
-        const int64_t rate = static_cast<int64_t>(random() % 300);  // of 100'000
+        const int64_t rate = static_cast<int64_t>(random() % 30'000);  // of 10'000'000
         const StockRules& rules = RulesOf(static_cast<StockType>(1 + random() % 18));
         const int64_t unit = random() % 2 ? 1 : 50;
         const int64_t amount =
             CTrade::CountAmountByMoney({rules.type, Decimal::Of(cents, 2), Decimal::Of(mills, 3), kTradeBuy,
-                                        unit, Decimal::Of(rate, 5)});
-        const int64_t cost = (rules.name.ends_with("repo") ? 100'000 : mills) * (100'000 + rate);
-        ASSERT_LE(amount * cost, cents * 1'000'000);
+                                        unit, Decimal::Of(rate, 7)});
+        const int64_t cost = (rules.name.ends_with("repo") ? 100'000 : mills) * (10'000'000 + rate);
+        ASSERT_LE(amount * cost, cents * 100'000'000);
         const int64_t more = std::max(amount + std::max(rules.increment, unit), rules.least);
-        ASSERT_GT(more * cost, cents * 1'000'000) << cents << " for " << mills;
+        ASSERT_GT(more * cost, cents * 100'000'000) << cents << " for " << mills;
     }
     const auto amount = [](Decimal money, Decimal price, Decimal rate) {
         return CTrade::CountAmountByMoney({StockType::kStar, money, price, kTradeBuy, 1, rate});
