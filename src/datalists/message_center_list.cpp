@@ -228,6 +228,7 @@ void CMessageCenterList::_remember(const CDataTable& messages) {
         }
     }
     std::vector<int> sources;  // for every column of the history, where its text is in a message
+    sources.reserve(static_cast<size_t>(history.GetColumnNumber()));
     for (int col = 0; col < history.GetColumnNumber(); ++col)
         sources.push_back(messages.FindColumn(history.GetColumnProperty(col, "name")));
     for (int row = std::max(messages.GetRowNumber() - kMaxHistory, 0); row < messages.GetRowNumber(); ++row) {

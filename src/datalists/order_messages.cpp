@@ -157,11 +157,12 @@ class Writer {
     }
 
     std::string _localId(int row) {
-        const std::string own = _cell(row, "LocalID"), orderId = _cell(row, "OrderID");
         if (m_isSingle && !m_localId.empty()) return m_localId;
+        const TextView own = m_table.GetItemText(row, "LocalID"),
+                       orderId = m_table.GetItemText(row, "OrderID");
         if (!own.empty()) return own;
         return (m_localId.empty() ? m_account : m_localId) + "_" +
-               (orderId.empty() ? LongText(++m_lastNumber) : orderId);
+               (orderId.empty() ? LongText(++m_lastNumber) : std::string(orderId));
     }
 
     const CUIData& m_push;
