@@ -49,6 +49,18 @@ bool IsPortfolioMode(const CUIData& record) {
            record.GetDataText("client_type") == kMode;
 }
 
+void AccountDataList::Queue(News news) {
+    for (CUIData& record : news) m_untold.push_back(std::move(record));
+}
+
+bool AccountDataList::TakeUntold(CUIData& record) {
+    m_isTelling = !m_untold.empty();
+    if (!m_isTelling) return false;
+    record = std::move(m_untold.front());
+    m_untold.pop_front();
+    return true;
+}
+
 CFamilyAccountList::CFamilyAccountList(const Kinds& kinds) : AccountDataList(kinds.whole), m_kinds(kinds) {
     _sheet(kinds.whole, false);
 }

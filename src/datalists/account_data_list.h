@@ -1,10 +1,12 @@
 // The account data lists: the accounts of the user, by family and by group.
 #pragma once
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/data_set.h"
@@ -67,6 +69,18 @@ class AccountDataList : public CUIData {
     // account is kept for it.
     virtual News SetFunds(std::string_view token, const CDataTable& funds) = 0;
     virtual News SetPositions(std::string_view token, const CDataTable& positions) = 0;
+
+    // News wait here until they are told, so that pages hear of changes in their order, also of those that pages
+    // cause while they are told of others.
+    void Queue(News news);
+    // False when somebody tells them already: he goes on until there are none.
+    bool BeginTelling() { return !std::exchange(m_isTelling, true); }
+    // Takes the oldest. False, and the end of telling, when there is none.
+    bool TakeUntold(CUIData& record);
+
+  private:
+    std::deque<CUIData> m_untold;
+    bool m_isTelling = false;
 };
 
 // What the families have in common. They differ in kinds and in the accounts that belong to them.

@@ -17,19 +17,23 @@ constexpr ListStore::Family kOnCredit[] = {ListStore::kCredit};
 
 bool IsGood(const Answer& answer) { return answer.hasTable && answer.code == 0; }
 
-AccountDataList::News SetAccounts(CUIDataManager& manager, Families families, const CDataTable& rows) {
-    AccountDataList::News news;
+// Whole lists go first: who takes both finds nothing new in the news.
+void SetAccounts(CUIDataManager& manager, Families families, const CDataTable& rows) {
     for (const auto family : families) {
         AccountDataList* const list = manager.Lists().Accounts(family);
         if (!list) continue;
-        for (CUIData& record : list->SetAccounts(rows)) news.push_back(std::move(record));
+        AccountDataList::News news = list->SetAccounts(rows);
+        list->Queue(list->WholeLists());
+        list->Queue(std::move(news));
     }
-    return news;
 }
 
 void SetGroups(CUIDataManager& manager, Families families, const CDataTable& rows) {
     for (const auto family : families) {
-        if (AccountDataList* const list = manager.Lists().Accounts(family)) list->SetGroups(rows);
+        AccountDataList* const list = manager.Lists().Accounts(family);
+        if (!list) continue;
+        list->SetGroups(rows);
+        list->Queue(list->WholeLists());
     }
 }
 
@@ -39,11 +43,11 @@ int CountAccounts(const AccountDataList& list) {
     return rows.GetRowNumber();
 }
 
-// Publishes all accounts of the families. False when the manager went meanwhile.
+// Publishes what the lists of the families have to tell. False when the manager went meanwhile.
 bool TellFamilies(CUIDataManager& manager, Families families) {
     for (const auto family : families) {
-        const AccountDataList* const list = manager.Lists().Accounts(family);
-        if (list && !PublishAccountData(manager, list->WholeLists())) return false;
+        AccountDataList* const list = manager.Lists().Accounts(family);
+        if (list && !TellQueued(manager, *list)) return false;
     }
     return true;
 }
@@ -76,30 +80,32 @@ void HandleAccounts(CUIDataManager& manager, Answer& answer) {
     constexpr char kKind[] = "account";
     const bool isNew = IsGood(answer) && IsNewest(manager, kKind, answer.age);
     CUIData record = MakeAnswerRecord(answer, kKind);
-    AccountDataList::News news;
     if (isNew) {
-        news = SetAccounts(manager, kOrdinary, answer.table);
+        SetAccounts(manager, kOrdinary, answer.table);
         Share(manager, kKind, record, answer.age);
     } else if (IsGood(answer)) {
         TakeShared(manager, kKind, record);
     }
-    if (Tell(manager, record, answer.handle) && isNew && TellFamilies(manager, kOrdinary))
-        PublishAccountData(manager, std::move(news));
+    if (Tell(manager, record, answer.handle) && isNew) TellFamilies(manager, kOrdinary);
 }
 
 void HandleAccountsCredit(CUIDataManager& manager, Answer& answer) {
     constexpr char kKind[] = "account_xy";
     AccountDataList* const list = manager.Lists().Accounts(ListStore::kCredit);
     if (!list || !IsGood(answer) || !IsNewest(manager, kKind, answer.age)) return;
-    const int before = CountAccounts(*list);
-    AccountDataList::News news = list->SetAccounts(answer.table);
-    answer.table = list->RowsOfFamily(answer.table);
+    CDataTable rows = list->RowsOfFamily(answer.table);
+    const bool isNews =
+        rows.GetRowNumber() != 0 || CountAccounts(*list) != 0;  // else nobody trades on credit
+    if (isNews) {
+        SetAccounts(manager, kOnCredit, rows);
+    } else {
+        list->SetAccounts(rows);
+    }
+    answer.table = std::move(rows);
     CUIData record = MakeAnswerRecord(answer, kKind);
     MakeNews(record);
     Share(manager, kKind, record, answer.age);
-    if (before == 0 && answer.table.GetRowNumber() == 0) return;  // nobody trades on credit
-    if (Tell(manager, record, CBaseObject::kNoHandle) && TellFamilies(manager, kOnCredit))
-        PublishAccountData(manager, std::move(news));
+    if (isNews && Tell(manager, record, CBaseObject::kNoHandle)) TellFamilies(manager, kOnCredit);
 }
 
 void HandleGroups(CUIDataManager& manager, Answer& answer) {

@@ -32,15 +32,19 @@ bool TellAccountData(CUIDataManager& manager, std::string_view listKind, const s
     const auto kind = std::ranges::find(kMoneyKinds, listKind, &MoneyKind::list);
     if (kind == kMoneyKinds.end()) return true;
     AccountDataList* const list = manager.Lists().Accounts(kind->family);
-    return !list || PublishAccountData(manager, (list->*kind->set)(token, table));
+    if (!list) return true;
+    list->Queue((list->*kind->set)(token, table));
+    return TellQueued(manager, *list);
 }
 
-bool PublishAccountData(CUIDataManager& manager, std::vector<CUIData> records) {
-    for (CUIData& record : records) {
+bool TellQueued(CUIDataManager& manager, AccountDataList& list) {
+    if (!list.BeginTelling()) return true;
+    CUIData record;
+    while (list.TakeUntold(record)) {
         record.SetData("handle", CBaseObject::kNoHandle);
         record.SetData("ret_code", 0);
         record.SetData("ret_message", "");
-        if (!Tell(manager, record, CBaseObject::kNoHandle)) return false;
+        if (!Tell(manager, record, CBaseObject::kNoHandle)) return false;  // and the list with it
     }
     return true;
 }

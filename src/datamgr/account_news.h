@@ -3,13 +3,12 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "base/data_table.h"
-#include "base/ui_data.h"
 
 namespace luadui {
 
+class AccountDataList;
 class CUIDataManager;
 
 // Takes an account's fund or position table, as the list `listKind` ("fund", "credit_fund", "fund_ggt", "position",
@@ -21,7 +20,8 @@ class CUIDataManager;
 bool TellAccountData(CUIDataManager& manager, std::string_view listKind, const std::string& token,
                      const CDataTable& table);
 
-// Publishes the records of an account data list, one after the other, to all that want them. False as above.
-bool PublishAccountData(CUIDataManager& manager, std::vector<CUIData> records);
+// Publishes what waits in the list (see AccountDataList::Queue), one record after the other, to all that want it.
+// False as above.
+bool TellQueued(CUIDataManager& manager, AccountDataList& list);
 
 }  // namespace luadui

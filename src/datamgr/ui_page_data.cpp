@@ -116,6 +116,7 @@ bool CUIPageData::GetData(CUIData& request, bool cacheOnly, bool flag) {
     const auto family = ListStore::FamilyOf(request.GetTypeText());
     if (family != ListStore::kFamilies) {
         SaveCurAccountGroup(request, family);
+        if (m_groups[family].ofPortfolios) request.SetData("PB_MODE", "true");
         CDataSet tokens;
         _groupTokens(family, tokens);
         request.SetData("usertoken_set", tokens);
@@ -307,11 +308,12 @@ bool CUIPageData::FilterMultiAccountPush(CUIData& record, const std::string& kin
 // The page's current groups.
 
 void CUIPageData::SaveCurAccountGroup(const CUIData& record, ListStore::Family family) {
+    Group& group = m_groups[family];
+    group.ofPortfolios = IsPortfolioMode(record) || (group.ofPortfolios && !record.Has("groupname"));
     if (!record.Has("groupname")) return;
-    m_groups[family] = {.isChosen = true,
-                        .kind = record.GetType(),
-                        .name = record.GetDataString("groupname"),
-                        .ofPortfolios = IsPortfolioMode(record)};
+    group.isChosen = true;
+    group.kind = record.GetType();
+    group.name = record.GetDataString("groupname");
 }
 
 const AccountDataList* CUIPageData::_accounts(ListStore::Family family) {

@@ -186,11 +186,11 @@ TEST_F(AnswerRoutesTest, AccountsReachEachFamily) {
                     "ret_message= / accountdatalist "
                     "accountdatalist=[accounts|1||1,1,,,,,,1,,,F1,,,,,,,,] fund_token=<F1>") +
             kEnd +
-            " / accountdatalist_ggt accountdatalist_ggt=[accounts|1||1,1,,,,,,1,,,F1,,,,,,,,] "
-            "fund_token=<F1>" +
-            kEnd +
             " / accountdatalist_push accountdatalist_push=[accounts|1||1,1,,,,,,1,,,F1,,,,,,,,] operate=add "
             "all_update_account=<F1> fund_token=<F1>" +
+            kEnd +
+            " / accountdatalist_ggt accountdatalist_ggt=[accounts|1||1,1,,,,,,1,,,F1,,,,,,,,] "
+            "fund_token=<F1>" +
             kEnd + " / account_xy account_xy=[account_id,trade_type,fund_token|2,2,C1]" + kEnd +
             " / accountdatalistcredit accountdatalistcredit=[accounts|2||2,2,,,,,,2,,,C1,,,,,,,,] "
             "fund_token=<C1>" +

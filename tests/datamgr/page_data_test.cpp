@@ -486,9 +486,9 @@ TEST_F(PageDataTest, NewsOfMoneyAreForThePagesGroup) {
         EXPECT_EQ(heard(), expected) << kind << token;
     }
     EXPECT_NE(Describe(credit.GetDataView("accountdatalistcredit")).find("C1,,,CNY,7,"), std::string::npos);
-    EXPECT_TRUE(PublishAccountData(
-        router.CommonData(),
-        Common().Accounts(ListStore::kPlain)->SetAccounts(TableOf("account_id,fund_token,trade_type;A2,F2,0"))));
+    AccountDataList& plain = *Common().Accounts(ListStore::kPlain);
+    plain.Queue(plain.SetAccounts(TableOf("account_id,fund_token,trade_type;A2,F2,0")));
+    EXPECT_TRUE(TellQueued(router.CommonData(), plain));
     EXPECT_EQ(heard(), "accountdatalist_push operate=delete all_update_account=<F1> fund_token=<F1>");
 
     Ask("accountdatalistcredit handle=H groupname=g client_type=PB_MODE");
