@@ -26,6 +26,10 @@ session 'set 签名 "a b"\nget 签名\nopen p 880001\nsleep p\ntrade 880001 6000
 session 'data 总览 fund,deal 880001,880002\nask 总览 fund\nask 总览 fund fresh\ntrade 880001 600000 100\nshow 总览\nask nobody fund' \
     '总览 <- fund 880002, 1 rows (answer)' '总览 <- fund 880001,880002, 4 rows (from the cache)' \
     '总览 <- deal 880001, 1 rows (push)' 'deal 880001' 'Error: there is no page nobody' 'Ended.'
+session 'data 总览 fund,entrust 880003\norder 总览 880003 600036 200 44\norder 总览 880003 600519 100000\nbooks\nprice 600036 43.9\ncancel 总览 880003 W9\nprice x 1\nshow 总览\nbooks' \
+    '总览 <- messagecenter, 1 rows (push)' '991,200.00   8,800.00          0.00' \
+    'create_entrust 880003 (answer): not enough money' 'no such open order' 'Error: no such security' '全部成交' \
+    '8,780.00     991,220.00       0.00' 'Ended.'
 options=(--securities-count 20000)
 session 'quit\n' '20000 securities'
 options=(--securities "$data/none.csv")

@@ -1,4 +1,5 @@
 -- The prompt: the steps of the scenario by hand.
+local tables, accounting = require "tables", require "accounting"
 local prompt = {}
 
 -- Words of a line; a part in double quotes is one word.
@@ -43,7 +44,7 @@ local commands = {
     end},
     {"data", "PAGE KINDS ACCOUNTS [GROUP]", "open a page of data kinds, e.g. data 总览 fund,position 880001,880002",
      function(session, page, kinds, accounts, group)
-        local info = ("kinds=%s;fund_token=%s;group=%s"):format(kinds, accounts, group or "")
+        local info = ("kinds=%s;fund_token=%s;group=%s;hear=messagecenter"):format(kinds, accounts, group or "")
         checked(session.open_data_page(page, info), "the page cannot be created; log/luadui.log says why")
         session.idle(200)
         return "page " .. page .. " is open; what it receives is printed as it comes"
@@ -83,6 +84,28 @@ local commands = {
      function(_, account, code, shares)
         checked(terminal.trade(account, code, number_of(shares, "SHARES")))
         return "done: whoever asked for this account is told that it changed"
+    end},
+    {"order", "PAGE ACCOUNT CODE SHARES [PRICE]", "let a data page send an order (below 0: sell); at the last price if none is given",
+     function(session, page, account, code, shares, price)
+        check_page(session, page)
+        local volume = number_of(shares, "SHARES")
+        session.order(page, {fund_token = account, stock_code = code, entrust_type = volume < 0 and "sell" or "buy",
+                             entrust_amount = ("%.0f"):format(math.abs(volume)), entrust_price = price})
+        session.idle(200)
+    end},
+    {"cancel", "PAGE ACCOUNT ORDER", "let it take back an order, W1 for instance", function(session, page, account, order)
+        check_page(session, page)
+        session.cancel(page, account, order)
+        session.idle(200)
+    end},
+    {"price", "CODE PRICE", "move the market: orders that it reaches are filled", function(_, code, price)
+        checked(terminal.set_price(code, price))
+        return "the last price of " .. code .. " is " .. price
+    end},
+    {"books", "", "what the broker's own books say", function()
+        local lines = {}
+        for i, books in ipairs(terminal.books()) do lines[i] = accounting.line(books.fund_token, books) end
+        print(tables.text(accounting.columns, lines, "  "))
     end},
     {"fault", "KIND [COUNT] [MS]", "the next answers: delay, error, failure, garbage, silence; none forgets them",
      function(_, kind, count, milliseconds)

@@ -97,6 +97,18 @@ function session.command(page, command)
     session.luadui.on_error("datapage:" .. to_codepage(page), to_codepage(json_of(command)))
 end
 
+-- A data page sends an order (1101): {fund_token, stock_code, entrust_type = "buy" or "sell", entrust_amount, entrust_price},
+-- all texts; without a price it is one at the last price.
+function session.order(page, fields)
+    fields["do"], fields.kind = "send", "create_entrust"
+    session.command(page, fields)
+end
+
+-- It takes back an order (1151).
+function session.cancel(page, fund_token, order)
+    session.command(page, {["do"] = "send", kind = "entrust_cancel", fund_token = fund_token, OrderID = order})
+end
+
 -- The next report of a record that a data page received, {page, kind, accounts, why, rows, code, message}; nil when there
 -- is none.
 function session.take_record()

@@ -36,13 +36,9 @@ function trading.run(session, before)
             return terminal.ms() - since >= 200
         end, 10000)
     end
-    local function send(kind, fields)
-        fields["do"], fields.kind = "send", kind
-        session.command(PAGE, fields)
-    end
     local function order(local_id, account, side, code, volume, price, basket)
-        send("create_entrust", {fund_token = account, stock_code = code, entrust_type = side, entrust_amount = tostring(volume),
-                                entrust_price = price, LocalID = local_id, InstanceID = basket, TaskID = basket and "1"})
+        session.order(PAGE, {fund_token = account, stock_code = code, entrust_type = side, entrust_amount = tostring(volume),
+                             entrust_price = price, LocalID = local_id, InstanceID = basket, TaskID = basket and "1"})
     end
     local function row_of(local_id, account)
         for _, row in ipairs(session.table_of(PAGE, "entrust", account) or {}) do
@@ -116,7 +112,7 @@ function trading.run(session, before)
         calm()
         local held = session.table_of(PAGE, "fund", B)[1].FrozenValue
         local waiting = states({"S3", B})
-        send("entrust_cancel", {fund_token = B, OrderID = row_of("S3", B).OrderID})
+        session.cancel(PAGE, B, row_of("S3", B).OrderID)
         calm()
         local same, text = agrees(("%s, %s frozen; then %s, %s frozen"):format(
             waiting, held, states({"S3", B}), session.table_of(PAGE, "fund", B)[1].FrozenValue))
@@ -130,7 +126,7 @@ function trading.run(session, before)
         order("S5", C, "buy", "510300", 800, "3.99")
         calm()
         local waiting = states({"S5", C})
-        send("entrust_cancel", {fund_token = C, OrderID = row_of("S5", C).OrderID})
+        session.cancel(PAGE, C, row_of("S5", C).OrderID)
         calm()
         terminal.set_market_volume(5000)
         calm()
