@@ -25,26 +25,26 @@ using enum StockType;
 // Trading rules of the Shanghai and Shenzhen exchanges, with those for STAR, for ChiNext, for bonds and for convertible
 // bonds. What Stock Connect allows beyond this depends on the price or the single share.
 constexpr StockRules kRules[] = {
-    // type, name, step, decimals, daily limit, risk-warned, band, its steps, least, increment
-    {kUnknown, "unknown", kNone, 2, kNone, kNone, kNone, 0, 1, 1},
-    {kShanghaiA, "shanghai_a", kCent, 2, kTen, kFive, kTwo, 10, 100, 100},
-    {kShanghaiB, "shanghai_b", kMill, 3, kTen, kFive, kTwo, 10, 100, 100},
-    {kStar, "star", kCent, 2, kTwenty, kNone, kTwo, 0, 200, 1},
-    {kShanghaiFund, "shanghai_fund", kMill, 3, kTen, kNone, kNone, 0, 100, 100},
-    {kShanghaiEtf, "shanghai_etf", kMill, 3, kTen, kNone, kNone, 0, 100, 100},
-    {kStarEtf, "star_etf", kMill, 3, kTwenty, kNone, kNone, 0, 100, 100},
-    {kShanghaiConvertible, "shanghai_convertible", kMill, 3, kTwenty, kNone, kNone, 0, 10, 10},
-    {kShanghaiBond, "shanghai_bond", kMill, 3, kNone, kNone, kNone, 0, 10, 10},
-    {kShanghaiRepo, "shanghai_repo", kFiveMills, 3, kNone, kNone, kNone, 0, 10, 10},
-    {kShenzhenA, "shenzhen_a", kCent, 2, kTen, kFive, kTwo, 10, 100, 100},
-    {kShenzhenB, "shenzhen_b", kCent, 2, kTen, kFive, kTwo, 10, 100, 100},
-    {kChiNext, "chinext", kCent, 2, kTwenty, kNone, kTwo, 0, 100, 100},
-    {kShenzhenFund, "shenzhen_fund", kMill, 3, kTen, kNone, kNone, 0, 100, 100},
-    {kShenzhenEtf, "shenzhen_etf", kMill, 3, kTen, kNone, kNone, 0, 100, 100},
-    {kShenzhenConvertible, "shenzhen_convertible", kMill, 3, kTwenty, kNone, kNone, 0, 10, 10},
-    {kShenzhenBond, "shenzhen_bond", kMill, 3, kNone, kNone, kNone, 0, 10, 10},
-    {kShenzhenRepo, "shenzhen_repo", kFiveMills, 3, kNone, kNone, kNone, 0, 10, 10},
-    {kStockConnect, "stock_connect", kNone, 3, kNone, kNone, kNone, 0, 1, 1},
+    // type, decimals, name, step, daily limit, risk-warned, band, its steps, least, increment
+    {kUnknown, 2, "unknown", kNone, kNone, kNone, kNone, 0, 1, 1},
+    {kShanghaiA, 2, "shanghai_a", kCent, kTen, kFive, kTwo, 10, 100, 100},
+    {kShanghaiB, 3, "shanghai_b", kMill, kTen, kFive, kTwo, 10, 100, 100},
+    {kStar, 2, "star", kCent, kTwenty, kNone, kTwo, 0, 200, 1},
+    {kShanghaiFund, 3, "shanghai_fund", kMill, kTen, kNone, kNone, 0, 100, 100},
+    {kShanghaiEtf, 3, "shanghai_etf", kMill, kTen, kNone, kNone, 0, 100, 100},
+    {kStarEtf, 3, "star_etf", kMill, kTwenty, kNone, kNone, 0, 100, 100},
+    {kShanghaiConvertible, 3, "shanghai_convertible", kMill, kTwenty, kNone, kNone, 0, 10, 10},
+    {kShanghaiBond, 3, "shanghai_bond", kMill, kNone, kNone, kNone, 0, 10, 10},
+    {kShanghaiRepo, 3, "shanghai_repo", kFiveMills, kNone, kNone, kNone, 0, 10, 10},
+    {kShenzhenA, 2, "shenzhen_a", kCent, kTen, kFive, kTwo, 10, 100, 100},
+    {kShenzhenB, 2, "shenzhen_b", kCent, kTen, kFive, kTwo, 10, 100, 100},
+    {kChiNext, 2, "chinext", kCent, kTwenty, kNone, kTwo, 0, 100, 100},
+    {kShenzhenFund, 3, "shenzhen_fund", kMill, kTen, kNone, kNone, 0, 100, 100},
+    {kShenzhenEtf, 3, "shenzhen_etf", kMill, kTen, kNone, kNone, 0, 100, 100},
+    {kShenzhenConvertible, 3, "shenzhen_convertible", kMill, kTwenty, kNone, kNone, 0, 10, 10},
+    {kShenzhenBond, 3, "shenzhen_bond", kMill, kNone, kNone, kNone, 0, 10, 10},
+    {kShenzhenRepo, 3, "shenzhen_repo", kFiveMills, kNone, kNone, kNone, 0, 10, 10},
+    {kStockConnect, 3, "stock_connect", kNone, kNone, kNone, kNone, 0, 1, 1},
 };
 static_assert([] {
     for (size_t i = 0; i < std::size(kRules); ++i) {

@@ -33,9 +33,9 @@ enum class StockType : uint8_t {
 // The rules of one type; the numbers are those of the exchanges' trading rules.
 struct StockRules {
     StockType type;
+    int priceDecimals;        // with which prices are shown
     std::string_view name;    // for logs and tests
     Decimal priceStep;        // zero: by price (Stock Connect), or not known
-    int priceDecimals;        // with which prices are shown
     Decimal dailyLimit;       // part of the previous close that a price may move; zero: no limit
     Decimal warnedLimit;      // the same for risk-warned shares; zero: they are as the others
     Decimal declarationBand;  // part of the reference price that an order may go beyond it; zero: no band
