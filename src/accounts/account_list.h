@@ -1,0 +1,164 @@
+// CAccountList: all accounts of the signed-in user.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "accounts/account.h"
+#include "accounts/account_order.h"
+#include "accounts/account_requester.h"
+#include "accounts/account_user.h"
+#include "accounts/pass_info.h"
+#include "accounts/password_cipher.h"
+
+namespace luadui {
+
+// Asks the account service for the accounts, keeps them and their order, logs them in, adds and deletes them.
+//
+// Operations take a record `values` by parameter name, as CAccount's do, "UUID" too. What it does not bring comes from the
+// account and from the user. They answer true when an event tells the outcome, later or already inside the call; false when
+// the account that they are about does not exist, without an event.
+//
+// Events:    its own and those of its accounts go to the sink that the list was made with, each once. Besides the outcomes
+//            of requests there are
+//              initialize_finished, account_refresh_finished   {"req_from"}
+//              account_changed_push     {"added": [keys], "removed": [keys]}, after one of them or account_refresh_failed
+//              modify_account_status    an account's can-use flag or message changed without another event about it;
+//                                       carries the account's JSON
+//              notifyOrderToPage, modifyAccountOrder   from NotifyOrder()
+// State:     follows the service in the order in which requests were sent, whatever the order of the answers: an answer
+//            does not undo what a later request has settled already.
+// Passwords: in the accounts only. They come from the host (see pass_info.h) when an upload needs them.
+// Threads:   the UI thread.
+// Lifetime:  host callbacks and the sink may destroy the list, and accounts, inside any operation and answer.
+class CAccountList final : public CAccountRequester, private ResultEventSink {
+  public:
+    using Accounts = std::map<std::string, std::unique_ptr<CAccount>, std::less<>>;  // by account key
+
+    explicit CAccountList(ResultEventSink& sink);
+    ~CAccountList() override;
+
+    // Who is signed in; before the first request.
+    void SetUser(AccountUser user) { m_user = std::move(user); }
+    const AccountUser& User() const { return m_user; }
+
+    // The account; null when there is none. Look up again after every call out: answers and sinks remove accounts.
+    CAccount* Find(std::string_view key) const;
+    const Accounts& All() const { return m_accounts; }
+    // The same accounts in the order of display. Valid until the next call out.
+    std::vector<CAccount*> InOrder() const;
+    // Whether the first query was answered, one way or the other.
+    bool IsInitialised() const { return m_isInitialised; }
+
+    // Asks for all accounts. `values` may bring "req_from" ("cef" for a web page, otherwise "dui") and "with_permission"
+    // (otherwise "true"). The answer is the whole list; new accounts are uploaded.
+    bool Query(const CUIData& values = {});
+    // Logs accounts in: all of them, or with "selrefresh" "true" those of "accountkeylist" (keys joined by ';'; unknown ones
+    // are passed over). `values` may bring further columns, the same for every account. What cannot be uploaded becomes
+    // unusable and says why. When that leaves nothing to send, the finished event comes at once.
+    bool Upload(const CUIData& values = {});
+    // `values` brings the columns of the new account, passwords in clear text; only cipher text leaves.
+    bool AddAccount(const CUIData& values);
+    // "accountkey" names the account.
+    bool DeleteAccount(const CUIData& values);
+    // "AccountKey" names the account; all other texts of `values` go out as they are.
+    bool AddPortfolio(const CUIData& values);
+    // CAccount's operations on the account "accountkey", here because they bear on logins.
+    bool Logout(const CUIData& values);
+    bool EditPassword(const CUIData& values);
+
+    // The order of display has a number for every account, and for none that is not here.
+    const AccountOrder& Order() const { return m_order; }
+    // The user's wish: true when it changed something. Keys without an account are passed over ("account_order_unknown").
+    bool SetOrder(const AccountNumbers& numbers);
+    // Sends the order of all accounts to the service. False when it could not be sent; no event tells of it.
+    bool SaveOrder(const CUIData& values = {});
+    // Asks the sink, by an event, to tell pages of the order, or to save it; its payload is {"accounts": [{"accountkey",
+    // "order"}]}. The list does so itself, with kTellPages, when an answer changed the order after the first load.
+    enum OrderNotice { kTellPages = 1, kSave = 2 };
+    void NotifyOrder(OrderNotice mode);
+
+    const PasswordEncryption& Encryption() const { return m_encryption; }
+    // The JSON text of the user's products, as the host answered when the list was first filled.
+    const std::string& ProductInfo() const { return m_productInfo; }
+
+  private:
+    // What a request is about, until its answer.
+    struct Context {
+        uint64_t turn = 0;   // see m_turn
+        std::string key;     // of a request about one account
+        PassInfo passwords;  // of an account that is being added
+        std::unordered_multimap<std::string, std::string>
+            uploaded;  // account keys by the token they went out with
+    };
+    using Contexts = std::map<std::string, Context, std::less<>>;  // by UUID
+    struct LoginState {
+        uint64_t turn;  // of the request that settled it
+        std::string message, canUse;
+    };
+    using Turns = std::map<std::string, uint64_t, std::less<>>;  // by account key
+    struct Changes {
+        std::vector<std::string> added, removed;
+        bool isOrderChanged = false;
+    };
+    struct UploadPlan;
+
+    // Requests and answers.
+    bool Request(CQueueReqItem& request) override;
+    bool _sendAbout(const AccountOperation& operation, CQueueReqItem& request, Context context);
+    Context _takeContext(const std::string& uuid);
+    void _onAnswer(const Answer& answer) override;
+    void OnResultEvent(const ResultEvent& event) override;
+    CUIData _withUser(const CUIData& values) const;
+    void _tell(std::string_view name, const std::string& uuid, const std::string& key, CJsonObject payload);
+    static void _forgetTurns(CAccountList& list);
+
+    // Building the list.
+    void _onQueryAnswer(const Answer& answer, const Context& context);
+    Changes _merge(const CDataTable& rows, uint64_t turn);
+    CAccount& _accountOf(const std::string& key, Changes& changes);
+    void _dropUnseen(const std::unordered_set<const CAccount*>& seen, uint64_t turn, Changes& changes);
+    void _numberAccounts(Changes& changes);
+    bool _isTouchedSince(std::string_view key, uint64_t turn) const;
+
+    // Logins.
+    std::vector<std::string> _keysToUpload(const CUIData& values) const;
+    std::vector<std::string> _keysAwaitingLogin() const;
+    bool _takePasswords(const std::vector<std::string>& keys);
+    UploadPlan _planUpload(const std::vector<std::string>& keys, const CUIData& values);
+    bool _sendUpload(UploadPlan plan, const CUIData& values);
+    void _onUploadAnswer(const Answer& answer, const Context& context);
+    void _settleLogin(const ResultEvent& event, uint64_t turn);
+
+    // Single accounts.
+    void _onAddAnswer(const Answer& answer, Context context);
+    void _onDeleteAnswer(const Answer& answer, const Context& context);
+    void _onPortfolioAnswer(const Answer& answer);
+
+    AccountUser m_user;
+    Accounts m_accounts;
+    AccountOrder m_order;
+    bool m_isInitialised = false;
+    std::string m_productInfo;
+    const PasswordEncryption m_encryption;
+    void* const m_externalFunctions;  // of the terminal, for later use; null where there are none
+
+    // Requests are numbered as they are sent, and so are changes of accounts as they are confirmed.
+    uint64_t m_turn = 0;
+    Contexts m_contexts;
+    uint64_t m_lastMerged = 0;  // turn of the query whose answer the list shows
+    Turns m_touched;            // last confirmed change of what a query answers
+    std::map<std::string, LoginState, std::less<>>
+        m_logins;  // last settled login, while requests are under way
+    std::map<std::string, LoginState, std::less<>>
+        m_dropped;  // how accounts stood that the service no longer names
+};
+
+}  // namespace luadui
