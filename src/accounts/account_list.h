@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -20,6 +21,13 @@
 
 namespace luadui {
 
+// The field that holds the server on which the account trades; the service names it without meaning to show it.
+inline constexpr AccountField kTradeServer = AccountField::kSpare1;
+inline constexpr std::string_view kOrdinaryTradeType = "1";
+inline constexpr std::string_view kCreditTradeType = "2";
+// The message of accounts that nobody tried to log in yet (UTF-8).
+inline constexpr std::string_view kAwaitingLogin = "待验证";
+
 // Asks the account service for the accounts, keeps them and their order, logs them in, adds and deletes them.
 //
 // Operations take a record `values` by parameter name, as CAccount's do, "UUID" too. What it does not bring comes from the
@@ -29,7 +37,7 @@ namespace luadui {
 // Events:    its own and those of its accounts go to the sink that the list was made with, each once. Besides the outcomes
 //            of requests there are
 //              initialize_finished, account_refresh_finished   {"req_from"}
-//              account_changed_push     {"added": [keys], "removed": [keys]}, after one of them or account_refresh_failed
+//              account_changed_push     {"added": [keys], "removed": [keys]}, after account_refresh_finished
 //              modify_account_status    an account's can-use flag or message changed without another event about it;
 //                                       carries the account's JSON
 //              notifyOrderToPage, modifyAccountOrder   from NotifyOrder()
@@ -98,49 +106,65 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
         std::unordered_multimap<std::string, std::string>
             uploaded;  // account keys by the token they went out with
     };
-    using Contexts = std::map<std::string, Context, std::less<>>;  // by UUID
     struct LoginState {
-        uint64_t turn;  // of the request that settled it
+        uint64_t turn = 0;  // of the request that settled it
         std::string message, canUse;
     };
-    using Turns = std::map<std::string, uint64_t, std::less<>>;  // by account key
     struct Changes {
         std::vector<std::string> added, removed;
         bool isOrderChanged = false;
     };
-    struct UploadPlan;
+    struct UploadPlan {
+        CDataTable rows;
+        std::vector<std::string> keys;     // of the rows
+        std::vector<std::string> refused;  // accounts whose state changed because they are not among the rows
+        decltype(Context::uploaded) tokens;
+    };
+    template <class Value>
+    using ByText = std::map<std::string, Value, std::less<>>;
 
     // Requests and answers.
     bool Request(CQueueReqItem& request) override;
-    bool _sendAbout(const AccountOperation& operation, CQueueReqItem& request, Context context);
-    Context _takeContext(const std::string& uuid);
+    bool _sendAbout(const AccountOperation& operation, CQueueReqItem& request, Context context,
+                    const std::string& subject = {});
+    void _forget(const std::string& uuid) override { m_contexts.erase(uuid); }
+    std::string _eventKey() const override { return m_eventKey; }
     void _onAnswer(const Answer& answer) override;
-    void OnResultEvent(const ResultEvent& event) override;
     CUIData _withUser(const CUIData& values) const;
-    void _tell(std::string_view name, const std::string& uuid, const std::string& key, CJsonObject payload);
-    static void _forgetTurns(CAccountList& list);
+    void _forgetOldTurns();
+    void _forgetRequestsOfGone();
 
-    // Building the list.
-    void _onQueryAnswer(const Answer& answer, const Context& context);
-    Changes _merge(const CDataTable& rows, uint64_t turn);
+    // Answers to queries.
+    void _onQueryAnswer(const Answer& answer, uint64_t turn);
+    bool _build(const Answer& answer, uint64_t turn, Changes& changes);
+    void _merge(const CDataTable& rows, uint64_t turn, Changes& changes);
     CAccount& _accountOf(const std::string& key, Changes& changes);
     void _dropUnseen(const std::unordered_set<const CAccount*>& seen, uint64_t turn, Changes& changes);
     void _numberAccounts(Changes& changes);
     bool _isTouchedSince(std::string_view key, uint64_t turn) const;
+    bool _reportQuery(const Answer& answer, bool isFirst, const Changes& changes);
 
     // Logins.
     std::vector<std::string> _keysToUpload(const CUIData& values) const;
     std::vector<std::string> _keysAwaitingLogin() const;
+    const CAccount* _ordinaryAccount(const CAccount& account) const;
+    bool _needsOrdinaryAccount(const CAccount& account) const;
     bool _takePasswords(const std::vector<std::string>& keys);
     UploadPlan _planUpload(const std::vector<std::string>& keys, const CUIData& values);
-    bool _sendUpload(UploadPlan plan, const CUIData& values);
+    std::string _planAccount(const CAccount& account, CUIData& row) const;
+    bool _putPassword(CUIData& row, std::string_view column, const Secret& password) const;
+    void _sendUpload(UploadPlan plan, const CUIData& values);
     void _onUploadAnswer(const Answer& answer, const Context& context);
-    void _settleLogin(const ResultEvent& event, uint64_t turn);
+    void _settleRow(const CDataTable& rows, int row, const std::string& key, uint64_t turn);
 
-    // Single accounts.
+    // Single accounts, and what they report.
     void _onAddAnswer(const Answer& answer, Context context);
-    void _onDeleteAnswer(const Answer& answer, const Context& context);
+    CAccount& _accountFrom(const CDataTable& asked, const CJsonObject& answer, const std::string& key);
+    void _onDeleteAnswer(const Answer& answer);
     void _onPortfolioAnswer(const Answer& answer);
+    void OnResultEvent(const ResultEvent& event) override;
+    CUIData _noteRequest(const CUIData& values);
+    void _settleLogin(CAccount& account, uint64_t turn);
 
     AccountUser m_user;
     Accounts m_accounts;
@@ -149,16 +173,17 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     std::string m_productInfo;
     const PasswordEncryption m_encryption;
     void* const m_externalFunctions;  // of the terminal, for later use; null where there are none
+    std::string m_eventKey;           // the account that the next event is about
 
-    // Requests are numbered as they are sent, and so are changes of accounts as they are confirmed.
+    // Requests are numbered as they are sent. Changes of accounts that are confirmed get the number of the last request:
+    // it and the ones before may have been answered without knowing of the change.
     uint64_t m_turn = 0;
-    Contexts m_contexts;
-    uint64_t m_lastMerged = 0;  // turn of the query whose answer the list shows
-    Turns m_touched;            // last confirmed change of what a query answers
-    std::map<std::string, LoginState, std::less<>>
-        m_logins;  // last settled login, while requests are under way
-    std::map<std::string, LoginState, std::less<>>
-        m_dropped;  // how accounts stood that the service no longer names
+    uint64_t m_lastMerged = 0;          // of the query whose answer the list shows
+    ByText<Context> m_contexts;         // by UUID
+    ByText<Context> m_accountRequests;  // requests of single accounts that bear on logins, by UUID
+    ByText<uint64_t> m_touched;         // last confirmed change of what a query answers, by account key
+    ByText<LoginState> m_logins;        // last settled login, by account key
+    ByText<LoginState> m_dropped;       // how accounts stood when the service no longer named them
 };
 
 }  // namespace luadui

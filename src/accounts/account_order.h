@@ -1,10 +1,12 @@
 // The order in which accounts are shown, and the text in which it is remembered.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/data_table.h"
 
@@ -15,6 +17,8 @@ namespace luadui {
 // "account_order_text_cut"; both are left out, the rest counts. Texts shorter than three characters are empty.
 using AccountNumbers = std::map<std::string, int, std::less<>>;  // by account key
 AccountNumbers ParseOrderText(std::string_view text);
+// The decimal integer that the whole text is.
+std::optional<int> ParseOrderNumber(std::string_view text);
 std::string OrderText(const AccountNumbers& numbers);
 
 // Numbers of accounts by account key; smaller ones are shown first.
@@ -30,17 +34,19 @@ class AccountOrder {
 
     // The user's wish. True when it changed something; it then waits to be saved (HasUnsaved).
     bool Set(std::string_view key, int number);
-    // The server's word, which does not count as long as a wish of the user waits to be saved. True when it changed
-    // something.
-    bool TakeFromServer(std::string_view key, int number);
-    // Gives the key the next number after the largest, if it has none. True when it had none.
-    bool Append(std::string_view key);
+    // What the service or the settings file says; it does not count as long as a wish of the user waits to be saved. True
+    // when it changed something.
+    bool Learn(std::string_view key, int number);
+    // Gives those keys that have none the numbers after the largest, in the order of `keys`; answers how many.
+    size_t Append(const std::vector<std::string_view>& keys);
     bool Remove(std::string_view key);
 
     // Whether the user changed something since the last SetSaved().
     bool HasUnsaved() const { return m_hasUnsaved; }
-    void SetSaved() { m_hasUnsaved = false; }
+    void SetSaved(bool isSaved = true) { m_hasUnsaved = !isSaved; }
 
+    // In the order of display; equal numbers by key. Valid until the next change.
+    std::vector<std::string_view> Keys() const;
     // One row per account, in the order of display: "Index" (from 0), "AccountKey", "AccountOrder".
     CDataTable Table() const;
 
