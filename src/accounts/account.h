@@ -53,6 +53,10 @@ class CAccount final : public CAccountRequester {
     // Sets the account key from account code, broker id and trade type, and answers it.
     std::string RebuildKey();
 
+    // Follows a row about a login: "account_name", "permission_code" (as far as the table has them), "error_code" ("0":
+    // usable) and "msg".
+    void ApplyLoginRow(const CDataTable& table, int row);
+
     // All serialised fields in order, "accountkey" first, "portfolios" last. With the passwords.
     CJsonObject ToJson() const;
 
@@ -72,16 +76,20 @@ class CAccount final : public CAccountRequester {
 
     void _onAnswer(const Answer& answer) override;
     std::string _eventKey() const override { return std::string(Get(AccountField::kAccountKey)); }
-    bool _request(const AccountOperation& operation, CUIData values);
+    bool _refuse(const AccountOperation& operation);
+    bool _request(const AccountOperation& operation, const CUIData& values);
+    void _forget(const std::string& uuid) override { m_newPasswords.erase(uuid); }
     CUIData _complete(const AccountOperation& operation, const CUIData& values) const;
     void _applyEdit(const Answer& answer);
     bool _applyLogin(const Answer& answer);
+    void _accept(NewPasswords passwords);
+    std::string _subject() const;
     void _log(std::string_view end) const;
 
     std::array<std::string, kAccountFields> m_texts;  // those of secret fields stay empty
     std::array<Secret, kAccountFields> m_secrets;
     Portfolios m_portfolios;
-    std::map<std::string, NewPasswords, std::less<>> m_newPasswords;  // by UUID, until the answer
+    std::map<std::string, NewPasswords, std::less<>> m_newPasswords;  // by UUID, while an answer is due
 };
 
 // The key of an account: account code, broker id and trade type joined by "|".

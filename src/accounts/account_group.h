@@ -53,6 +53,8 @@ class CAccountGroup final : public CAccountRequester {
     bool _request(const AccountOperation& operation, const CUIData& values, bool isRefused);
     void _add(const std::string& accountId);
     void _remove(const std::string& accountId);
+    template <class Ids>
+    void _writeText(const Ids& ids);
 
     GroupInfo m_info;
     std::set<std::string, std::less<>> m_members;
@@ -61,7 +63,9 @@ class CAccountGroup final : public CAccountRequester {
     uint64_t m_changes = 0;
 };
 
-// All groups of the user. The answer to a query is the whole list: groups that are not in it go.
+// All groups of the user. The answer to a query is the whole list: groups that are not in it go. An answer that may be
+// older than a change that was confirmed while it was on its way is not followed: the query is sent again under its UUID
+// ("account_group_answer_outdated").
 //
 // Operations, threads and lifetime as for CAccount. Events carry {"groupinfo": ...} where they are about one group, and
 // {"clientgroups": ToJson()} after a query.
@@ -93,14 +97,21 @@ class CAccountGroupList final : public CAccountRequester {
 
   private:
     void _onAnswer(const Answer& answer) override;
+    void _forget(const std::string& uuid) override { m_queries.erase(uuid); }
     bool _request(const AccountOperation& operation, const CUIData& values, bool isRefused);
     CUIData _withUser(const CUIData& values) const;
-    bool _applyQuery(const Answer& answer);
-    CJsonObject _applyAdd(const Answer& answer);
-    CJsonObject _applyDelete(const Answer& answer);
+    void _answerQuery(const Answer& answer);
+    void _follow(const CDataTable& rows);
+    void _takeRow(const CDataTable& rows, int row);
+    CAccountGroup& _ensure(const std::string& groupId);
+    CJsonObject _create(const CUIData& params);
+    CJsonObject _remove(const std::string& groupId);
+    uint64_t _allChanges() const;
 
     Groups m_groups;
     std::string m_userAccount;
+    uint64_t m_changes = 0;  // groups that answers added or removed, and theirs that went
+    std::map<std::string, uint64_t, std::less<>> m_queries;  // by UUID: _allChanges() when the query was sent
 };
 
 }  // namespace luadui

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "accounts/account_operations.h"
+#include "accounts/secret.h"
 #include "base/data_table.h"
 #include "base/json_object.h"
 #include "base/ui_data.h"
@@ -29,9 +30,9 @@ CDataTable AccountTable(const AccountOperation& operation);
 
 // Encrypts a text; nothing when that failed. Empty where the terminal has no encryption.
 using PasswordCipher = std::function<std::optional<std::string>(std::string_view)>;
-// Replaces those of "password", "txpassword" and "key_password" that are in `values` and not empty by cipher text. False
-// when there is no cipher or it fails: `values` then has none of the three.
-bool EncryptPasswords(CUIData& values, const PasswordCipher& cipher);
+// `values` with cipher text in the place of those of "password", "txpassword" and "key_password" that are not empty; made
+// anew, so that no clear text stays in its memory. Nothing when there is no cipher or it fails.
+std::optional<CUIData> EncryptPasswords(const CUIData& values, const PasswordCipher& cipher);
 
 // Reading answers. Nothing throws for what is missing or mistyped.
 
@@ -49,6 +50,8 @@ AccountFailure FailureOf(const CUIData& response);
 AccountFailure FailureOf(const CJsonObject& json);
 // A failure of this side: kLocalErrorCode and `message` (UTF-8 literal).
 AccountFailure LocalFailure(std::string_view message);
+// The same for an answer without the table that it should have; the message tells its "RawData".
+AccountFailure MissingTable(const CUIData& response);
 
 // "Table"; false, and `table` unchanged, when there is none or it is something else.
 bool TableOf(const CUIData& response, CDataTable& table);
@@ -58,7 +61,9 @@ CDataTable RequestTable(const CUIData& response);
 // "UUID"; where that is empty "Request"."UUID".
 std::string RequestUuid(const CUIData& response);
 
-// A text as it is, a number as decimal text; empty for everything else.
+// A text as it is, a number as decimal text, a flag as "1" or "0"; empty for everything else.
 std::string TextOf(const ValueView& value);
+// The same without leaving copies in memory.
+Secret SecretOf(const ValueView& value);
 
 }  // namespace luadui

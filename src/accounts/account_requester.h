@@ -33,18 +33,28 @@ class CAccountRequester : public CRequestObject {
         const AccountOperation& operation;
         const CQueueRespData& response;
         const std::string& uuid;
+        const CUIData&
+            params;  // what was asked: the answer's "Request"."Params", completed from the request itself
     };
     virtual void _onAnswer(const Answer& answer) = 0;
     // The account that events are about; empty here.
     virtual std::string _eventKey() const { return {}; }
 
-    // Sends the request. When it cannot be sent its failure event is reported and the answer is false. Nothing of
-    // this object may be used afterwards unless IsAlive() says that it is still there.
-    bool _send(const AccountOperation& operation, CQueueReqItem& request);
+    // The request with that UUID will have no answer: it was not sent. Does nothing here.
+    virtual void _forget(const std::string& uuid);
+
+    // Sends the request and logs that, if the operation has a line for it, about `subject`. When it cannot be sent its
+    // failure event is reported and the answer is false. Nothing of this object may be used afterwards unless IsAlive()
+    // says that it is still there.
+    bool _send(const AccountOperation& operation, CQueueReqItem& request, const std::string& subject = {});
+    // The same for a request that lacks what it is about when it is not `usable`: that one is not sent.
+    bool _sendIf(bool usable, const AccountOperation& operation, CQueueReqItem& request,
+                 const std::string& subject);
     // Whether the object with this handle is still there.
     static bool IsAlive(int32_t handle) { return CBaseObject::Find(handle) != nullptr; }
 
     // Report an event. The last thing that a member function does: the sink may destroy the object.
+    void _succeed(const AccountOperation& operation, const std::string& uuid, CJsonObject payload);
     void _report(std::string_view name, const std::string& uuid, CJsonObject payload);
     void _fail(const AccountOperation& operation, const std::string& uuid, const AccountFailure& failure);
     // The failure that the server reports, or the operation's own text when it gives no reason.
@@ -55,9 +65,14 @@ class CAccountRequester : public CRequestObject {
   private:
     struct Pending {
         const AccountOperation* operation;  // a row of the table
-        CDataTable rows;                    // of the parts that came
+        CUIData params;
+        CDataTable rows;  // of the parts that came
     };
     using PendingMap = std::map<std::string, Pending, std::less<>>;  // by UUID
+
+    CUIData _asked(const CQueueRespData& response, const Pending& pending) const;
+    void _event(std::string_view name, const std::string& uuid, CJsonObject payload,
+                const AccountFailure& failure);
 
     ResultEventSink& m_sink;
     const std::string_view m_module;

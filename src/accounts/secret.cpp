@@ -1,0 +1,50 @@
+#include "accounts/secret.h"
+
+#include <cstring>
+#include <utility>
+
+namespace luadui {
+
+void WipeMemory(void* memory, size_t size) noexcept {
+    // Every store to a volatile object happens.
+    volatile auto* bytes = static_cast<volatile unsigned char*>(memory);
+    for (size_t i = 0; i < size; ++i) bytes[i] = 0;
+}
+
+Secret& Secret::operator=(const Secret& other) {
+    if (this != &other) Set(other.View());
+    return *this;
+}
+
+Secret& Secret::operator=(Secret&& other) noexcept {
+    if (this != &other) {
+        Wipe();
+        _take(other);
+    }
+    return *this;
+}
+
+void Secret::Set(std::string_view text) {
+    std::unique_ptr<char[]> fresh;
+    if (!text.empty()) {
+        fresh.reset(new char[text.size()]);
+        std::memcpy(fresh.get(), text.data(), text.size());
+    }
+    const size_t size = text.size();  // `text` may be what is wiped next
+    Wipe();
+    m_text = std::move(fresh);
+    m_size = size;
+}
+
+void Secret::Wipe() noexcept {
+    WipeMemory(m_text.get(), m_size);
+    m_text.reset();
+    m_size = 0;
+}
+
+void Secret::_take(Secret& other) noexcept {
+    m_text = std::move(other.m_text);
+    m_size = std::exchange(other.m_size, 0);
+}
+
+}  // namespace luadui
