@@ -169,11 +169,11 @@ CDataTable TableOf(std::string_view text) {
     return table;
 }
 
-// The cells of each row: by which column it is known, then its money without the empty ends.
-std::string Money(const CDataTable& rows, const char* name) {
+// Each row's account and money, without the empty ends.
+std::string Money(const CDataTable& rows) {
     std::string text;
     for (int row = 0; row < rows.GetRowNumber(); ++row) {
-        std::string cells = rows.GetItemText(row, name) + ":";
+        std::string cells = rows.GetItemText(row, "accountid") + ":";
         for (int col = kFirstMoneyColumn; col < kAccountColumns; ++col)
             cells += rows.GetItemText(row, col) + ",";
         text += (row ? " " : "") + cells.substr(0, cells.find_last_not_of(',') + 1);
@@ -201,32 +201,29 @@ std::string Told(const AccountDataList::News& news) {
                   Describe(record.GetDataView("fund_token")));
         text += std::string(text.empty() ? "" : " / ") +
                 (record.GetTypeText().starts_with("currency_") ? "by currency " : "") +
-                record.GetDataString("operate") + ' ' + Money(rows, "accountid") + ' ' +
+                record.GetDataString("operate") + ' ' + Money(rows) + ' ' +
                 Describe(record.GetDataView("fund_token"));
     }
     return text;
 }
 
 TEST_F(AccountDataListTest, RowsSayWhoTheAccountIsHoweverTheServerSpellsIt) {
-    constexpr char kPortfolios[] =
+    const std::string json =
         R"([{"portfolioid":"P1"~"fund_token":"p1"}~{"portfolio_id":7~"portfolio_name":"N"~"is_default":"1"~"fund_token":"p7"}])";
-    const std::string names =
-        "accountkey,accountid,accountname,accountmark,nickname,qsid,qsname,tradetype,canuse,AccountMsg,"
-        "fund_token,portfolioid,portfolioname,";
     struct {
         std::string accounts;
         bool byPortfolio;
         std::string rows;
     } const kCases[] = {
-        {names + "yyb;k,1,n,m,nn,q,qn,1,1,ok,t,p,pn,y", false, "k,1,n,m,nn,q,qn,1,1,ok,t,p,pn,,,,,,,y"},
-        {"yyb,fund_token,trade_type,broker_id,account_id,accountid,portfolios;y,t,1,q,1,2," +
-             std::string(kPortfolios),
-         false, "1|q|1,1,,,,q,,1,,,t,7,N,,,,,,,y," + std::string(kPortfolios)},
-        {"accountid,portfolios;1," + std::string(kPortfolios), false,
-         "1||,1,,,,,,,,,p7,7,N,,,,,,," + std::string(kPortfolios)},
-        {"accountid,fund_token,portfolios;1,t," + std::string(kPortfolios) + ";2,t2,", true,
-         "1||,1,,,,,,,,,p1,P1,,,,,,,," + std::string(kPortfolios) + "|1||,1,,,,,,,,,p7,7,N,,,,,,," +
-             std::string(kPortfolios) + "|2||,2,,,,,,,,,t2,,,,,,,,,"},
+        {"accountkey,accountid,accountname,accountmark,nickname,qsid,qsname,tradetype,canuse,AccountMsg,"
+         "fund_token,portfolioid,portfolioname,yyb;k,1,n,m,nn,q,qn,1,1,ok,t,p,pn,y",
+         false, "k,1,n,m,nn,q,qn,1,1,ok,t,p,pn,,,,,,,y"},
+        {"yyb,fund_token,trade_type,broker_id,account_id,accountid,portfolios;y,t,1,q,1,2," + json, false,
+         "1|q|1,1,,,,q,,1,,,t,7,N,,,,,,,y," + json},
+        {"accountid,portfolios;1," + json, false, "1||,1,,,,,,,,,p7,7,N,,,,,,," + json},
+        {"accountid,fund_token,portfolios;1,t," + json + ";2,t2,", true,
+         "1||,1,,,,,,,,,p1,P1,,,,,,,," + json + "|1||,1,,,,,,,,,p7,7,N,,,,,,," + json +
+             "|2||,2,,,,,,,,,t2,,,,,,,,,"},
     };
     for (const auto& [accounts, byPortfolio, rows] : kCases) {
         plain.SetAccounts(TableOf(accounts));
@@ -256,12 +253,10 @@ constexpr MoneyCase kMoneyCases[] = {
 };
 
 TEST_F(AccountDataListTest, MoneyIsTheFundsAndElseThePositions) {
-    const char* const kUnreadable[] = {"account_fund_total_assets_unreadable",
-                                       "account_fund_available_unreadable",
-                                       "account_position_market_value_unreadable"};
-    const auto counted = [&] {
+    const auto counted = [] {
         uint64_t sum = 0;
-        for (const char* name : kUnreadable) sum += CCounters::Get(name);
+        for (const auto& [name, count] : CCounters::All())
+            sum += name.starts_with("account_") && name.ends_with("_unreadable") ? count : 0;
         return sum;
     };
     for (const MoneyCase& c : kMoneyCases) {
@@ -270,11 +265,15 @@ TEST_F(AccountDataListTest, MoneyIsTheFundsAndElseThePositions) {
         const uint64_t before = counted();
         list.SetFunds("t", TableOf(c.funds));
         list.SetPositions("t", TableOf(c.positions));
-        const std::string lines = Money(Asked(list, "currency_accountdatalist"), "accountid");
+        const std::string lines = Money(Asked(list, "currency_accountdatalist"));
         EXPECT_EQ(lines, c.lines);
-        EXPECT_EQ(Money(Asked(list, "accountdatalist"), "accountid"), lines.substr(0, lines.find(' ')));
+        EXPECT_EQ(Money(Asked(list, "accountdatalist")), lines.substr(0, lines.find(' ')));
         EXPECT_EQ(counted() - before, static_cast<uint64_t>(c.unreadable)) << c.lines;
     }
+    plain.SetAccounts(TableOf("accountid,fund_token;1,t"));
+    plain.SetFunds("t", TableOf("AvailableValue,Inst_AvailableValue;1,2"));
+    EXPECT_EQ(Money(Asked(plain, "accountdatalist")) + Money(Asked(plain, "accountdatalist", true)),
+              "1:,,11:,,2");
 }
 
 TEST_F(AccountDataListTest, NewsAreTheRowsThatChanged) {
@@ -311,7 +310,7 @@ TEST_F(AccountDataListTest, MoneyOfNobodyIsKeptWithinBounds) {
         plain.SetFunds("t" + std::to_string(i), funds);
     EXPECT_EQ(CCounters::Get("account_money_dropped") - before, 1u);
     plain.SetAccounts(TableOf("accountid,fund_token;1,t0;2,t1"));
-    EXPECT_EQ(Money(Asked(plain, "accountdatalist"), "accountid"), "1: 2:,1");
+    EXPECT_EQ(Money(Asked(plain, "accountdatalist")), "1: 2:,1");
 }
 
 // A page that takes every news, row by row, holds what the list answers; and a list that was changed again and again
@@ -320,7 +319,7 @@ class Changes {
   public:
     explicit Changes(unsigned seed) : m_random(seed) {
         m_list.SetAccounts(m_accounts);
-        for (const auto& [kind, byPortfolio] : kForms) Ask(m_list, kind, byPortfolio, "");
+        for (const auto& [kind, byPortfolio] : kForms) Asked(m_list, kind, byPortfolio);
     }
     void Step() {
         const std::string token = "t" + std::to_string(_number(8));
@@ -345,8 +344,8 @@ class Changes {
         fresh.SetAccounts(m_accounts);
         for (const auto& [kind, byPortfolio] : kForms) {
             for (const char* group : {"", "g0", "g1"}) {
-                const CDataTable rows = Ask(m_list, kind, byPortfolio, group);
-                ASSERT_EQ(Describe(rows), Describe(Ask(fresh, kind, byPortfolio, group))) << kind << group;
+                const CDataTable rows = Asked(m_list, kind, byPortfolio, group);
+                ASSERT_EQ(Describe(rows), Describe(Asked(fresh, kind, byPortfolio, group))) << kind << group;
                 if (*group != 0) continue;
                 ASSERT_EQ((m_mirror[{kind, byPortfolio}]), _byKey(rows)) << kind << byPortfolio;
             }
@@ -361,15 +360,6 @@ class Changes {
                                                               {"currency_accountdatalist", false},
                                                               {"currency_accountdatalist", true}};
 
-    static CDataTable Ask(const AccountDataList& list, const char* kind, bool byPortfolio,
-                          const char* group) {
-        CUIData request(kind);
-        request.SetData("groupname", group);
-        if (byPortfolio) request.SetData("PB_MODE", "true");
-        CDataTable rows;
-        if (list.GetData(request)) request.GetData(kind, rows);
-        return rows;
-    }
     static Mirror _byKey(const CDataTable& rows) {
         Mirror mirror;
         for (int row = 0; row < rows.GetRowNumber(); ++row) {

@@ -486,6 +486,30 @@ TEST_F(PageDataTest, NewsOfMoneyAreForThePagesGroup) {
         EXPECT_EQ(heard(), expected) << kind << token;
     }
     EXPECT_NE(Describe(credit.GetDataView("accountdatalistcredit")).find("C1,,,CNY,7,"), std::string::npos);
+
+    // Whoever changes the money while he is told of it lets nobody hear of it in the wrong order.
+    class Spender : public CBaseObject {
+      public:
+        void OnNotify(void*) override {
+            const auto funds = TableOf("TotalAssets;" + std::to_string(--left));
+            if (left > 0)
+                TellAccountData(CUIStockDataManager::get_mutable_instance().CommonData(), "fund", "F2",
+                                funds);
+        }
+        int left = 4;
+    } spender;
+    Receiver after;  // is told after him
+    page->RegisterNotify(static_cast<unsigned>(spender.GetHandle()), "accountdatalist_push");
+    Register(after, {"accountdatalist_push"});
+    TellAccountData(router.CommonData(), "fund", "F2", TableOf("TotalAssets;4"));
+    std::string totals;
+    for (const auto record : SplitText(after.Take(), '/')) {
+        const size_t at = record.find("F2,,,,");
+        totals += at == record.npos ? '-' : record[at + 6];
+    }
+    EXPECT_EQ(totals, "4321");
+    window.Take();
+    page->UnRegisterNotify(static_cast<unsigned>(spender.GetHandle()), "accountdatalist_push");
     AccountDataList& plain = *Common().Accounts(ListStore::kPlain);
     plain.Queue(plain.SetAccounts(TableOf("account_id,fund_token,trade_type;A2,F2,0")));
     EXPECT_TRUE(TellQueued(router.CommonData(), plain));
