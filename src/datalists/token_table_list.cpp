@@ -121,6 +121,11 @@ void CTokenTableList::QueryEnded(std::string_view token) {
     const auto found = m_accounts.find(token);
     if (found == m_accounts.end()) return;
     Account& account = found->second;
+    if (!Holds(token) && !account.kept.empty() && _isKnown(token)) {
+        // Its answer had no table; what came meanwhile is all that there is.
+        for (const Kept& push : account.kept) _apply(token, account, push.table);
+        _updated(token);
+    }
     const bool held = Holds(token);
     if (!held) CCounters::Add("push_for_unqueried_account", account.kept.size());
     while (!account.kept.empty()) _dropOldest(account);

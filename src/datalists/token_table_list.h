@@ -86,7 +86,8 @@ class CTokenTableList : public CUIData {
     void GetRowsOf(std::string_view token, CDataTable& rows);
 
     // No query for the account is under way any longer, whether answered or not; after TakeAnswer. Kept
-    // pushes go; those of an account that still has no table are counted as "push_for_unqueried_account".
+    // pushes go: into the account's table where the answer brought none, but made the account known; those of an
+    // account that nobody knows are counted as "push_for_unqueried_account".
     void QueryEnded(std::string_view token);
 
     // The view of several accounts: reads the set "fund_token" of `request`, stores the joined tables under

@@ -241,7 +241,10 @@ TEST(PositionListGGTTest, AnAnswerWithoutTableStillRegisters) {
     }
     EXPECT_EQ(Tokens(list), "a " + tricky + " ");
     EXPECT_EQ(list.TakePush("b", MakeTable({"X"}, {{"1"}}), 1, false), PushResult::kUnknown);
-    EXPECT_EQ(list.TakePush("a", MakeTable({"X"}, {{"1"}}), 1, false), PushResult::kTaken);
+    // What came before the answer stays.
+    EXPECT_EQ(list.TakePush("a", MakeTable({"X"}, {{"1"}}), 1, true), PushResult::kKept);
+    list.QueryEnded("a");
+    EXPECT_EQ(Held(list, "a"), "[X|1]");
     response.SetData("Table", MakeTable({"X"}, {{"2"}}));
     response.SetData("FundToken", tricky);
     list.SetGGTPositionResponse(response);
