@@ -79,15 +79,18 @@ Merged MergeAccount(CUIDataManager& manager, Push& push, const PushedList& row) 
         CCounters::Add("push_without_table");
         return Merged();
     }
-    Merged merged = Merge(manager, push, row, token, push.table);
-    if (!merged.isUseful) return merged;
-    if (row.rows == PushedRows::kWholeTable) {
-        merged.list->GetTable(token, push.table);
-    } else {
-        merged.list->GetRowsOf(token, push.table);
-    }
     if (IsFund(row.list)) push.fields.SetData("update_user", token);
-    return merged;
+    return Merge(manager, push, row, token, push.table);
+}
+
+// Puts what the list holds now in the place of what was pushed. Receivers may let newer pushes in while they are told of
+// this one: whoever is told later must not hear of older content.
+void TakeHeld(const Merged& merged, PushedRows rows, CDataTable& table) {
+    if (rows == PushedRows::kWholeTable) {
+        merged.list->GetTable(merged.token, table);
+    } else {
+        merged.list->GetRowsOf(merged.token, table);
+    }
 }
 
 // False when the manager went meanwhile.
@@ -120,9 +123,12 @@ void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_
     if (!merged.isUseful) return;
     for (const std::string_view kind : kinds) {
         const bool isTable = row.rows == PushedRows::kSingle && kind == row.list;
+        if (!isTable) TakeHeld(merged, row.rows, push.table);
         if (!(isTable ? PublishTable(manager, push, merged) : Publish(manager, push, kind))) return;
     }
-    if (row.rows == PushedRows::kWholeTable) TellAccountData(manager, row.list, merged.token, push.table);
+    if (row.rows != PushedRows::kWholeTable) return;
+    TakeHeld(merged, row.rows, push.table);
+    TellAccountData(manager, row.list, merged.token, push.table);
 }
 
 void MergePageList(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds) {

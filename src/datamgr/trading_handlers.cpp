@@ -91,9 +91,9 @@ void HandleTradingTable(CUIDataManager& manager, Answer& answer) {
     const std::string_view kind = FindAnswerRoute(answer.type)->kind;
     CTokenTableList* const list = manager.Lists().FindOrMake(kind);
     const bool isMerged = list && !answer.fundToken.empty() && Merge(*list, answer);
-    const CDataTable table = answer.table;
     const bool isAlive = DeliverTable(manager, list, answer, kind, isMerged);
-    if (isAlive && isMerged && IsFundOrPosition(kind))
+    CDataTable table;  // receivers may have let newer content in
+    if (isAlive && isMerged && IsFundOrPosition(kind) && list->GetTable(answer.fundToken, table))
         TellAccountData(manager, kind, answer.fundToken, table);
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <utility>
 
 #include "base/counters.h"
 #include "datamgr/ui_registry.h"
@@ -162,6 +163,25 @@ TEST_F(PushRoutesTest, WhatAPushIsMadeOf) {
     named.SetData("RawData", "not JSON");
     EXPECT_EQ(Pushed("AccountGroup", named), "");  // two kinds, one count
     EXPECT_EQ(CCounters::Get("push_unreadable"), before + 1);
+}
+
+// A receiver may run messages, and with them newer pushes, while it is told of a push.
+TEST_F(PushRoutesTest, NobodyIsLeftWithOlderContent) {
+    struct : CBaseObject {
+        void OnNotify(void*) override {
+            if (!std::exchange(isDone, true)) manager->Push("Fund|F1", PushOf("Currency,TotalAssets;CNY,3"));
+        }
+        TestManager* manager = nullptr;
+        bool isDone = false;
+    } busy;
+    busy.manager = &m_manager;
+    m_manager.Answer({.type = 1034, .kind = "account", .fundToken = ""}, "account_id,fund_token;A1,F1");
+    m_manager.Answer({1201, "fund"}, "Currency,TotalAssets;CNY,1");
+    m_manager.RegisterNotify(busy.GetHandle(), "fund");
+    m_manager.Push("Fund|F1", PushOf("Currency,TotalAssets;CNY,2"));
+    CDataTable accounts;
+    m_manager.GetData("accountdatalist").GetData("accountdatalist", accounts);
+    EXPECT_EQ(accounts.GetItemText(0, "TotalAssets"), "3");
 }
 
 TEST_F(PushRoutesTest, PagesListsTakePushesOfTheirAccounts) {
