@@ -14,7 +14,11 @@ AccountTables SplitByAccount(const CDataTable& table, const std::string& token) 
     AccountTables accounts;
     const int column = table.FindColumn(kFundToken);
     if (column < 0) {
-        if (!token.empty()) accounts[token] = table;
+        if (!token.empty()) {
+            accounts[token] = table;
+        } else if (table.GetRowNumber() > 0) {
+            CCounters::Add("row_without_account", static_cast<uint64_t>(table.GetRowNumber()));
+        }
         return accounts;
     }
     for (int row = 0; row < table.GetRowNumber(); ++row) {

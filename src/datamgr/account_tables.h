@@ -13,7 +13,7 @@ namespace luadui {
 using AccountTables = std::map<std::string, CDataTable, std::less<>>;
 
 // The rows of each account, which the column "fund_token" names; rows without one are of the account `token`, or, when
-// that is empty, counted as "row_without_account". A table without the column is passed on as it is.
+// that is empty, counted as "row_without_account".
 AccountTables SplitByAccount(const CDataTable& table, const std::string& token);
 
 // The record of the list's kind that tells all who want it what the account's table is now; empty when the list
