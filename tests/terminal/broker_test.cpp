@@ -348,9 +348,10 @@ TEST(Exchange, MatchesByPriceAndTime) {
             if (*sent.error) continue;
             EXPECT_EQ(seen["W" + std::to_string(++number)], sent.statuses) << sent.code << sent.volume;
         }
+        const AccountBook opening;
         // Nothing is held for orders that ended, and no cent got lost.
         for (const Account& account : exchange.Book().Accounts()) {
-            const Account& before = *AccountBook().Find(account.fundToken);
+            const Account& before = *opening.Find(account.fundToken);
             Cents money = before.funds[0].available;
             for (const Deal& deal : account.deals) money += deal.isSale ? deal.Amount() : -deal.Amount();
             EXPECT_EQ(account.funds[0].available, money) << account.id;
