@@ -23,6 +23,10 @@ constexpr MoneyColumn kCreditAvailable = {"AvailableValue", "credit_fund_availab
 constexpr MoneyColumn kSellQuota = {"WT_RZRQ_RQXYZYLL", "credit_fund_sell_quota_unreadable"};
 constexpr MoneyColumn kFinancingQuota = {"FinEnableQuota", "credit_fund_financing_quota_unreadable"};
 
+const MoneyColumn& OrdinaryMoney(const CUIData& request) {
+    return IsProductClient(request) ? kProductAvailable : kAvailable;
+}
+
 const MoneyColumn& CreditMoney(const CUIData& request) {
     const int64_t type = request.GetDataLong("usertoken_type");
     if (type == 3 && request.GetDataText("entrust_type") == "sell") return kSellQuota;
@@ -85,6 +89,10 @@ int FindFundRow(const CDataTable& funds, std::string_view currency) {
     return -1;
 }
 
+std::string_view MoneyColumnOf(const CUIData& request, bool isCredit) {
+    return (isCredit ? CreditMoney(request) : OrdinaryMoney(request)).name;
+}
+
 CFundList::CFundList() : CTokenTableList("fund", MergesPushes()) {}
 
 void CFundList::UpdateFundTable(const std::string& token, const CDataTable& table) {
@@ -97,7 +105,7 @@ void CFundList::UpdateFundTable(const std::string& token, const CDataTable& tabl
 
 bool CFundList::CalcStockAvailable(CUIData& request) const {
     const std::string currency = request.GetDataString("currency");
-    CountBuyable(*this, request, IsProductClient(request) ? kProductAvailable : kAvailable, currency);
+    CountBuyable(*this, request, OrdinaryMoney(request), currency);
     return true;
 }
 

@@ -8,6 +8,8 @@ namespace luadui {
 // The row of an account's funds in a currency: the first one of that, or of no, currency; without one to look for
 // the first row. -1 when there is none.
 int FindFundRow(const CDataTable& funds, std::string_view currency);
+// The column with the money for the order that `request` describes (see CalcStockAvailable of the two lists).
+std::string_view MoneyColumnOf(const CUIData& request, bool isCredit);
 
 // Rows are currencies. "update_user" is the account whose funds were set or confirmed last. A push brings the
 // values of single currencies (see UpdateFundTable); an answer replaces the account's table.

@@ -7,7 +7,6 @@
 #include "base/text.h"
 #include "datalists/fund_list.h"
 #include "datalists/number_cell.h"
-#include "datalists/stock_available.h"
 #include "datamgr/kind_table.h"
 #include "datamgr/local_sources.h"
 #include "datamgr/stock_source.h"
@@ -49,14 +48,14 @@ std::optional<Decimal> FundNumber(CUIDataManager& manager, const CUIData& reques
     const CTokenTableList* const list = StoreOf(manager, kind).Find(kind);
     CDataTable funds;
     if (!list || !list->GetTable(token, funds)) return std::nullopt;
-    const int row = FindFundRow(funds, request.GetDataText("currency"));
+    const int row =
+        FindFundRow(funds, source.isCredit ? std::string_view() : request.GetDataText("currency"));
     return row < 0 ? std::nullopt : std::optional(ReadNumber(funds.GetItemText(row, column), unreadable));
 }
 
 std::optional<Decimal> WeighAvailable(CUIDataManager& manager, const CUIData& request,
                                       const StockSource& source, const std::string& token) {
-    const bool isProduct = !source.isCredit && IsProductClient(request);
-    return FundNumber(manager, request, source, token, isProduct ? "Inst_AvailableValue" : "AvailableValue",
+    return FundNumber(manager, request, source, token, MoneyColumnOf(request, source.isCredit),
                       "allocate_available_unreadable");
 }
 

@@ -6,7 +6,7 @@
 namespace luadui {
 namespace {
 
-// Of the ordinary accounts A3 has no funds here, A2 and A4 no positions; C1 is a credit account.
+// Of the ordinary accounts A3 has no funds here, A2 and A4 no positions; C1 and C2 are credit accounts.
 constexpr const char* kTables[][3] = {
     {"fund", "A1",
      "Currency,AvailableValue,Inst_AvailableValue,TotalAssets;CNY,10050,2000,30000;HKD,500,0,1"},
@@ -15,6 +15,7 @@ constexpr const char* kTables[][3] = {
     {"position", "A1", "SecurityID,Market,AvailableStockBalance;600000,17,250;600001,17,99;600000,17,50"},
     {"position", "A3", "SecurityID,Market,AvailableStockBalance;600000,17,1000"},
     {"credit_fund", "C1", "AvailableValue,FinEnableQuota,WT_RZRQ_RQXYZYLL;1000,2000,3000"},
+    {"credit_fund", "C2", "AvailableValue,FinEnableQuota;9000,2000"},
     {"positioncredit", "C1", "SecurityID,Market,AvailableStockBalance;600000,17,400"},
 };
 
@@ -45,6 +46,7 @@ alloc_type=0 amount=1250 entrust_type=sell fund_token=<A1,A3> => A1,300,3000,50.
 alloc_type=1 amount=1300 entrust_type=sell fund_token=<A1,A3> stock_price= => A1,300,0,23.0769|A3,1000,0,76.9231 1300
 alloc_type=2 amount=100 entrust_type=sell fund_token=<A1,A3> => A1,100,1000,100.0000|A3,0,0,0.0000 100 <A3>
 alloc_type=0 amount=99999999999999999999 fund_token=<A1,C1> => A1,0,0,50.0000|C1,200,2000,50.0000 200 <A1>
+alloc_type=1 amount=200 fund_token=<C1,C2> => C1,100,1000,50.0000|C2,100,1000,50.0000 200
 alloc_type=0 !> 缺少分配数量或金额
 alloc_type=0 amount=0 money=5 !> 分配数量无效
 alloc_type=0 amount=1,234.50 !> 分配数量无效
