@@ -1,0 +1,327 @@
+#include "accounts/account.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+
+#include "base/counters.h"
+#include "tests/accounts/service_probe.h"
+
+namespace luadui {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using enum AccountField;
+
+using Texts = std::vector<std::pair<std::string, std::string>>;
+
+CUIData Values(const Texts& texts) {
+    CUIData values;
+    for (const auto& [name, text] : texts) values.SetData(name, text);
+    return values;
+}
+
+class AccountTest : public testing::Test {
+  protected:
+    AccountTest() {
+        for (const AccountFieldInfo& info : kAccountFieldTable)
+            m_account->Set(info.field,
+                           info.IsSerialised() && !info.isSecret ? "[" + std::string(info.key) + "]" : "");
+        m_account->Set(kAccountId, "1001");
+        m_account->Set(kBrokerId, "7");
+        m_account->Set(kTradeType, "1");
+        m_account->Set(kBindStatus, "0");
+        m_account->Set(kCanUse, "1");
+        m_account->RebuildKey();
+    }
+
+    void Answer(const CQueueRespData& response) { m_account->OnResponse(&response); }
+    // The account after a re-entry of passwords was asked for.
+    void EnterPassword() {
+        m_account->EditPassword(
+            Values({{"password", "clear-1"}, {"txpassword", "clear-2"}, {"token", "T"}}),
+            [](std::string_view text) { return "<" + std::to_string(text.size()) + ">"; });
+    }
+
+    ServiceProbe m_service;
+    std::unique_ptr<CAccount> m_account = std::make_unique<CAccount>(m_service);
+};
+
+TEST_F(AccountTest, RequestsCarryTheirColumns) {
+    struct Case {
+        std::function<void(CAccount&)> ask;
+        std::string text;
+    };
+    const std::string tail = " log_source=MODULE_ACCOUNTMANAGER";
+    const std::string bind =
+        "useraccount=u account_code=1001 product_id=[productid] institution_id=[institutionid] "
+        "user_id=[userid]" +
+        tail;
+    const Case cases[] = {
+        {[](CAccount& account) {
+             account.Bind(Values({{"useraccount", "u"}}));
+         },
+         "1036 " + bind},
+        {[](CAccount& account) {
+             account.Set(kBindStatus, "1");
+             account.Unbind(Values({{"useraccount", "u"}}));
+         },
+         "1037 " + bind},
+        {[](CAccount& account) {
+             account.Logout(Values({{"client_user_id", "c"}}));
+         },
+         "1032 fund_token=[fund_token] client_user_id=c" + tail},
+        {[](CAccount& account) {
+             account.Edit(Values({{"account_mark", "m"}, {"unknown", "x"}}));
+         },
+         "1049 Table=[account_code,trade_type,institution_id,broker_id,issimulate,account_mark,alias,user_id|"
+         "1001,1,[institutionid],7,[issimulate],m,[nickname],[userid]]" +
+             tail},
+    };
+    for (const Case& each : cases) {
+        each.ask(*m_account);
+        const CQueueReqItem& request = m_service.host.pushed.back();
+        CUIData params = FakeHost::Params(request);
+        for (const char* added : {"routeType", "destServer"}) params.Remove(added);
+        EXPECT_EQ(std::to_string(request.GetDataLong("REQTYPE")) + ' ' + Describe(params), each.text);
+        EXPECT_EQ(request.GetDataText("log_source"), "MODULE_ACCOUNTMANAGER");
+        EXPECT_EQ(request.GetDataText("From"), std::to_string(m_account->GetHandle()));
+        EXPECT_THAT(request.GetDataString("UUID"),
+                    MatchesRegex("[0-9a-f]+-[0-9a-f]+-[0-9a-f]+-[0-9a-f]+-[0-9a-f]+"));
+    }
+    EXPECT_EQ(m_service.host.pushed[2].GetDataText("FundToken"), "[fund_token]");
+}
+
+TEST_F(AccountTest, PasswordsLeaveAsCipherTextOnly) {
+    EnterPassword();
+    const std::string sent = Describe(m_service.host.pushed.back());
+    EXPECT_THAT(
+        sent,
+        testing::HasSubstr(
+            "[account_code,trade_type,institution_id,broker_id,issimulate,password,txpassword,hardware_info,"
+            "version,"
+            "trade_server,verification,qsflag,token,user_id,key_password,key_account_code,key_fund_token|"
+            "1001,1,[institutionid],7,[issimulate],<7>,<7>,,,,,,T,[userid],,,]"));
+    EXPECT_EQ(sent.find("clear-"), std::string::npos);
+    EXPECT_TRUE(m_account->EditPassword(Values({{"password", "clear-3"}}), nullptr));
+    EXPECT_TRUE(
+        m_account->EditPassword(Values({{"password", "clear-3"}}), [](auto) { return std::nullopt; }));
+    EXPECT_EQ(m_service.host.pushed.size(), 1u);
+    const std::string failed = "edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 发送重输密码请求失败！";
+    EXPECT_THAT(m_service.Events(), ElementsAre(failed, failed));
+}
+
+TEST_F(AccountTest, LocalRefusalsSendNothing) {
+    EXPECT_FALSE(m_account->Unbind({}));
+    m_account->Set(kBindStatus, "1");
+    EXPECT_FALSE(m_account->Bind({}));
+    EXPECT_THAT(m_service.Lines(),
+                ElementsAre("account:账户ID:1001，未绑定！", "account:账户ID:1001，已绑定！"));
+    EXPECT_THAT(m_service.Events(), IsEmpty());
+    EXPECT_THAT(m_service.host.pushed, IsEmpty());
+}
+
+TEST_F(AccountTest, AnswersChangeTheAccount) {
+    const auto login = [](const std::vector<std::string>& row) {
+        return MakeTable({"account_name", "permission_code", "error_code", "msg"}, {row});
+    };
+    struct Case {
+        std::function<void()> ask;
+        CDataTable table;
+        std::string event;
+        std::vector<std::string> lines;
+        std::string state;  // bound, usable, message, name, nickname, mark, permissions, password
+    };
+    const CDataTable none;
+    // clang-format off
+    const Case cases[] = {
+        {[&] { m_account->Bind({}); }, none, "bind_account", {"，绑定请求已发送！", "，绑定成功！"},
+         "1 1 [AccountMsg] [accountname] [nickname] [accountmark] [PermissionCode] "},
+        {[&] { m_account->Unbind({}); }, none, "unbind_account", {"，解绑请求已发送！", "，解绑成功！"},
+         "0 1 [AccountMsg] [accountname] [nickname] [accountmark] [PermissionCode] "},
+        {[&] { m_account->Edit(Values({{"account_mark", "mark"}, {"alias", Gbk("别名")}})); }, none, "edit_account",
+         {"，编辑成功！"}, "0 1 [AccountMsg] [accountname] 别名 mark [PermissionCode] "},
+        {[&] { EnterPassword(); }, login({Gbk("张三"), "9", "5", Gbk("密码错误")}), "edit_password", {"，重输密码成功！"},
+         "0 0 密码错误 张三 张三_[qsname] mark 9 "},
+        {[&] { EnterPassword(); }, login({Gbk("李四"), "8", "0", "?"}), "edit_password", {"，重输密码成功！"},
+         "0 1 正常 李四 李四_[qsname] mark 8 clear-1"},
+        {[&] { EnterPassword(); }, MakeTable({"error_code"}, {{"0"}}), "edit_password", {"，重输密码成功！"},
+         "0 1 正常 李四 李四_[qsname] mark 8 clear-1"},
+        {[&] { m_account->Logout({}); }, none, "logout_account", {"，注销成功！"},
+         "0 0 手动注销 李四 李四_[qsname] mark 8 "},
+    };
+    // clang-format on
+    for (const Case& each : cases) {
+        each.ask();
+        Answer(ServiceProbe::WithTable(m_service.AnswerToLast(), each.table));
+        ASSERT_EQ(m_service.events.size(), 1u) << each.event;
+        EXPECT_EQ(m_service.events[0].payload.ToText(), m_account->ToJson().ToText());
+        EXPECT_EQ(m_service.events[0].uuid, m_service.host.pushed.back().GetDataString("UUID"));
+        EXPECT_THAT(m_service.Events(), ElementsAre(each.event + "_success MODULE_ACCOUNT 1001|7|1"));
+        std::vector<std::string> lines;
+        for (const std::string& end : each.lines) lines.push_back("account:账户ID:1001" + end);
+        EXPECT_EQ(m_service.Lines(), lines);
+        std::string state(m_account->Get(kBindStatus));
+        for (const AccountField field :
+             {kCanUse, kMessage, kAccountName, kNickname, kAccountMark, kPermissionCode, kPassword})
+            (state += ' ') += m_account->Get(field);
+        EXPECT_EQ(GbkToUtf8(state), each.state) << each.event;
+    }
+    EXPECT_TRUE(m_account->Password(kTxPassword).IsEmpty());
+}
+
+TEST_F(AccountTest, FailuresTellTheReason) {
+    const std::pair<std::string, std::string> cases[] = {
+        {R"({"error_code":"E1","msg":"m1","code":"E2","message":"m2"})", "E1 m1"},
+        {R"({"code":"E2","message":"m2"})", "E2 m2"},
+        {R"({"code":-3,"msg":1.5})", "-3.000 1.500"},
+        {R"({"error_code":null,"code":7,"msg":[1],"message":"m2"})", "7.000"},
+        {R"({})", "-8989 绑定失败！"},
+        {"", "-8989 绑定失败！"},
+    };
+    for (const auto& [json, reason] : cases) {
+        m_account->Bind({});
+        CQueueRespData response = m_service.AnswerToLast(false);
+        CJsonObject object;
+        if (object.Parse(json)) response.SetData("JsonData", object);
+        Answer(response);
+        EXPECT_THAT(m_service.Events(), ElementsAre("bind_account_failed MODULE_ACCOUNT 1001|7|1 " + reason))
+            << json;
+        EXPECT_FALSE(m_account->IsBound());
+    }
+}
+
+TEST_F(AccountTest, LoginAnswerWithoutARowIsAFailure) {
+    const CDataTable noRow = MakeTable({"error_code"}, {});
+    for (const CDataTable* const table : {static_cast<const CDataTable*>(nullptr), &noRow}) {
+        EnterPassword();
+        CQueueRespData response = m_service.AnswerToLast();
+        response.SetData("Table", "no table");
+        if (table) response.SetData("Table", *table);
+        response.SetData("RawData", Gbk("<乱>"));
+        Answer(response);
+        EXPECT_EQ(GbkToUtf8(m_service.events.at(0).payload.ToText()),
+                  R"({"error_code":"-8989","msg":"获取应答数据生成表格失败！原始数据：<乱>"})");
+        EXPECT_THAT(m_service.Events(), ElementsAre("edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 "
+                                                    "获取应答数据生成表格失败！原始数据：<乱>"));
+        EXPECT_TRUE(m_account->CanUse());
+        EXPECT_TRUE(m_account->Password(kPassword).IsEmpty());
+    }
+}
+
+TEST_F(AccountTest, EachRequestHasOneAnswer) {
+    const uint64_t before = CCounters::Get("account_answer_repeated");
+    m_account->Bind(Values({{"UUID", "one"}}));
+    CQueueRespData wrong = m_service.AnswerToLast();
+    wrong.SetData("REQTYPE", 1037);
+    Answer(wrong);                                        // of another request's type
+    CQueueRespData late = m_service.AnswerToLast(false);  // says the opposite
+    Answer(m_service.AnswerToLast());
+    Answer(late);
+    Answer(CQueueRespData());
+    m_account->OnResponse(nullptr);
+    EXPECT_TRUE(m_account->IsBound());
+    EXPECT_THAT(m_service.Events(), ElementsAre("bind_account_success MODULE_ACCOUNT 1001|7|1"));
+    EXPECT_EQ(CCounters::Get("account_answer_repeated") - before, 3u);
+
+    // Two requests under one identifier: the second is refused, the first is still answered. An answer that lost
+    // what was asked is as good as one that did not.
+    EXPECT_TRUE(m_account->Edit(Values({{"UUID", "two"}, {"alias", "first"}})));
+    EXPECT_TRUE(m_account->Edit(Values({{"UUID", "two"}, {"alias", "second"}})));
+    CQueueRespData bare = m_service.AnswerToLast();
+    bare.Remove("Request");
+    Answer(bare);
+    EXPECT_THAT(m_service.Events(),
+                ElementsAre("edit_account_failed MODULE_ACCOUNT 1001|7|1 -8989 发送编辑账户请求失败！",
+                            "edit_account_success MODULE_ACCOUNT 1001|7|1"));
+    EXPECT_EQ(m_account->Get(kNickname), "first");
+}
+
+TEST_F(AccountTest, AnswersInPartsAreOne) {
+    EnterPassword();
+    CQueueRespData part, last;
+    CQueueRespData host = ServiceProbe::WithTable(m_service.AnswerToLast(),
+                                                  MakeTable({"account_name", "error_code"}, {{"A", "0"}}));
+    host.SetData("IsLast", false);
+    part.CopyFrom(host);
+    Answer(part);
+    EXPECT_THAT(m_service.Events(), IsEmpty());
+    last.CopyFrom(m_service.AnswerToLast());
+    Answer(last);
+    EXPECT_EQ(m_service.Events().size(), 1u);
+    EXPECT_EQ(m_account->Get(kAccountName), "A");
+}
+
+TEST_F(AccountTest, MayBeDestroyedByWhoeverItCalls) {
+    m_service.onEvent = [this](const ResultEvent&) { m_account.reset(); };
+    m_account->Bind({});
+    Answer(m_service.AnswerToLast());
+    EXPECT_EQ(m_service.Events().size(), 1u);
+
+    m_account = std::make_unique<CAccount>(m_service);
+    EXPECT_TRUE(m_account->EditPassword({}, nullptr));  // the event destroys it
+    EXPECT_FALSE(m_account);
+    m_account = std::make_unique<CAccount>(m_service);
+    m_service.host.onPush = [this](CQueueReqItem&) { m_account.reset(); };
+    EXPECT_TRUE(m_account->Bind({}));
+    EXPECT_FALSE(m_account);
+}
+
+TEST_F(AccountTest, JsonKeepsTheOrderOfFields) {
+    m_account->Set(kPassword, "p");
+    m_account->Set(kSpare1, "spare");
+    Portfolios portfolios;
+    EXPECT_TRUE(ReadPortfolios(Gbk(R"([{"portfolio_id":"2","portfolio_name":"淺丶","fund_token":"F2"},
+        {"portfolio_id":10,"portfolio_code":"c","remarks":"r","is_default":1,"fund_token":"F10"}])"),
+                               portfolios));
+    m_account->SetPortfolios(portfolios);
+    EXPECT_EQ(
+        GbkToUtf8(m_account->ToJson().ToText()),
+        R"({"accountkey":"1001|7|1","id":"[id]","accountid":"1001","accountname":"[accountname]","nickname":"[nickname]",)"
+        R"("accountmark":"[accountmark]","qsid":"7","qsname":"[qsname]","yybid":"[yybid]","yybname":"[yybname]",)"
+        R"("productid":"[productid]","productname":"[productname]","institutionid":"[institutionid]","userid":"[userid]",)"
+        R"("issimulate":"[issimulate]","tradetype":"1","userkey":"[userkey]","PermissionCode":"[PermissionCode]",)"
+        R"("bindstatus":"0","allowlogin":"[allowlogin]","AccountMsg":"[AccountMsg]","fund_token":"F10","password":"p",)"
+        R"("txpassword":"","dynamicpassword":"","canuse":"1","portfolios":[)"
+        R"({"portfolioid":"10","portfolioname":"","portfoliocode":"c","portfolioremarks":"r","is_default":"1","fund_token":"F10"},)"
+        R"({"portfolioid":"2","portfolioname":"淺丶","portfoliocode":"","portfolioremarks":"","is_default":"","fund_token":"F2"}]})");
+}
+
+TEST(Portfolios, ReadWhatCanBeRead) {
+    struct Case {
+        std::string text;
+        bool isRead;
+        std::string ids, token;  // the default one's
+    };
+    const Case cases[] = {
+        {"", true, "", ""},
+        {" [] ", true, "", ""},
+        {"{}", false, "", ""},
+        {"[1,{\"portfolio_id\":\"b\",\"fund_token\":\"B\"}]", false, "b,", "B"},
+        {"[{\"portfolio_id\":\"b\",\"fund_token\":\"B\"},{\"portfolio_id\":\"a\",\"fund_token\":\"A\"}]",
+         true, "a,b,", "A"},
+        {"[{\"portfolio_id\":\"b\",\"is_default\":\"1\",\"fund_token\":\"B\"},{\"portfolio_id\":\"a\"},{"
+         "\"remarks\":\"\"}]",
+         true, "a,b,", "B"},
+        {"[{\"portfolio_id\":\"a\",\"is_default\":\"1\"},{\"portfolio_id\":\"b\",\"is_default\":\"1\",\"fund_"
+         "token\":\"B\"},"
+         "{\"portfolio_id\":\"b\",\"fund_token\":\"C\"}]",
+         true, "a,b,", ""},
+        {"[{\"portfolio_id\":\"a\"},{\"portfolio_id\":\"b", false, "a,", ""},
+        {Gbk("[{\"portfolio_id\":\"珅") + "\"}]", true, Gbk("珅") + ",", ""},
+    };
+    for (const Case& each : cases) {
+        Portfolios portfolios;
+        portfolios.Put({"old", "", "", "", "", "old"});
+        EXPECT_EQ(ReadPortfolios(each.text, portfolios), each.isRead) << each.text;
+        std::string ids;
+        for (const Portfolio& portfolio : portfolios.All()) ids += portfolio.id + ',';
+        EXPECT_EQ(ids, each.ids) << each.text;
+        EXPECT_EQ(portfolios.Default() ? portfolios.Default()->fundToken : "", each.token) << each.text;
+    }
+}
+
+}  // namespace
+}  // namespace luadui
