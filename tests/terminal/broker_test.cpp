@@ -94,13 +94,14 @@ TEST_F(BrokerTest, AnswersEachKindUnderItsDataType) {
         const char* column;  // that the library's lists look for
     };
     constexpr Case kCases[] = {
-        {1034, "", 2007, 3, "fund_token"},
+        {1034, "", 2007, 4, "trade_type"},
         {1035, "", 2008, 2, "account"},
         {1099, "", 2001, -1, ""},
         {1201, "880002", 2002, 1, "TotalAssets"},
         {1202, "880003", 2003, 0, "SecurityID"},
         {1203, "880001", 2004, 0, "ExecID"},
         {1204, "880001", 2005, 0, "OrderID"},
+        {1205, "990001", 2002, 1, "FinEnableQuota"},
         {1228, "", 2001, 0, ""},
         {1250, "880001", 2001, 0, "Balance"},
         {131078, "", 2001, 2, "Currency"},

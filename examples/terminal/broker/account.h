@@ -79,7 +79,8 @@ struct Deal {
 struct Account {
     std::string id;
     std::string fundToken;
-    std::string customer;  // code page 936
+    std::string customer;   // code page 936
+    bool isCredit = false;  // trades on credit: its tables are those of credit accounts
     std::vector<Fund> funds;
     std::vector<Position> positions;
     std::vector<Order> orders = {};  // of the day, in their order

@@ -32,6 +32,12 @@ AccountBook::AccountBook() : m_securities(SampleSecurities()) {
                    .fundToken = "880003",
                    .customer = Gbk("陈静"),
                    .funds = {{"CNY", 100'000'000}},
+                   .positions = {}},
+                  {.id = "2001",
+                   .fundToken = "990001",
+                   .customer = Gbk("李明"),
+                   .isCredit = true,
+                   .funds = {{"CNY", 50'000'000}},
                    .positions = {}}};
     struct Held {
         const char* code;
@@ -50,6 +56,7 @@ AccountBook::AccountBook() : m_securities(SampleSecurities()) {
         _hold(m_accounts[0], held.code, held.volume, held.cost);
     for (const Held& held : {Held{"601398", 8'000, 5'120}, {"000001", 2'600, 11'930}})
         _hold(m_accounts[1], held.code, held.volume, held.cost);
+    _hold(m_accounts[3], "600036", 5'000, 39'870);
     m_groups = {{"1", Gbk("核心"), {"1001"}}, {"2", Gbk("其他"), {"1002", "1003"}}};
 }
 

@@ -21,7 +21,7 @@ struct AccountGroup {
 class AccountBook {
   public:
     // Opens with three sample accounts: one with positions in several markets and currencies, one small, one without
-    // positions.
+    // positions; and the credit account of the first customer.
     AccountBook();
 
     const std::vector<Account>& Accounts() const { return m_accounts; }

@@ -40,7 +40,7 @@ CDataTable AccountRows(std::span<const Account> accounts) {
     CDataTable table;
     AppendRow(table, {"account_id", "accountname", "trade_type", "fund_token"});
     for (const Account& account : accounts)
-        AppendRow(table, {account.id, account.customer, "1", account.fundToken});
+        AppendRow(table, {account.id, account.customer, account.isCredit ? "2" : "1", account.fundToken});
     return table;
 }
 
@@ -72,13 +72,13 @@ std::string StatusTextOf(const Order& order) {
 CDataTable FundTable(const Account& account) {
     CDataTable table;
     AppendRow(table, {"Currency", "TotalAssets", "AvailableValue", "Inst_AvailableValue", "FrozenValue",
-                      "MarketValue", "DayProfit"});
+                      "MarketValue", "DayProfit", "FinEnableQuota"});
     for (const Fund& fund : account.funds) {
         const Cents value = account.MarketValue(fund.currency);
         const std::string available = CentsText(fund.available);
-        AppendRow(table,
-                  {fund.currency, CentsText(fund.available + fund.frozen + value), available, available,
-                   CentsText(fund.frozen), CentsText(value), CentsText(account.DayProfit(fund))});
+        AppendRow(table, {fund.currency, CentsText(fund.available + fund.frozen + value), available,
+                          available, CentsText(fund.frozen), CentsText(value),
+                          CentsText(account.DayProfit(fund)), account.isCredit ? available : ""});
     }
     return table;
 }

@@ -10,7 +10,8 @@
 
 namespace terminal {
 
-luadui::CDataTable FundTable(const Account& account);      // a row per currency
+// A row per currency. A credit account may buy on credit for as much as it has available.
+luadui::CDataTable FundTable(const Account& account);
 luadui::CDataTable PositionTable(const Account& account);  // a row per security
 luadui::CDataTable OrderTable(const Account& account);     // a row per order of the day
 luadui::CDataTable DealTable(const Account& account);      // a row per deal of the day

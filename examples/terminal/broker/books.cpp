@@ -53,6 +53,7 @@ CUIData TotalsOf(const Account& account) {
     CUIData totals;
     totals.SetData("fund_token", account.fundToken);
     totals.SetData("customer", luadui::GbkToUtf8(account.customer));
+    totals.SetData("credit", account.isCredit);
     totals.SetData("positions", account.positions.size());
     AddOrders(account, totals);
     AddDeals(account, totals);

@@ -8,7 +8,7 @@
 
 namespace terminal {
 
-// Totals of an account, money as whole cents: "fund_token", "customer" (UTF-8), "orders", "open_orders", "order_volume",
+// Totals of an account, money as whole cents: "fund_token", "customer" (UTF-8), "credit" (whether it trades on credit), "orders", "open_orders", "order_volume",
 // "dealt_volume" (of the orders), "deals", "deal_volume" and "turnover" (of the deals), "positions"; and for each currency,
 // as in "CNY_available": "available", "frozen", "market_value", "assets", "day_profit".
 luadui::CUIData TotalsOf(const Account& account);

@@ -27,6 +27,10 @@ int DataTypeOf(const CUIData& request) {
     return service ? service->dataType : kDataOfPage;
 }
 
+std::string TopicOf(const Account& account, const std::string& name) {
+    return name + (account.isCredit ? "Credit|" : "|");
+}
+
 bool IsSet(const CUIData& params, const char* key) { return params.GetDataText(key) == "true"; }
 
 }  // namespace
@@ -246,13 +250,14 @@ void Broker::_tell(const AccountChange& change) {
         if (service.isTradedWith) _notify(service.type, token);
     if (!change.orders.empty()) _tellOrders(change);
     if (!change.deals.empty()) _tellDeals(change);
-    if (change.positions) _push(MakePush("Position|", token, PositionTable(*change.account)), false);
-    _push(MakePush("Fund|", token, FundTable(*change.account)), false);
+    if (change.positions)
+        _push(MakePush(TopicOf(*change.account, "Position"), token, PositionTable(*change.account)), false);
+    _push(MakePush(TopicOf(*change.account, "Fund"), token, FundTable(*change.account)), false);
 }
 
 void Broker::_tellOrders(const AccountChange& change) {
     const Account& account = *change.account;
-    _push(MakePush("Entrust|", account.fundToken, OrderTable(account, change.orders)), true);
+    _push(MakePush(TopicOf(account, "Entrust"), account.fundToken, OrderTable(account, change.orders)), true);
     for (const size_t row : change.orders) {
         const Order& order = account.orders[row];
         _push(MakeReport({"entrustret", account.fundToken, account.id, order.localId, order.instance,
@@ -264,7 +269,7 @@ void Broker::_tellOrders(const AccountChange& change) {
 
 void Broker::_tellDeals(const AccountChange& change) {
     const Account& account = *change.account;
-    _push(MakePush("Trade|", account.fundToken, DealTable(account, change.deals)), true);
+    _push(MakePush(TopicOf(account, "Trade"), account.fundToken, DealTable(account, change.deals)), true);
     for (const size_t row : change.deals) {
         const Deal& deal = account.deals[row];
         const auto order = std::ranges::find(account.orders, deal.orderId, &Order::id);

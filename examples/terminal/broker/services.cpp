@@ -100,6 +100,10 @@ constexpr Service kServices[] = {
     {1202, 2003, true, true, ServeTable<PositionTable>},
     {1203, 2004, true, true, ServeTable<DealTable>},
     {1204, 2005, true, true, ServeTable<OrderTable>},
+    {1205, 2002, true, true, ServeTable<FundTable>},
+    {1206, 2003, true, true, ServeTable<PositionTable>},
+    {1207, 2004, true, true, ServeTable<DealTable>},
+    {1208, 2005, true, true, ServeTable<OrderTable>},
     {1228, kOfPage, false, false, ServeBasketDetail},
     {1250, kOfPage, true, true, ServeTable<CashFlowTable>},
     {1466, kOfPage, false, false, nullptr},  // log records

@@ -129,6 +129,7 @@ DataPage::DataPage(const luadui::PageInit& init)
     : TextPage(init),
       m_data(init.name),
       m_accounts(SetOf(_parameter(init.info, "fund_token"))),
+      m_moreAccounts(SetOf(_parameter(init.info, "more"))),
       m_group(_parameter(init.info, "group")) {}
 
 DataPage* DataPage::Create(const luadui::PageInit& init) {
@@ -224,7 +225,7 @@ std::string DataPage::_whyOf(const CUIData& record) const {
 }
 
 bool DataPage::_shows(std::string_view account) const {
-    return m_accounts.IsEmpty() || m_accounts.Contains(account);
+    return m_accounts.IsEmpty() || m_accounts.Contains(account) || m_moreAccounts.Contains(account);
 }
 
 void DataPage::_take(const CUIData& record) {

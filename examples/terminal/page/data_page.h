@@ -23,7 +23,7 @@ namespace terminal {
 //   "push"               news; "push of another account" when it is of none that the page shows
 //
 // Parameters, lists separated by commas: "kinds" are asked and heard of, "hear" are heard of only, "fund_token" are the
-// accounts (none: all), "group" the account group.
+// accounts (none: all), "more" others that it shows when they come, "group" the account group.
 //
 // The host's scripts tell it what to do by messages to the page sign "datapage:<name>", which come as records of kind
 // "lua_subscribe": {"do": ..., "kind": ...}, where
@@ -62,6 +62,7 @@ class DataPage : public TextPage {
 
     luadui::CUIPageData m_data;
     luadui::CDataSet m_accounts;
+    luadui::CDataSet m_moreAccounts;
     const std::string m_group;
     bool m_isAsking = false;  // a question is being asked right now
 

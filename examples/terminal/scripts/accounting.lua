@@ -71,8 +71,14 @@ local function check_weights(found, token, positions, assets)
     end
 end
 
+local KINDS = {
+    [false] = {fund = "fund", position = "position", entrust = "entrust", deal = "deal", data = "currency_accountdatalist"},
+    [true] = {fund = "credit_fund", position = "positioncredit", entrust = "entrustcredit", deal = "dealcredit",
+              data = "accountdatalistcredit"},
+}
+
 -- The page's totals of each account as texts for print(), and all differences from the books. The page must show orders,
--- deals, positions and funds of all accounts, their merged views and the account data by currency.
+-- deals, positions and funds of all accounts, the merged views of all but credit accounts, and the account data.
 function accounting.compare(session, page)
     local found, lines = {}, {}
     local function rows(kind, account)
@@ -82,15 +88,15 @@ function accounting.compare(session, page)
     end
     local whole, books_whole = totals_of(rows("entrustmulti", ""), rows("dealmulti", ""), rows("positionmulti", "")), {}
     for _, books in ipairs(terminal.books()) do
-        local token = books.fund_token
-        local positions = rows("position", token)
-        local seen = totals_of(rows("entrust", token), rows("deal", token), positions)
-        add_money(seen, rows("fund", token))
+        local token, kinds = books.fund_token, KINDS[books.credit]
+        local positions = rows(kinds.position, token)
+        local seen = totals_of(rows(kinds.entrust, token), rows(kinds.deal, token), positions)
+        add_money(seen, rows(kinds.fund, token))
         differences(found, token, seen, books)
         check_weights(found, token, positions, books.CNY_assets)
 
         local of_account = {}
-        for _, row in ipairs(rows("currency_accountdatalist", "")) do
+        for _, row in ipairs(rows(kinds.data, "")) do
             if row.fund_token == token then of_account[#of_account + 1] = row end
         end
         local data, of_books = {}, {}
@@ -98,13 +104,13 @@ function accounting.compare(session, page)
         for name, value in pairs(books) do if name:match("^%u%u%u_") then of_books[name] = value end end
         differences(found, token .. " account data", data, of_books)
 
-        for _, name in ipairs(COUNTS) do books_whole[name] = (books_whole[name] or 0) + books[name] end
+        for _, name in ipairs(books.credit and {} or COUNTS) do books_whole[name] = (books_whole[name] or 0) + books[name] end
         lines[#lines + 1] = accounting.line(token .. " page", seen)
         lines[#lines + 1] = accounting.line(token .. " broker", books)
     end
     differences(found, "merged views", whole, books_whole, COUNTS)
     lines[#lines + 1] = accounting.line("merged page", whole)
-    lines[#lines + 1] = accounting.line("all broker", books_whole)
+    lines[#lines + 1] = accounting.line("the three broker", books_whole)
     return found, lines
 end
 

@@ -64,7 +64,7 @@ function data_pages.run(session, before)
 
     step("A page asks for accounts and the data of two of them",
          "an answer for each account; the account list is news to it, once for the accounts and once for the groups", function()
-        return check(to(ALL, "account, 3 rows (answer)", "accountgroup, 2 rows (answer)",
+        return check(to(ALL, "account, 4 rows (answer)", "accountgroup, 2 rows (answer)",
                         "accountdatalist 880001,880002,880003, 3 rows (push)",
                         "accountdatalist 880001,880002,880003, 3 rows (push)", "fund 880001, 3 rows (answer)",
                         "fund 880002, 1 rows (answer)", "position 880001, 9 rows (answer)",

@@ -7,6 +7,7 @@ local trading = {}
 local PAGE = "交易"
 local A, B, C = "880001", "880002", "880003"
 local ALL = A .. "," .. B .. "," .. C
+local CREDIT = "990001"
 
 local ORDER_COLUMNS = {
     {"合同", "OrderID"}, {"代码", "SecurityID"}, {"名称", "SecurityName"}, {"方向", "SideName"}, {"委托价", "OrderPrice", "right"},
@@ -59,6 +60,7 @@ function trading.run(session, before)
         for _, kind in ipairs({"entrustmulti", "dealmulti", "positionmulti", "currency_accountdatalist"}) do
             session.command(PAGE, {["do"] = "ask", kind = kind, fund_token = ALL})
         end
+        session.command(PAGE, {["do"] = "ask", kind = "accountdatalistcredit"})
         calm()
     end
     -- Whether page and books agree; what does not comes with the text.
@@ -83,9 +85,14 @@ function trading.run(session, before)
     for _, page in ipairs(before.pages) do session.sleep(page, true) end
     calm()
 
-    step("A page of all three accounts", "funds, positions, orders and deals of each, and their merged views", function()
+    step("A page of all three accounts and a credit account", "funds, positions, orders and deals of each, and the three's merged views",
+         function()
         local opened = session.open_data_page(PAGE, "kinds=account,fund,position,entrust,deal;fund_token=" .. ALL ..
-            ";hear=entrustpush,dealpush,messagecenter,accountdatalist")
+            ";more=" .. CREDIT .. ";hear=entrustpush,dealpush,messagecenter,accountdatalist")
+        for _, kind in ipairs({"credit_fund", "positioncredit", "entrustcredit", "dealcredit"}) do
+            session.command(PAGE, {["do"] = "hear", kind = kind})
+            session.command(PAGE, {["do"] = "ask", kind = kind, fund_token = CREDIT})
+        end
         calm()
         local same, text = agrees("page created: " .. tostring(opened))
         return opened == true and same, text
@@ -143,6 +150,14 @@ function trading.run(session, before)
         local same, text = shows("S7 废单 0/100", states({"S7", A}))
         return same and not row_of("S6", B).OrderID and error_text == "not enough money" and
                    messages_of(row_of("S7", A).OrderID) ~= "", text .. "; S6: " .. error_text
+    end)
+
+    step("A credit account sells", "its tables are of their own kinds, the pushes of their own topics", function()
+        order("S9", CREDIT, "sell", "600036", 5000, "44.00")
+        calm()
+        local row = session.table_of(PAGE, "entrustcredit", CREDIT)[1] or {}
+        local same, text = agrees(("S9 %s %s/%s"):format(tostring(row.OrderStatus), tostring(row.DealVolume), tostring(row.OrderQty)))
+        return same and row.OrderStatus == "全部成交", text
     end)
 
     step("The market moves", "600000 rises to 10.88: market values, profits and weights of all who hold it follow", function()
@@ -213,9 +228,11 @@ function trading.run(session, before)
          function()
         local lots, shares = 0, 0
         for _, books in ipairs(terminal.books()) do
-            lots = lots + math.floor(books.CNY_available / (4452 * 100)) * 100
-            for _, holding in ipairs(terminal.holdings(books.fund_token)) do
-                if holding.code == "600000" then shares = shares + holding.available end
+            if not books.credit then
+                lots = lots + math.floor(books.CNY_available / (4452 * 100)) * 100
+                for _, holding in ipairs(terminal.holdings(books.fund_token)) do
+                    if holding.code == "600000" then shares = shares + holding.available end
+                end
             end
         end
         local buy = compute("stock_available", {fund_token = ALL, stock_code = "600036", stock_marketid = "17",
@@ -268,10 +285,12 @@ function trading.show(session)
         print_table("Orders of " .. account, "entrust", account, ORDER_COLUMNS)
         print_table("Deals of " .. account, "deal", account, DEAL_COLUMNS)
     end
+    print_table("Orders of the credit account " .. CREDIT, "entrustcredit", CREDIT, ORDER_COLUMNS)
     print_table("Orders of all accounts, merged", "entrustmulti", "", of_accounts(ORDER_COLUMNS))
     print_table("Deals of all accounts, merged", "dealmulti", "", of_accounts(DEAL_COLUMNS))
     print_table("Positions of all accounts, merged", "positionmulti", "", of_accounts(POSITION_COLUMNS))
     print_table("Accounts, by currency", "currency_accountdatalist", "", ACCOUNT_COLUMNS)
+    print_table("Credit accounts", "accountdatalistcredit", "", ACCOUNT_COLUMNS)
     print_table("Message center", "messagecenter", "", MESSAGE_COLUMNS)
 end
 
