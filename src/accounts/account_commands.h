@@ -14,12 +14,16 @@ class AccountCommands {
     // call: the command's own fields (texts, also JSON) by name and, as far as there are any,
     //
     //   "module"   who asks, for the log
-    //   "handle"   the window that gets the answer
-    //   "From"     the sender of the request, "UUID" the request that the answer belongs to
+    //   "REQTYPE"  the type of the request that the answer belongs to, "UUID" its identifier
+    //   "From"     its sender, "handle" the window that gets the answer
     //   "Table"    rows
     //
-    // False when there is no such command or its arguments are not usable; nothing happened then.
+    // Whoever asks gets one answer, perhaps already inside the call: arguments that are not usable are answered with a
+    // failure. False when there is no such command; nothing happened then.
     virtual bool Execute(const std::string& command, const CUIData& arguments) = 0;
+
+    // Somebody signed in. Does nothing here.
+    virtual void OnUser() {}
 
   protected:
     ~AccountCommands() = default;
