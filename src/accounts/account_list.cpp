@@ -37,8 +37,10 @@ void SetDefault(CUIData& values, std::string_view name, std::string_view text) {
 
 }  // namespace
 
-CAccountList::CAccountList(ResultEventSink& sink)
-    : CAccountRequester(sink, kModuleAccountList), m_externalFunctions(FindExternalFunctions()) {}
+CAccountList::CAccountList(ResultEventSink& sink, PasswordEncryption encryption)
+    : CAccountRequester(sink, kModuleAccountList),
+      m_encryption(encryption),
+      m_externalFunctions(FindExternalFunctions()) {}
 
 CAccountList::~CAccountList() = default;
 

@@ -50,7 +50,8 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
   public:
     using Accounts = std::map<std::string, std::unique_ptr<CAccount>, std::less<>>;  // by account key
 
-    explicit CAccountList(ResultEventSink& sink);
+    // `sink` outlives the list.
+    explicit CAccountList(ResultEventSink& sink, PasswordEncryption encryption = PasswordEncryption());
     ~CAccountList() override;
 
     // Who is signed in; before the first request.

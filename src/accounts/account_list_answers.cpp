@@ -56,8 +56,6 @@ std::string ArrayText(const ValueView& value) {
     return text.substr(5, text.size() - 6);  // without {"a": and }
 }
 
-std::string LogSubject(std::string_view what, std::string_view id) { return Gbk(what) + std::string(id); }
-
 std::string KeyOfRow(const CDataTable& asked) {
     return MakeAccountKey(asked.GetItemText(0, "account_code"), asked.GetItemText(0, "broker_id"),
                           asked.GetItemText(0, "trade_type"));
@@ -105,10 +103,11 @@ void CAccountList::_onAddAnswer(const Answer& answer, Context context) {
         account.Get(AccountField::kTradeType) == kCreditTradeType && code == kSecondStepCode;
     account.Password(AccountField::kPassword) = context.passwords.password;
     account.Password(AccountField::kTxPassword) = context.passwords.txPassword;
+    _settleLogin(account, context.turn);
     m_touched[key] = m_turn;
     m_dropped.erase(key);
     const bool isOrderChanged = m_order.Append({key}) > 0;
-    LogAccount(LogSubject("账户ID:", account.Get(AccountField::kAccountId)) + Gbk(answer.operation.done));
+    LogAbout(AccountSubject(account.Get(AccountField::kAccountId)), answer.operation.done);
 
     const int32_t handle = GetHandle();
     SavePassInfo(*this, m_user, key, std::move(context.passwords));
@@ -171,7 +170,7 @@ void CAccountList::_onDeleteAnswer(const Answer& answer) {
     m_order.Remove(key);
     m_dropped.erase(key);
     m_touched[key] = m_turn;
-    LogAccount(LogSubject("账户ID:", code) + Gbk(answer.operation.done));
+    LogAbout(AccountSubject(code), answer.operation.done);
 
     const int32_t handle = GetHandle();
     SavePassInfo(*this, m_user, key, {});
@@ -209,7 +208,7 @@ void CAccountList::_onPortfolioAnswer(const Answer& answer) {
         payload.Set("fund_token", portfolio.fundToken);
         if (portfolio.IsDefault()) payload.Set("default_fund_token", portfolio.fundToken);
         if (account) account->PutPortfolio(portfolio);
-        LogAccount(LogSubject("单元名称:", portfolio.name) + Gbk(answer.operation.done));
+        LogAbout(Gbk("单元名称:") + portfolio.name, answer.operation.done);
     }
     m_touched[m_eventKey] = m_turn;
     _forgetOldTurns();

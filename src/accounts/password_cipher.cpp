@@ -19,8 +19,8 @@ bool IsBase64(char c) {
 
 }  // namespace
 
-PasswordEncryption::PasswordEncryption()
-    : m_function(reinterpret_cast<Function>(FindModuleFunction(L"oranquantsapi.dll", "SetRASencrpytion"))) {}
+PasswordEncryption::PasswordEncryption(const wchar_t* module)
+    : m_function(reinterpret_cast<Function>(FindModuleFunction(module, "SetRASencrpytion"))) {}
 
 std::optional<std::string> PasswordEncryption::Encrypt(std::string_view text) const {
     if (!m_function) {

@@ -19,8 +19,8 @@ namespace luadui {
 // Threads: any; the module must say the same of its function.
 class PasswordEncryption {
   public:
-    // Looks the function up. The module stays loaded for the process.
-    PasswordEncryption();
+    // Looks the function up in `module`, which stays loaded for the process.
+    explicit PasswordEncryption(const wchar_t* module = L"oranquantsapi.dll");
 
     bool IsPresent() const { return m_function != nullptr; }
     // The text encrypted with the account password key of the product. Nothing when the function is missing ("password_

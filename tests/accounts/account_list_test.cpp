@@ -1,0 +1,368 @@
+#include <gmock/gmock.h>
+
+#include "base/counters.h"
+#include "tests/accounts/account_list_probe.h"
+
+namespace luadui {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+class AccountList : public AccountListProbe {};
+
+// First of all cases: the settings file is read once per process.
+TEST_F(AccountList, TheFirstAnswerIsNumberedByTheSettingsFile) {
+    orderText = "[1002|7|1=5;gone|7|1=90;1001|7|1=x;]";
+    Load({ListRow("1003"), ListRow("1001"), ListRow("1002")});
+    EXPECT_EQ(Describe(list->Order().Table()),
+              "[Index,AccountKey,AccountOrder|0,1002|7|1,5|1,1001|7|1,6|2,1003|7|1,7]");
+    EXPECT_EQ(list->InOrder().front()->Get(AccountField::kAccountId), "1002");
+    EXPECT_EQ(CCounters::Get("account_order_unknown"), 1U);
+
+    EXPECT_TRUE(list->SetOrder({{"1003|7|1", 1}, {"gone|7|1", 2}}));
+    EXPECT_TRUE(list->SaveOrder());
+    EXPECT_FALSE(list->Order().HasUnsaved());
+    const CUIData params = FakeHost::Params(Sent(1804));
+    EXPECT_EQ(params.GetDataString("From") + params.GetDataString("Refresh") + params.GetDataString("action"),
+              "MODULE_ACCOUNT_LISTtruebatch_modifyaccount");
+    EXPECT_THAT(
+        Describe(RowsOf(Sent(1804))),
+        HasSubstr("[order,user_id,account_code,institution_id,product_id|1,,1003,,|5,,1002,,|6,,1001"));
+    AnswerJson(Sent(1804), R"({"code":"1"})", false);
+    EXPECT_TRUE(list->Order().HasUnsaved());
+    list->NotifyOrder(CAccountList::kSave);
+    EXPECT_EQ(service.events.back().name, "modifyAccountOrder");
+
+    service.events.clear();
+    CDataTable rows = MakeTable(kListColumns, {ListRow("1001"), ListRow("1002"), ListRow("1003")});
+    rows.AddColumn("order");
+    rows.SetItemText(2, "order", "9");  // older than the user's wish
+    list->SaveOrder();
+    AnswerJson(Sent(1804), "{}");
+    rows.SetItemText(1, "order", "8");
+    list->Query();
+    Answer(Sent(1033), rows);
+    EXPECT_EQ(OrderText(list->Order().Numbers()), "[1001|7|1=6;1002|7|1=8;1003|7|1=9;]");
+    EXPECT_THAT(service.Events(), ElementsAre("account_refresh_finished MODULE_ACCOUNT_LIST",
+                                              "notifyOrderToPage MODULE_ACCOUNT_LIST"));
+}
+
+TEST_F(AccountList, IsQueriedBuiltAndLoggedIn) {
+    list->Query(Values({{"req_from", "cef"}}));
+    EXPECT_THAT(Describe(FakeHost::Params(Sent(1033))),
+                HasSubstr("useraccount=user institutionid=i1 req_from=cef PB_MODE=false user_id=u1 "
+                          "with_permission=true log_source=MODULE_ACCOUNTMANAGER"));
+    Answer(Sent(1033), MakeTable(kListColumns, {ListRow("1001"), ListRow("1002"), ListRow("1003")}));
+    EXPECT_THAT(service.Events(), ElementsAre("initialize_finished MODULE_ACCOUNT_LIST"));
+    EXPECT_EQ(list->ProductInfo(), "[\"products\"]");
+    EXPECT_THAT(luaCalls, ElementsAre(HasSubstr("get_ProductInfo"),
+                                      R"(get_passInfo {"UserName":"user","UserFloder":"folder"})"));
+    EXPECT_THAT(service.Lines(),
+                ElementsAre("account:record local password!=InitPassword:: record local password!\n has "
+                            "password:[1001|7|1,1002|7|1]\n no password:[1003|7|1]",
+                            "error:UploadAccountInfo:: empty password!=1003|7|1"));
+    const CDataTable rows = RowsOf(Sent(1807));
+    ASSERT_EQ(rows.GetRowNumber(), 2);
+    EXPECT_TRUE(rows.GetItemText(0, "password").starts_with("ppww11//"));
+    EXPECT_TRUE(rows.GetItemText(0, "txpassword").starts_with("ttxx11//"));
+    EXPECT_EQ(rows.GetItemText(1, "txpassword"), "");
+    EXPECT_EQ(rows.GetItemText(1, "fund_token") + rows.GetItemText(1, "token"), "T1002tok");
+    EXPECT_EQ(FakeHost::Params(Sent(1807)).GetDataString("accountkeylist"), "1001|7|1;1002|7|1");
+    EXPECT_THAT(States(), ElementsAre("1001|7|1:0待验证", "1002|7|1:0待验证", "1003|7|1:0密码为空"));
+
+    AnswerUpload({{"T1002", Gbk("张三"), "P", "", "0"}, {"T1001", "", "", Gbk("密码错"), "5"}, {"T9"}});
+    EXPECT_THAT(States(), ElementsAre("1001|7|1:0密码错", "1002|7|1:1正常", "1003|7|1:0密码为空"));
+    EXPECT_EQ(list->Find("1002|7|1")->Get(AccountField::kNickname), Gbk("张三_B"));
+    EXPECT_EQ(list->Find("1001|7|1")->Get(AccountField::kNickname), "N1001_B");
+    EXPECT_THAT(service.Events(), ElementsAre("upload_actinfo_finished MODULE_ACCOUNT_LIST"));
+    AnswerUpload({{"T1002", "", "", "late", "5"}});  // once answered
+    EXPECT_THAT(service.Events(), IsEmpty());
+}
+
+TEST_F(AccountList, ARefreshKeepsStatesAndDropsWhatTheServiceNoLongerNames) {
+    Load({ListRow("1001"), ListRow("1002")});
+    AnswerUpload({{"T1001", "", "", "", "0"}, {"T1002", "", "", "", "0"}});
+    const CAccount* const kept = list->Find("1001|7|1");
+    service.events.clear();
+    auto renamed = ListRow("1001");
+    renamed[2] = "Renamed";
+    Load({renamed, ListRow("1003")});
+    EXPECT_EQ(list->Find("1001|7|1"), kept);
+    EXPECT_EQ(kept->Get(AccountField::kAccountName), "Renamed");
+    EXPECT_THAT(States(), ElementsAre("1001|7|1:1正常", "1003|7|1:0密码为空"));
+    EXPECT_EQ(service.events[1].payload.ToText(), R"({"added":["1003|7|1"],"removed":["1002|7|1"]})");
+    EXPECT_THAT(service.Events(), ElementsAre("account_refresh_finished MODULE_ACCOUNT_LIST",
+                                              "account_changed_push MODULE_ACCOUNT_LIST",
+                                              "notifyOrderToPage MODULE_ACCOUNT_LIST",
+                                              "upload_actinfo_finished MODULE_ACCOUNT_LIST"));
+    EXPECT_EQ(CountSent(1807), 1);  // who is logged in is left alone, who has no password too
+    Load({renamed, ListRow("1002")});
+    EXPECT_THAT(States(), ElementsAre("1001|7|1:1正常", "1002|7|1:1正常"));  // as it was before
+
+    list->Query();
+    AnswerJson(Sent(1033), R"({"code":7,"message":"查询错"})", false);
+    EXPECT_EQ(list->All().size(), 2U);
+    EXPECT_EQ(service.Events().back(), "account_refresh_failed MODULE_ACCOUNT_LIST 7.000 查询错");
+}
+
+TEST_F(AccountList, TheFirstAnswerEndsTheWaitingEvenWhenItFailed) {
+    list->Query();
+    AnswerJson(Sent(1033), R"({"error_code":"3","msg":"no"})", false);
+    Load({});
+    EXPECT_THAT(service.Events(), ElementsAre("initialize_finished MODULE_ACCOUNT_LIST",
+                                              "account_refresh_failed MODULE_ACCOUNT_LIST 3 no",
+                                              "account_refresh_finished MODULE_ACCOUNT_LIST"));
+}
+
+TEST_F(AccountList, BadAnswersLoseNothing) {
+    Load({ListRow("1001"), ListRow("1002")});
+    service.Lines();
+    list->Query();
+    CQueueRespData answer = ServiceProbe::AnswerTo(Sent(1033));
+    answer.SetData("RawData", "rubbish");
+    list->OnResponse(&answer);
+    EXPECT_THAT(service.Lines(),
+                ElementsAre("account:query accout result!=InitAccountList:: result[rubbish]"));
+    list->Query();
+    Answer(Sent(1033), MakeTable({"account_code", "broker_id"}, {{"1003", "7"}}));
+    EXPECT_EQ(list->All().size(), 2U);
+
+    const std::string key = Gbk("誠|誠") + "|7|1";  // second bytes that look like separators
+    auto strange = ListRow(Gbk("誠|誠")), broken = ListRow("1001"), last = ListRow("1002");
+    broken.back() = "[{";
+    last[2] = "Last";
+    Load({strange, broken, ListRow("1002"), last, {"", ""}});
+    ASSERT_EQ(list->All().size(), 3U);
+    EXPECT_EQ(list->Find(key)->Get(AccountField::kAccountKey), key);
+    EXPECT_EQ(list->Find("1001|7|1")->FundToken(), "T1001");  // known from before
+    EXPECT_EQ(list->Find("1002|7|1")->Get(AccountField::kAccountName), "Last");
+    EXPECT_EQ(CCounters::Get("account_row_repeated"), 1U);
+    EXPECT_EQ(CCounters::Get("account_row_without_code"), 1U);
+    passInfo = "no json";
+    service.Lines();
+    list->Upload();
+    EXPECT_EQ(service.Lines().front(), "error:parse password error!=InitPassword:: parse password error!");
+}
+
+struct UploadCase {
+    const char* name;
+    const wchar_t* cipher;
+    bool isPbMode;
+    std::vector<std::vector<std::string>> accounts;
+    std::string passInfo;
+    std::string state;  // of the last account
+    std::string row;    // what of it goes out: password and the ordinary account's
+};
+const std::string kCipherText = std::string(171, 'x') + "=";
+const UploadCase kUploads[] = {
+    {"no password", L"accounts_test_cipher.dll", false, {ListRow("1")}, "{}", "0密码为空", "-"},
+    {"too long",
+     L"accounts_test_cipher.dll",
+     false,
+     {ListRow("1")},
+     R"({"1|7|1":{"Password":"fail"}})",
+     "0密码加密失败",
+     "-"},
+    {"no module",
+     L"no_such_cipher.dll",
+     false,
+     {ListRow("1")},
+     R"({"1|7|1":{"Password":"pw"}})",
+     "0密码加密失败",
+     "-"},
+    {"encrypted before",
+     L"no_such_cipher.dll",
+     false,
+     {ListRow("1")},
+     R"({"1|7|1":{"Password":")" + kCipherText + "\"}}",
+     "0待验证",
+     "xxxx,,"},
+    {"credit",
+     L"accounts_test_cipher.dll",
+     false,
+     {ListRow("1", "2")},
+     R"({"1|7|2":{"Password":"pw"}})",
+     "0待验证",
+     "ppww,,"},
+    {"credit alone",
+     L"accounts_test_cipher.dll",
+     true,
+     {ListRow("1", "2")},
+     R"({"1|7|2":{"Password":"pw"}})",
+     "0未获取到信用账户对应的普通账户",
+     "-"},
+    {"credit, no other password",
+     L"accounts_test_cipher.dll",
+     true,
+     {ListRow("1"), ListRow("1", "2")},
+     R"({"1|7|2":{"Password":"pw"}})",
+     "0信用账户对应的普通账户密码为空",
+     "-"},
+    {"credit and ordinary",
+     L"accounts_test_cipher.dll",
+     true,
+     {ListRow("1"), ListRow("1", "2")},
+     R"({"1|7|1":{"Password":"or"},"1|7|2":{"Password":"pw"}})",
+     "0待验证",
+     "ppww,oorr,1T1"},
+};
+
+TEST_F(AccountList, OnlyCipherTextIsUploaded) {
+    for (const UploadCase& each : kUploads) {
+        SCOPED_TRACE(each.name);
+        service.host.pushed.clear();
+        MakeList(each.cipher, each.isPbMode);
+        passInfo = each.passInfo;
+        Load(each.accounts);
+        EXPECT_EQ(States().back().substr(States().back().find(':') + 1), each.state);
+        std::string row = "-";
+        if (CountSent(1807) > 0) {
+            const CDataTable rows = RowsOf(Sent(1807));
+            const int last = rows.GetRowNumber() - 1;
+            const auto start = [&](const char* column) {
+                return std::string(rows.GetItemText(last, column)).substr(0, 4);
+            };
+            const bool isItsRow =
+                (rows.GetItemText(last, "fund_token").back() == 'c') == (each.accounts.back()[6] == "2");
+            if (isItsRow)
+                row = start("password") + ',' + start("key_password") + ',' + start("key_account_code") +
+                      start("key_fund_token");
+        }
+        EXPECT_EQ(row, each.row);
+        for (const CQueueReqItem& request : service.host.pushed)
+            EXPECT_THAT(Describe(request), Not(HasSubstr("=pw"))) << "clear text";
+    }
+}
+
+TEST_F(AccountList, SelectedAccountsAreUploadedAgain) {
+    Load({ListRow("1001"), ListRow("1003")});
+    AnswerUpload({{"T1001", "", "", "", "0"}});
+    service.events.clear();
+    list->Find("1001|7|1")->WipePasswords();
+    list->Find("1003|7|1")->SetUsable();
+    list->Upload(
+        Values({{"selrefresh", "true"}, {"accountkeylist", "1003|7|1;no;1001|7|1"}, {"UUID", "page"}}));
+    EXPECT_EQ(FakeHost::Params(Sent(1807)).GetDataString("selrefresh"), "true");
+    EXPECT_EQ(RowsOf(Sent(1807)).GetRowNumber(), 1);  // the host was asked again
+    AnswerUpload({{"T1001", "", "", Gbk("错"), "2"}});
+    EXPECT_EQ(service.events.back().uuid, "page");
+    list->Upload(Values({{"selrefresh", "true"}, {"accountkeylist", "1003|7|1"}}));
+    list->Upload();
+    AnswerJson(Sent(1807), R"({"code":"9","message":"down"})", false);
+    list->Upload();
+    const CQueueRespData bare = ServiceProbe::AnswerTo(Sent(1807));
+    list->OnResponse(&bare);
+    EXPECT_THAT(service.Events(), ElementsAre("modify_account_status MODULE_ACCOUNT_LIST 1003|7|1",
+                                              "account_select_refresh_finished MODULE_ACCOUNT_LIST",
+                                              "account_select_refresh_finished MODULE_ACCOUNT_LIST",
+                                              "upload_actinfo_failed MODULE_ACCOUNT_LIST 9 down",
+                                              HasSubstr("upload_actinfo_failed MODULE_ACCOUNT_LIST -8989")));
+}
+
+struct AddCase {
+    const char* tradeType;
+    const char* json;
+    bool isGood;
+    const char* event;  // without the module
+    const char* state;  // of the account; empty: there is none
+};
+constexpr AddCase kAdds[] = {
+    {"1",
+     R"({"return_info":{"error_code":0,"account_id":"id9","portfolios":[{"portfolio_id":"p","fund_token":"T9"}]}})",
+     true, "add_account_success", "1正常T9"},
+    {"1", R"({"return_info":"{\"error_code\":\"12\",\"msg\":\"密码错\"}"})", true, "add_account_success",
+     "0密码错"},
+    {"2", R"({"return_info":{"error_code":"401","msg":"第二步"}})", true, "add_creditaccount_second",
+     "0第二步"},
+    {"1", R"({"return_info":{"error_code":"401","msg":"m"}})", true, "add_account_success", "0m"},
+    {"1", R"({"code":"5","message":"坏"})", false, "add_account_failed", ""},
+    {"1", R"({"code":"0"})", true, "add_account_failed", ""},
+};
+
+TEST_F(AccountList, AnAccountIsAddedAndDeleted) {
+    for (const AddCase& each : kAdds) {
+        SCOPED_TRACE(each.json);
+        luaCalls.clear();
+        const std::string key = std::string("9|7|") + each.tradeType;
+        list->AddAccount(Values({{"account_code", "9"},
+                                 {"broker_id", "7"},
+                                 {"trade_type", each.tradeType},
+                                 {"password", "pw9"},
+                                 {"account_name", "N"},
+                                 {"broker_name", "B"}}));
+        EXPECT_EQ(RowsOf(Sent(1047)).GetItemText(0, "alias"), "N_B");
+        EXPECT_THAT(Describe(RowsOf(Sent(1047))), Not(HasSubstr("pw9")));
+        AnswerJson(Sent(1047), each.json, each.isGood);
+        EXPECT_THAT(service.Events().front(), testing::StartsWith(each.event));
+        const CAccount* const account = list->Find(key);
+        ASSERT_EQ(account != nullptr, *each.state != '\0');
+        if (!account) continue;
+        EXPECT_EQ(States().back() + account->FundToken(), key + ':' + each.state);
+        EXPECT_THAT(luaCalls.back(),
+                    AllOf(testing::StartsWith(
+                              "save_passInfo {\"useraccount\":\"user\",\"accountList\":{\"1001|7|1\":"),
+                          HasSubstr(key + R"(":{"Password":"pw9","TxPassword":"","DynamicPassword":""})")));
+
+        EXPECT_TRUE(list->DeleteAccount(Values({{"accountkey", key}})));
+        EXPECT_EQ(RowsOf(Sent(1048)).GetItemText(0, "account_code"), "9");
+        AnswerJson(Sent(1048), R"({"error_code":"4","msg":"no"})", false);
+        list->DeleteAccount(Values({{"accountkey", key}}));
+        AnswerJson(Sent(1048), "{}");
+        AnswerJson(Sent(1048), "{}");
+        EXPECT_EQ(service.events.back().payload.GetText("canuse"), "0");
+        EXPECT_EQ(service.events.back().payload.GetText("password"), "");
+        EXPECT_THAT(service.Events(),
+                    ElementsAre("delete_account_failed MODULE_ACCOUNT_LIST " + key + " 4 no",
+                                "delete_account_success MODULE_ACCOUNT_LIST " + key));
+        EXPECT_THAT(luaCalls.back(), HasSubstr(key + R"(":{"Password":"")"));
+        EXPECT_FALSE(list->DeleteAccount(Values({{"accountkey", key}})));
+    }
+    EXPECT_THAT(service.Lines(), testing::Contains("account:账户ID:9，删除成功！"));
+    MakeList(L"no_such_cipher.dll");
+    list->AddAccount(Values({{"account_code", "9"}, {"password", "pw9"}, {"UUID", "page"}}));
+    EXPECT_EQ(service.events.back().uuid, "page");
+    EXPECT_THAT(service.Events(),
+                ElementsAre("add_account_failed MODULE_ACCOUNT_LIST -8989 发送添加账户请求失败！"));
+}
+
+TEST_F(AccountList, PortfoliosAreAdded) {
+    Load({ListRow("1001")});
+    service.Lines();
+    list->AddPortfolio(Values({{"AccountKey", "1001|7|1"}, {"portfolio_name", "新"}, {"balance", "10"}}));
+    EXPECT_EQ(FakeHost::Params(Sent(1127)).GetDataString("balance"), "10");
+    Answer(Sent(1127), MakeTable({"portfolio_id", "portfolio_name", "fund_token", "is_default"},
+                                 {{"p2", Gbk("新"), "T2", "1"}, {"p3", "c", "T3", "0"}}));
+    EXPECT_EQ(list->Find("1001|7|1")->FundToken(), "T2");
+    EXPECT_EQ(service.events.back().payload.ToText(),
+              R"({"portfolioid":"p3","fund_token":"T3","default_fund_token":"T2"})");
+    EXPECT_EQ(service.Lines().front(), "account:单元名称:新，添加成功！");
+    list->AddPortfolio(Values({{"AccountKey", "1001|7|1"}}));
+    AnswerJson(Sent(1127), R"({"code":"8","message":"full"})", false);
+    EXPECT_EQ(service.Events().back(), "add_portfolio_failed MODULE_ACCOUNT_LIST 1001|7|1 8 full");
+}
+
+TEST_F(AccountList, AChangeNoticeAsksForTheWholeList) {
+    CQueueRespData notice;
+    notice.SetData("DATATYPE", 2010);
+    notice.SetData("REQTYPE", 1033);
+    EXPECT_TRUE(list->PreHandleResponse(&notice));
+    EXPECT_EQ(FakeHost::Params(Sent(1033)).GetDataString("useraccount"), "user");
+    Answer(Sent(1033), MakeTable(kListColumns, {ListRow("1001")}));
+    EXPECT_EQ(list->All().size(), 1U);
+}
+
+TEST_F(AccountList, PasswordsThatWereEnteredAgainAreRemembered) {
+    Load({ListRow("1001")});
+    list->EditPassword(Values({{"accountkey", "1001|7|1"}, {"password", "new"}}));
+    const CQueueRespData answer = ServiceProbe::WithTable(
+        ServiceProbe::AnswerTo(Sent(1808)), MakeTable({"account_name", "error_code"}, {{"N", "0"}}));
+    list->Find("1001|7|1")->OnResponse(&answer);
+    EXPECT_THAT(luaCalls.back(), HasSubstr(R"("1001|7|1":{"Password":"new")"));
+    EXPECT_EQ(service.Events().back(), "edit_password_success MODULE_ACCOUNT 1001|7|1");
+}
+
+}  // namespace
+}  // namespace luadui
