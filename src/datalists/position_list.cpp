@@ -106,6 +106,9 @@ void PositionTables::OnNotify(void* data) {
         news.SetData(m_form.kind, positions);
     }
     if (!m_form.updateType.empty()) news.SetData("update_type", m_form.updateType);
+    news.SetData("handle", kNoHandle);
+    news.SetData("ret_code", 0);
+    news.SetData("ret_message", "");
     m_owner->ResponseNotify(&news, kNoHandle, true);
 }
 

@@ -27,9 +27,9 @@ class PositionTables : public CTokenTableList, public CBaseObject {
     void SetPositionTable(const std::string& token, const CDataTable& table, bool onlyKnownAccount);
 
     // News of funds: `data` is a record of the kind of funds with "update_user", the account. Its positions are
-    // computed anew and published to every page as "fund_token" and the table under the list's kind. Nothing
-    // happens for an account without positions or funds, and for funds with the "Push_Source"
-    // "AssetManager_Thread". The receivers may destroy the list.
+    // computed anew and published to every page under the list's kind, with "fund_token" and, as all records,
+    // "handle", "ret_code" and "ret_message". Nothing happens for an account without positions or funds, and for
+    // funds with the "Push_Source" "AssetManager_Thread". The receivers may destroy the list.
     void OnNotify(void* data) override;
 
     // How much of a security several accounts may sell. Reads the set "fund_token", "stock_code",
