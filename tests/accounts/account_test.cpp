@@ -39,8 +39,8 @@ class AccountTest : public testing::Test {
 
     void Answer(const CQueueRespData& response) { m_account->OnResponse(&response); }
     // The account after a re-entry of passwords was asked for.
-    void EnterPassword() {
-        m_account->EditPassword(
+    bool EnterPassword() {
+        return m_account->EditPassword(
             Values({{"password", "clear-1"}, {"txpassword", "clear-2"}, {"token", "T"}}),
             [](std::string_view text) { return "<" + std::to_string(text.size()) + ">"; });
     }
@@ -49,117 +49,63 @@ class AccountTest : public testing::Test {
     std::unique_ptr<CAccount> m_account = std::make_unique<CAccount>(m_service);
 };
 
-TEST_F(AccountTest, RequestsCarryTheirColumns) {
-    struct Case {
-        std::function<void(CAccount&)> ask;
-        std::string text;
-    };
-    const std::string tail = " log_source=MODULE_ACCOUNTMANAGER";
-    const std::string bind =
-        "useraccount=u account_code=1001 product_id=[productid] institution_id=[institutionid] "
-        "user_id=[userid]" +
-        tail;
-    const Case cases[] = {
-        {[](CAccount& account) {
-             account.Bind(Values({{"useraccount", "u"}}));
-         },
-         "1036 " + bind},
-        {[](CAccount& account) {
-             account.Set(kBindStatus, "1");
-             account.Unbind(Values({{"useraccount", "u"}}));
-         },
-         "1037 " + bind},
-        {[](CAccount& account) {
-             account.Logout(Values({{"client_user_id", "c"}}));
-         },
-         "1032 fund_token=[fund_token] client_user_id=c" + tail},
-        {[](CAccount& account) {
-             account.Edit(Values({{"account_mark", "m"}, {"unknown", "x"}}));
-         },
-         "1049 Table=[account_code,trade_type,institution_id,broker_id,issimulate,account_mark,alias,user_id|"
-         "1001,1,[institutionid],7,[issimulate],m,[nickname],[userid]]" +
-             tail},
-    };
-    for (const Case& each : cases) {
-        each.ask(*m_account);
-        const CQueueReqItem& request = m_service.host.pushed.back();
-        CUIData params = FakeHost::Params(request);
-        for (const char* added : {"routeType", "destServer"}) params.Remove(added);
-        EXPECT_EQ(std::to_string(request.GetDataLong("REQTYPE")) + ' ' + Describe(params), each.text);
-        EXPECT_EQ(request.GetDataText("log_source"), "MODULE_ACCOUNTMANAGER");
-        EXPECT_EQ(request.GetDataText("From"), std::to_string(m_account->GetHandle()));
-        EXPECT_THAT(request.GetDataString("UUID"),
-                    MatchesRegex("[0-9a-f]+-[0-9a-f]+-[0-9a-f]+-[0-9a-f]+-[0-9a-f]+"));
-    }
-    EXPECT_EQ(m_service.host.pushed[2].GetDataText("FundToken"), "[fund_token]");
-}
-
-TEST_F(AccountTest, PasswordsLeaveAsCipherTextOnly) {
-    EnterPassword();
-    const std::string sent = Describe(m_service.host.pushed.back());
-    EXPECT_THAT(
-        sent,
-        testing::HasSubstr(
-            "[account_code,trade_type,institution_id,broker_id,issimulate,password,txpassword,hardware_info,"
-            "version,"
-            "trade_server,verification,qsflag,token,user_id,key_password,key_account_code,key_fund_token|"
-            "1001,1,[institutionid],7,[issimulate],<7>,<7>,,,,,,T,[userid],,,]"));
-    EXPECT_EQ(sent.find("clear-"), std::string::npos);
-    EXPECT_TRUE(m_account->EditPassword(Values({{"password", "clear-3"}}), nullptr));
-    EXPECT_TRUE(
-        m_account->EditPassword(Values({{"password", "clear-3"}}), [](auto) { return std::nullopt; }));
-    EXPECT_EQ(m_service.host.pushed.size(), 1u);
-    const std::string failed = "edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 发送重输密码请求失败！";
-    EXPECT_THAT(m_service.Events(), ElementsAre(failed, failed));
-}
-
-TEST_F(AccountTest, LocalRefusalsSendNothing) {
-    EXPECT_FALSE(m_account->Unbind({}));
-    m_account->Set(kBindStatus, "1");
-    EXPECT_FALSE(m_account->Bind({}));
-    EXPECT_THAT(m_service.Lines(),
-                ElementsAre("account:账户ID:1001，未绑定！", "account:账户ID:1001，已绑定！"));
-    EXPECT_THAT(m_service.Events(), IsEmpty());
-    EXPECT_THAT(m_service.host.pushed, IsEmpty());
-}
-
 TEST_F(AccountTest, AnswersChangeTheAccount) {
     const auto login = [](const std::vector<std::string>& row) {
         return MakeTable({"account_name", "permission_code", "error_code", "msg"}, {row});
     };
     struct Case {
-        std::function<void()> ask;
-        CDataTable table;
+        std::function<bool()> ask;
+        std::string request;  // empty: refused
+        CDataTable answer;
         std::string event;
         std::vector<std::string> lines;
         std::string state;  // bound, usable, message, name, nickname, mark, permissions, password
     };
     const CDataTable none;
+    const auto bind = [&] { return m_account->Bind(Values({{"useraccount", "u"}})); };
+    const auto unbind = [&] { return m_account->Unbind(Values({{"useraccount", "u"}, {"user_id", "x"}})); };
+    const auto enter = [&] { return EnterPassword(); };
+    const std::string entered =
+        "1808 Table=[account_code,trade_type,institution_id,broker_id,issimulate,password,"
+        "txpassword,hardware_info,version,trade_server,verification,qsflag,token,user_id,key_password,key_"
+        "account_code,"
+        "key_fund_token|1001,1,[institutionid],7,[issimulate],<7>,<7>,,,,,,T,[userid],,,]";
     // clang-format off
     const Case cases[] = {
-        {[&] { m_account->Bind({}); }, none, "bind_account", {"，绑定请求已发送！", "，绑定成功！"},
+        {unbind, "", none, "", {"，未绑定！"}, "0 1 [AccountMsg] [accountname] [nickname] [accountmark] [PermissionCode] "},
+        {bind, "1036 useraccount=u account_code=1001 product_id=[productid] institution_id=[institutionid] user_id=[userid]",
+         none, "bind_account", {"，绑定请求已发送！", "，绑定成功！"},
          "1 1 [AccountMsg] [accountname] [nickname] [accountmark] [PermissionCode] "},
-        {[&] { m_account->Unbind({}); }, none, "unbind_account", {"，解绑请求已发送！", "，解绑成功！"},
+        {bind, "", none, "", {"，已绑定！"}, "1 1 [AccountMsg] [accountname] [nickname] [accountmark] [PermissionCode] "},
+        {unbind, "1037 useraccount=u account_code=1001 product_id=[productid] institution_id=[institutionid] user_id=x",
+         none, "unbind_account", {"，解绑请求已发送！", "，解绑成功！"},
          "0 1 [AccountMsg] [accountname] [nickname] [accountmark] [PermissionCode] "},
-        {[&] { m_account->Edit(Values({{"account_mark", "mark"}, {"alias", Gbk("别名")}})); }, none, "edit_account",
-         {"，编辑成功！"}, "0 1 [AccountMsg] [accountname] 别名 mark [PermissionCode] "},
-        {[&] { EnterPassword(); }, login({Gbk("张三"), "9", "5", Gbk("密码错误")}), "edit_password", {"，重输密码成功！"},
+        {[&] { return m_account->Edit(Values({{"account_mark", "mark"}, {"alias", Gbk("别名")}, {"unknown", "x"}})); },
+         "1049 Table=[account_code,trade_type,institution_id,broker_id,issimulate,account_mark,alias,user_id|"
+         "1001,1,[institutionid],7,[issimulate],mark,别名,[userid]]",
+         none, "edit_account", {"，编辑成功！"}, "0 1 [AccountMsg] [accountname] 别名 mark [PermissionCode] "},
+        {enter, entered, login({Gbk("张三"), "9", "5", Gbk("密码错误")}), "edit_password", {"，重输密码成功！"},
          "0 0 密码错误 张三 张三_[qsname] mark 9 "},
-        {[&] { EnterPassword(); }, login({Gbk("李四"), "8", "0", "?"}), "edit_password", {"，重输密码成功！"},
+        {enter, entered, login({Gbk("李四"), "8", "0", "?"}), "edit_password", {"，重输密码成功！"},
          "0 1 正常 李四 李四_[qsname] mark 8 clear-1"},
-        {[&] { EnterPassword(); }, MakeTable({"error_code"}, {{"0"}}), "edit_password", {"，重输密码成功！"},
+        {enter, entered, MakeTable({"error_code"}, {{"0"}}), "edit_password", {"，重输密码成功！"},
          "0 1 正常 李四 李四_[qsname] mark 8 clear-1"},
-        {[&] { m_account->Logout({}); }, none, "logout_account", {"，注销成功！"},
-         "0 0 手动注销 李四 李四_[qsname] mark 8 "},
+        {[&] { return m_account->Logout(Values({{"client_user_id", "c"}})); }, "1032 fund_token=[fund_token] client_user_id=c",
+         none, "logout_account", {"，注销成功！"}, "0 0 手动注销 李四 李四_[qsname] mark 8 "},
     };
     // clang-format on
     for (const Case& each : cases) {
-        each.ask();
-        Answer(ServiceProbe::WithTable(m_service.AnswerToLast(), each.table));
-        ASSERT_EQ(m_service.events.size(), 1u) << each.event;
-        EXPECT_EQ(m_service.events[0].payload.ToText(), m_account->ToJson().ToText());
-        EXPECT_EQ(m_service.events[0].uuid, m_service.host.pushed.back().GetDataString("UUID"));
-        EXPECT_THAT(m_service.Events(), ElementsAre(each.event + "_success MODULE_ACCOUNT 1001|7|1"));
+        const size_t sent = m_service.host.pushed.size();
+        ASSERT_EQ(each.ask(), !each.request.empty());
+        ASSERT_EQ(m_service.host.pushed.size() - sent, each.request.empty() ? 0u : 1u);
+        if (!each.request.empty()) {
+            EXPECT_EQ(GbkToUtf8(m_service.LastRequest()), each.request);
+            Answer(ServiceProbe::WithTable(m_service.AnswerToLast(), each.answer));
+            ASSERT_EQ(m_service.events.size(), 1u) << each.event;
+            EXPECT_EQ(m_service.events[0].payload.ToText(), m_account->ToJson().ToText());
+            EXPECT_EQ(m_service.events[0].uuid, m_service.host.pushed.back().GetDataString("UUID"));
+            EXPECT_THAT(m_service.Events(), ElementsAre(each.event + "_success MODULE_ACCOUNT 1001|7|1"));
+        }
         std::vector<std::string> lines;
         for (const std::string& end : each.lines) lines.push_back("account:账户ID:1001" + end);
         EXPECT_EQ(m_service.Lines(), lines);
@@ -170,6 +116,21 @@ TEST_F(AccountTest, AnswersChangeTheAccount) {
         EXPECT_EQ(GbkToUtf8(state), each.state) << each.event;
     }
     EXPECT_TRUE(m_account->Password(kTxPassword).IsEmpty());
+    const CQueueReqItem& request = m_service.host.pushed.back();
+    EXPECT_EQ(request.GetDataText("FundToken"), "[fund_token]");
+    EXPECT_EQ(request.GetDataText("log_source") + FakeHost::Params(request).GetDataText("log_source"),
+              "MODULE_ACCOUNTMANAGERMODULE_ACCOUNTMANAGER");
+    EXPECT_EQ(request.GetDataText("From"), std::to_string(m_account->GetHandle()));
+    EXPECT_THAT(request.GetDataString("UUID"), MatchesRegex("([0-9a-f]+-){4}[0-9a-f]+"));
+}
+
+TEST_F(AccountTest, PasswordsDoNotLeaveWithoutCipher) {
+    const CUIData values = Values({{"password", "clear-3"}});
+    EXPECT_TRUE(m_account->EditPassword(values, nullptr));
+    EXPECT_TRUE(m_account->EditPassword(values, [](auto) { return std::nullopt; }));
+    EXPECT_THAT(m_service.host.pushed, IsEmpty());
+    const std::string failed = "edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 发送重输密码请求失败！";
+    EXPECT_THAT(m_service.Events(), ElementsAre(failed, failed));
 }
 
 TEST_F(AccountTest, FailuresTellTheReason) {
@@ -295,23 +256,16 @@ TEST(Portfolios, ReadWhatCanBeRead) {
         bool isRead;
         std::string ids, token;  // the default one's
     };
+    // clang-format off
     const Case cases[] = {
-        {"", true, "", ""},
         {" [] ", true, "", ""},
         {"{}", false, "", ""},
-        {"[1,{\"portfolio_id\":\"b\",\"fund_token\":\"B\"}]", false, "b,", "B"},
-        {"[{\"portfolio_id\":\"b\",\"fund_token\":\"B\"},{\"portfolio_id\":\"a\",\"fund_token\":\"A\"}]",
-         true, "a,b,", "A"},
-        {"[{\"portfolio_id\":\"b\",\"is_default\":\"1\",\"fund_token\":\"B\"},{\"portfolio_id\":\"a\"},{"
-         "\"remarks\":\"\"}]",
-         true, "a,b,", "B"},
-        {"[{\"portfolio_id\":\"a\",\"is_default\":\"1\"},{\"portfolio_id\":\"b\",\"is_default\":\"1\",\"fund_"
-         "token\":\"B\"},"
-         "{\"portfolio_id\":\"b\",\"fund_token\":\"C\"}]",
-         true, "a,b,", ""},
-        {"[{\"portfolio_id\":\"a\"},{\"portfolio_id\":\"b", false, "a,", ""},
-        {Gbk("[{\"portfolio_id\":\"珅") + "\"}]", true, Gbk("珅") + ",", ""},
+        {R"([1,{"portfolio_id":"b","fund_token":"B"}])", false, "b,", "B"},
+        {R"([{"portfolio_id":"b","fund_token":"B"},{"portfolio_id":"a","fund_token":"A"},{"remarks":""}])", true, "a,b,", "A"},
+        {R"([{"portfolio_id":"a","is_default":"1"},{"portfolio_id":"b","is_default":"1","fund_token":"B"}])", true, "a,b,", "B"},
+        {R"([{"portfolio_id":"a"},{"portfolio_id":"b)", false, "a,", ""},
     };
+    // clang-format on
     for (const Case& each : cases) {
         Portfolios portfolios;
         portfolios.Put({"old", "", "", "", "", "old"});

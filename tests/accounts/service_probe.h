@@ -50,6 +50,13 @@ class ServiceProbe : public ResultEventSink, public ElkSink {
         return texts;
     }
 
+    // The last request: "1040 useraccount=u groupid=g", without what every request gets.
+    std::string LastRequest() const {
+        CUIData params = FakeHost::Params(host.pushed.back());
+        for (const char* added : {"log_source", "routeType", "destServer"}) params.Remove(added);
+        return std::to_string(host.pushed.back().GetDataLong("REQTYPE")) + ' ' + Describe(params);
+    }
+
     // An answer to a request, as the router hands it on; DATATYPE -1 when it failed.
     static CQueueRespData AnswerTo(const CQueueReqItem& request, bool isGood = true) {
         CQueueRespData response;
