@@ -332,6 +332,8 @@ class World {
             ++m_wholeTables;
         }
         const bool isNewsOfFunds = record.GetDataText("update_user") == token;
+        _check(kind != kFunds || isNewsOfFunds || record.GetDataLong("handle") > 0,
+               "funds without their user");
         if (isNewsOfFunds && record.GetDataText("Push_Source").empty()) m_paid.insert(token);
         if (record.GetDataText("update_type") != "fund") return;
         m_weighed.insert(token);
