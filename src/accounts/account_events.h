@@ -11,12 +11,12 @@ namespace luadui {
 
 // Who gets the answer to a command, and under which name. Nobody does when the command came without all of this.
 struct AccountAsker {
-    int type = 0;        // of a request record, whose answer is a response of that type; 0: a message
-    std::string uuid;    // of the request or message, as its sender gave it
-    std::string from;    // the sender of a request record
-    std::string handle;  // its window
-    std::string key;     // the subscription key under which a message is answered
-    bool wants = false;  // an answer at all
+    int type = 0;             // of a request record, whose answer is a response of that type; 0: a message
+    std::string uuid = {};    // of the request or message, as its sender gave it
+    std::string from = {};    // the sender of a request record
+    std::string handle = {};  // its window
+    std::string key = {};     // the subscription key under which a message is answered
+    bool wants = false;       // an answer at all
 };
 
 // Threads: the UI thread. Every call may end pages; all but User() may also destroy the account manager itself.

@@ -124,6 +124,7 @@ class CAccountManager final : public CRequestObject, public AccountCommands, pri
     void _publishStatus(const Event& row, const ResultEvent& event);
     void _checkOnline(const Event& row, const ResultEvent& event);
     void _publishOnline();
+    void _tellGroups();
     CDataList _groupsJson() const;
 
     // The host (account_manager_host.cpp)

@@ -36,7 +36,7 @@ CDataSet TokensOf(const FamilyAccounts& accounts, int row) {
     CDataSet tokens;
     const TextView own = accounts.rows.GetItemText(row, FindAccountColumn(accounts.rows, kFundToken));
     if (!own.empty()) tokens.Insert(own);
-    for (const Portfolio& portfolio : accounts.portfolios[static_cast<size_t>(row)]) {
+    for (const ListedPortfolio& portfolio : accounts.portfolios[static_cast<size_t>(row)]) {
         if (!portfolio.token.empty()) tokens.Insert(portfolio.token);
     }
     return tokens;

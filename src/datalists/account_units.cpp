@@ -65,7 +65,7 @@ class RowMaker {
 
     const CDataTable& Header() const { return m_header; }
     // Appends the account with the portfolio, if any, to `rows`.
-    AccountUnit Append(const TableRow& account, const Portfolio* portfolio, bool isOfPortfolio,
+    AccountUnit Append(const TableRow& account, const ListedPortfolio* portfolio, bool isOfPortfolio,
                        CDataTable& rows) const {
         const int row = rows.AppendRow();
         for (size_t col = 0; col < m_targets.size(); ++col) {
@@ -82,7 +82,7 @@ class RowMaker {
     }
 
   private:
-    static AccountUnit _unitOf(CDataTable& rows, int row, const Portfolio* portfolio) {
+    static AccountUnit _unitOf(CDataTable& rows, int row, const ListedPortfolio* portfolio) {
         AccountUnit unit{std::string(rows.GetItemText(row, kAccountKey)),
                          std::string(rows.GetItemText(row, kAccountId)),
                          std::string(rows.GetItemText(row, kFundToken))};
@@ -109,9 +109,9 @@ void MakeKeysUnlike(std::vector<AccountUnit>& units) {
     }
 }
 
-const Portfolio* DefaultOf(const std::vector<Portfolio>& portfolios) {
+const ListedPortfolio* DefaultOf(const std::vector<ListedPortfolio>& portfolios) {
     if (portfolios.size() == 1) return &portfolios.front();
-    const auto found = std::ranges::find(portfolios, true, &Portfolio::isDefault);
+    const auto found = std::ranges::find(portfolios, true, &ListedPortfolio::isDefault);
     return found == portfolios.end() ? nullptr : &*found;
 }
 
@@ -125,8 +125,8 @@ int FindAccountColumn(const CDataTable& accounts, AccountColumn column) {
     return -1;
 }
 
-std::vector<Portfolio> ReadPortfolios(std::string_view json) {
-    std::vector<Portfolio> portfolios;
+std::vector<ListedPortfolio> ReadPortfolios(std::string_view json) {
+    std::vector<ListedPortfolio> portfolios;
     if (json.empty()) return portfolios;
     CDataList array;
     if (!ParseJsonArray(json, array)) {
@@ -136,7 +136,7 @@ std::vector<Portfolio> ReadPortfolios(std::string_view json) {
     for (const auto& [key, value] : array) {
         CJsonObject object;
         value.Get(object);
-        Portfolio portfolio{
+        ListedPortfolio portfolio{
             TextOf(object.Find("fund_token")), EitherOf(object, "portfolioid", "portfolio_id"),
             EitherOf(object, "portfolioname", "portfolio_name"), object.GetLong("is_default") == 1};
         if (portfolio.token.empty() && portfolio.id.empty()) {
@@ -154,12 +154,12 @@ AccountUnits ReadAccountUnits(const FamilyAccounts& accounts, bool byPortfolio) 
     read.rows.CopyHeader(maker.Header());
     for (int row = 0; row < accounts.rows.GetRowNumber(); ++row) {
         const TableRow account = accounts.rows.GetRow(row);
-        const std::vector<Portfolio>& portfolios = accounts.portfolios[static_cast<size_t>(row)];
+        const std::vector<ListedPortfolio>& portfolios = accounts.portfolios[static_cast<size_t>(row)];
         if (!byPortfolio || portfolios.empty()) {
             read.units.push_back(maker.Append(account, DefaultOf(portfolios), false, read.rows));
             continue;
         }
-        for (const Portfolio& portfolio : portfolios)
+        for (const ListedPortfolio& portfolio : portfolios)
             read.units.push_back(maker.Append(account, &portfolio, true, read.rows));
     }
     MakeKeysUnlike(read.units);

@@ -36,7 +36,7 @@ inline constexpr std::array<std::string_view, kAccountColumns> kAccountColumnNam
 // The column of a server's account table; -1 when it has none under any of the names that servers use.
 int FindAccountColumn(const CDataTable& accounts, AccountColumn column);
 
-struct Portfolio {
+struct ListedPortfolio {
     std::string token, id, name;
     bool isDefault = false;
 };
@@ -44,13 +44,13 @@ struct Portfolio {
 // The accounts of one family as the server sent them, with their portfolios read.
 struct FamilyAccounts {
     CDataTable rows;
-    std::vector<std::vector<Portfolio>> portfolios;  // of each row
+    std::vector<std::vector<ListedPortfolio>> portfolios;  // of each row
 };
 
 // The portfolios in a cell (JSON: an array of objects with "fund_token", "portfolioid" or "portfolio_id",
 // "portfolioname" or "portfolio_name", "is_default"). Those with neither token nor id are left out; a cell that is
 // no such array is counted as "account_portfolios_unreadable".
-std::vector<Portfolio> ReadPortfolios(std::string_view json);
+std::vector<ListedPortfolio> ReadPortfolios(std::string_view json);
 
 // What a row stands for.
 struct AccountUnit {

@@ -72,6 +72,7 @@ bool DisPatchReq2AccountManager(AccountCommands* commands, const CQueueReqItem& 
     CUIData params, arguments;
     request.GetData("Params", params);
     arguments.SetData("module", "MODULE_STOCK_DATAMANAGER");
+    arguments.SetData("REQTYPE", RequestTypeOf(request));
     CopySender(request, params, arguments);
     for (const char* field : row->fields) arguments.SetData(field, params.GetDataView(field));
     if (CDataTable table; request.GetData("Table", table)) arguments.SetData("Table", table);

@@ -105,6 +105,12 @@ void CUIDataManager::RunAccountCommand(const char* command) {
     commands->Execute(command, arguments);
 }
 
+bool CUIDataManager::StartTimer(uint32_t id, uint32_t milliseconds) {
+    return m_timer && m_timer->StartTimer(id, milliseconds);
+}
+
+bool CUIDataManager::StopTimer(uint32_t id) { return m_timer && m_timer->StopTimer(id); }
+
 bool CUIDataManager::RequestSync(unsigned int type, const std::string& key, std::string& value,
                                  const std::string& file) {
     StringMap params{{"FileName", file}, {"Key", key}, {"Value", value}};

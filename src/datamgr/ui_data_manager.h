@@ -138,6 +138,9 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
 
     // Timer ticks: see TimerClient.
     void RunAccountCommand(const char* command) override;
+    // Start and stop a timer of this manager's timer window (see CDataTimerWnd). False without a window too.
+    bool StartTimer(uint32_t id, uint32_t milliseconds);
+    bool StopTimer(uint32_t id);
 
   protected:
     // The first listener of a kind came, the last one went.

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <vector>
 
+#include "accounts/account_commands.h"
 #include "base/guard.h"
 #include "base/json_object.h"
 #include "codedata/data_manager.h"
@@ -63,6 +64,7 @@ int CUIStockDataManager::Init(const std::string& loginInfo, HWND const& hostWnd)
     info.isbroker = ReadConfig(userSettings, "isbroker");
     info.qsid = ReadConfig(userSettings, "qsid");
     m_userInfo = std::move(info);
+    if (m_accountCommands) m_accountCommands->OnUser();
     return kDone;
 }
 

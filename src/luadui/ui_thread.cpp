@@ -1,6 +1,7 @@
 // The UI thread of the page manager: its start in the order that pages rely on, its loop and its end.
 #include "base/guard.h"
 #include "base/text.h"
+#include "datamgr/account_bridge.h"
 #include "datamgr/client_log.h"
 #include "datamgr/ui_stock_data_manager.h"
 #include "luadui/host_folder.h"
@@ -33,7 +34,10 @@ void CPageManagerWnd::_runUiThread() {
     CPaintManagerUI::SetInstance(GetModuleHandleW(nullptr));
     if (FAILED(CoInitialize(nullptr))) return m_failed.store(true);
     if (_createWindow()) {
-        CPaintManagerUI::MessageLoop();
+        {
+            const AccountBridge accounts;  // ends before the pages: nobody asks for anything then
+            CPaintManagerUI::MessageLoop();
+        }
         _endPages();
     } else {
         m_failed.store(true);
