@@ -152,6 +152,15 @@ void ListStore::_make(std::string_view kind) {
     }
 }
 
+void ListStore::KeepNewest(CUIData& record) const {
+    const std::string_view kind = record.GetTypeText();
+    CDataTable told, held;
+    if (record.GetDataLong("ret_code") != 0 || !record.GetData(kind, told)) return;
+    const CTokenTableList* const list = Find(kind);
+    if (!list || !list->GetTable(record.GetDataText("fund_token"), held) || held.SharesWith(told)) return;
+    record.SetData(kind, held);
+}
+
 uint64_t ListStore::SharedAge(std::string_view name) const {
     const auto age = m_sharedAges.find(name);
     return age == m_sharedAges.end() ? 0 : age->second;

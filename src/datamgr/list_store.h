@@ -50,6 +50,9 @@ class ListStore {
         _make(kind);
         return Find<List>(kind);
     }
+    // Puts the table that the list holds now into a record that tells the table of one account under the list's
+    // kind. Records of failures, and all others, stay as they are.
+    void KeepNewest(CUIData& record) const;
     // The list that a merged view ("entrustmulti") is made of; empty for other kinds.
     static std::string_view ListOfView(std::string_view kind);
 

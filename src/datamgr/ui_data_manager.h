@@ -157,7 +157,7 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // Delivers to one window or object. False when it has gone.
     bool _deliver(const CUIData& record, int64_t handle);
     // Delivers to all that want the record's kind, but for `except`. How many took it.
-    size_t _notify(const CUIData& record, int64_t except, int64_t asker);
+    size_t _notify(CUIData record, int64_t except, int64_t asker);
     bool _handleRequest(CUIData& record);
     NotifyTable m_notify;
 

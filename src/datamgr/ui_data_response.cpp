@@ -7,6 +7,7 @@
 #include "base/guard.h"
 #include "base/json_object.h"
 #include "datamgr/answer_routes.h"
+#include "datamgr/local_sources.h"
 #include "datamgr/push_routes.h"
 #include "datamgr/request_log.h"
 #include "datamgr/request_route.h"
@@ -255,14 +256,14 @@ void CUIDataManager::_dealSubResposnse(const CQueueRespData& response) {
 void CUIDataManager::ResponseNotify(CUIData* record, int handle, bool notifyOthers) {
     if (!record) return;
     const int32_t self = GetHandle();
-    const CUIData content = *record;
+    CUIData content = *record;
     size_t delivered = _deliver(content, handle) ? 1 : 0;
     if (CBaseObject::Find(self) != this) return;
     if (notifyOthers) delivered += _notify(content, handle, handle);
     if (delivered == 0) CCounters::Add("record_without_receiver");
 }
 
-size_t CUIDataManager::_notify(const CUIData& record, int64_t except, int64_t asker) {
+size_t CUIDataManager::_notify(CUIData record, int64_t except, int64_t asker) {
     const int32_t self = GetHandle();
     const std::string kind = record.GetType();
     size_t delivered = 0;
@@ -270,6 +271,8 @@ size_t CUIDataManager::_notify(const CUIData& record, int64_t except, int64_t as
         // One told before may have removed this one meanwhile.
         if (handle == except || !m_notify.Has(handle, kind) || _isToldElsewhere(handle, kind, asker))
             continue;
+        // One told before may have let in newer content.
+        if (delivered != 0) StoreOf(*this, kind).KeepNewest(record);
         const bool isTaken = _deliver(record, handle);
         if (isTaken) ++delivered;
         if (CBaseObject::Find(self) != this) break;

@@ -153,11 +153,13 @@ void CUIStockDataManager::_broadcast(const CUIData& record) {
     if (subscribed == m_subscriptions.end()) return CCounters::Add("record_without_subscriber");
     const std::string kind = record.GetType();
     const std::vector<std::string> pages(subscribed->second.begin(), subscribed->second.end());
+    CUIData newest = record;
     for (const std::string& page : pages) {
-        // One told before may have ended this one's subscription.
+        // One told before may have ended this one's subscription, and let in newer content.
         const auto current = m_subscriptions.find(kind);
-        if (current != m_subscriptions.end() && current->second.contains(page))
-            _deliver(record, page, kNoHandle, true);
+        if (current == m_subscriptions.end() || !current->second.contains(page)) continue;
+        m_commonData.Lists().KeepNewest(newest);
+        _deliver(newest, page, kNoHandle, true);
     }
 }
 

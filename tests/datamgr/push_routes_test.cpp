@@ -118,6 +118,22 @@ TEST_F(PushRoutesTest, ListsDecideWhatIsPublished) {
     EXPECT_EQ(CCounters::Get("push_for_unqueried_account"), unknown + 2);
 }
 
+// The query for the funds of all accounts names none of them.
+TEST_F(PushRoutesTest, PushesOutrunTheAnswerForAllAccounts) {
+    const uint64_t unknown = CCounters::Get("push_for_unqueried_account");
+    const auto push = PushOf("Currency,TotalAssets;CNY,50");
+    for (const char* answer : {R"({"retcode":1})", "fund_token,Currency,TotalAssets;F5,CNY,100"}) {
+        const auto ask = m_manager.Send({.type = 131093, .kind = "all_fund", .fundToken = ""});
+        m_manager.Push("Fund|F5", push);
+        m_manager.Push("Fund|F6", push);
+        m_manager.Answer(ask, ResponseOf(answer));
+    }
+    const CUIData funds = m_manager.GetData("fund");
+    EXPECT_EQ(Describe(funds.GetDataView("F5")), "[fund_token,Currency,TotalAssets|,CNY,50]");
+    EXPECT_FALSE(funds.Has("F6"));
+    EXPECT_EQ(CCounters::Get("push_for_unqueried_account"), unknown + 3);  // the answers lack them
+}
+
 // The rows may be the "Table", an array among the fields of "RawData", or "RawData" itself; fields may come
 // in three places.
 TEST_F(PushRoutesTest, WhatAPushIsMadeOf) {
@@ -174,11 +190,14 @@ TEST_F(PushRoutesTest, NobodyIsLeftWithOlderContent) {
         TestManager* manager = nullptr;
         bool isDone = false;
     } busy;
+    Receiver late;
     busy.manager = &m_manager;
     m_manager.Answer({.type = 1034, .kind = "account", .fundToken = ""}, "account_id,fund_token;A1,F1");
     m_manager.Answer({1201, "fund"}, "Currency,TotalAssets;CNY,1");
-    m_manager.RegisterNotify(busy.GetHandle(), "fund");
+    for (const CBaseObject* object : {static_cast<CBaseObject*>(&busy), static_cast<CBaseObject*>(&late)})
+        m_manager.RegisterNotify(object->GetHandle(), "fund");
     m_manager.Push("Fund|F1", PushOf("Currency,TotalAssets;CNY,2"));
+    EXPECT_EQ(late.Take().find("CNY,2"), std::string::npos);
     CDataTable accounts;
     m_manager.GetData("accountdatalist").GetData("accountdatalist", accounts);
     EXPECT_EQ(accounts.GetItemText(0, "TotalAssets"), "3");
