@@ -132,6 +132,14 @@ void CTokenTableList::QueryEnded(std::string_view token) {
     if (!held) m_accounts.erase(found);
 }
 
+std::vector<std::string> CTokenTableList::Waiting() const {
+    std::vector<std::string> tokens;
+    for (const auto& [token, account] : m_accounts) {
+        if (!account.kept.empty()) tokens.push_back(token);
+    }
+    return tokens;
+}
+
 bool CTokenTableList::MergeMultiAccount(CUIData& request, std::string* missing) const {
     CDataSet tokens;
     if (m_mergedKind.empty() || !request.GetData(kTokens, tokens)) return false;

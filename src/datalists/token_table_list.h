@@ -90,6 +90,9 @@ class CTokenTableList : public CUIData {
     // account that nobody knows are counted as "push_for_unqueried_account".
     void QueryEnded(std::string_view token);
 
+    // The accounts with kept pushes. Walks over all that had any.
+    std::vector<std::string> Waiting() const;
+
     // The view of several accounts: reads the set "fund_token" of `request`, stores the joined tables under
     // the merged kind and makes that the request's type. Accounts come in the order of the set; the columns
     // are those of the first table with rows. False, and `request` unchanged, when it has no set or the list

@@ -1,14 +1,32 @@
 #include "datamgr/account_tables.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "base/base_object.h"
 #include "base/counters.h"
+#include "datamgr/request_ledger.h"
+#include "datamgr/ui_registry.h"
 
 namespace luadui {
 namespace {
 
 constexpr std::string_view kFundToken = "fund_token";
 
+// Queries for all accounts at once. Their requests carry no account.
+struct WholeQuery {
+    std::string_view query, ofAll;
+};
+constexpr WholeQuery kWholeQueries[] = {{"fund", "all_fund"}};
+
 }  // namespace
+
+bool IsTableUnderWay(std::string_view query, std::string_view token) {
+    auto& ledger = RequestLedger::Instance();
+    if (ledger.IsUnderWay(RequestTypeOfKind(query), token)) return true;
+    const auto* const whole = std::ranges::find(kWholeQueries, query, &WholeQuery::query);
+    return whole != std::end(kWholeQueries) && ledger.IsUnderWay(RequestTypeOfKind(whole->ofAll), {});
+}
 
 AccountTables SplitByAccount(const CDataTable& table, const std::string& token) {
     AccountTables accounts;

@@ -16,6 +16,10 @@ using AccountTables = std::map<std::string, CDataTable, std::less<>>;
 // that is empty, counted as "row_without_account".
 AccountTables SplitByAccount(const CDataTable& table, const std::string& token);
 
+// Whether an answer is still to come that brings the account's table into the list of queries of that kind: to one of
+// these, or to one for all accounts.
+bool IsTableUnderWay(std::string_view query, std::string_view token);
+
 // The record of the list's kind that tells all who want it what the account's table is now; empty when the list
 // does not hold it.
 CUIData MakeTableNews(const CTokenTableList& list, const std::string& token);

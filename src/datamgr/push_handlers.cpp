@@ -8,7 +8,6 @@
 #include "datamgr/account_tables.h"
 #include "datamgr/answer_handlers.h"
 #include "datamgr/ui_data_manager.h"
-#include "datamgr/ui_registry.h"
 
 namespace luadui {
 namespace {
@@ -35,16 +34,12 @@ void FindRows(Push& push) {
 
 std::string AccountOf(const Push& push) { return MakePushRecord(push, {}).GetDataString("fund_token"); }
 
-bool IsUnderWay(std::string_view query, const std::string& token) {
-    return RequestLedger::Instance().IsUnderWay(RequestTypeOfKind(query), token);
-}
-
 // The list that knows the account; failing all of them the first.
 CTokenTableList* ListOf(ListStore& lists, const PushedList& row, const std::string& token) {
     for (const std::string_view kind : {row.creditList, row.connectList}) {
         if (kind.empty()) break;
         CTokenTableList* const list = lists.FindOrMake(kind);
-        if (list && (list->Holds(token) || IsUnderWay(kind, token))) return list;
+        if (list && (list->Holds(token) || IsTableUnderWay(kind, token))) return list;
     }
     return lists.FindOrMake(row.list);
 }
@@ -66,7 +61,7 @@ Merged Merge(CUIDataManager& manager, const Push& push, const PushedList& row, c
     if (!merged.list) return merged;
     const bool isOfFirst = merged.list->GetTypeText() == row.list;
     const std::string_view query = isOfFirst ? row.query : merged.list->GetTypeText();
-    const PushResult result = merged.list->TakePush(token, table, push.age, IsUnderWay(query, token));
+    const PushResult result = merged.list->TakePush(token, table, push.age, IsTableUnderWay(query, token));
     merged.isUseful = IsPublished(result);
     merged.isNew = result == PushResult::kTaken;
     return merged;

@@ -35,8 +35,7 @@ bool Merge(CTokenTableList& list, Answer& answer) {
         positions && !isGood && answer.code == 0)
         positions->SetGGTPositionResponse(answer.response);
     if (isGood) list.TakeAnswer(answer.fundToken, answer.table, answer.age);
-    if (!RequestLedger::Instance().IsUnderWay(answer.type, answer.fundToken))
-        list.QueryEnded(answer.fundToken);
+    if (!IsTableUnderWay(list.GetTypeText(), answer.fundToken)) list.QueryEnded(answer.fundToken);
     if (isGood) list.GetTable(answer.fundToken, answer.table);
     return isGood;
 }
@@ -102,6 +101,9 @@ void HandleAllFunds(CUIDataManager& manager, Answer& answer) {
     const bool isGood = answer.hasTable && answer.code == 0;
     const auto accounts = isGood ? SplitByAccount(answer.table, answer.fundToken) : AccountTables();
     for (const auto& [token, table] : accounts) list.TakeAnswer(token, table, answer.age);
+    for (const std::string& token : list.Waiting()) {
+        if (!IsTableUnderWay("fund", token)) list.QueryEnded(token);
+    }
     CUIData record = MakeAnswerRecord(answer, answer.kind);
     bool isAlive = Tell(manager, record, answer.handle);
     for (auto account = accounts.begin(); isAlive && account != accounts.end(); ++account) {
