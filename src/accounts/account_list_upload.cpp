@@ -140,12 +140,13 @@ CAccountList::UploadPlan CAccountList::_planUpload(const std::vector<std::string
                                                    const CUIData& values) {
     UploadPlan plan{AccountTable(kUploadAccounts), {}, {}, {}};
     const CUIData completed = _withUser(values);
+    CUIData common;
+    for (const std::string_view name : kCommonColumns)
+        common.SetData(name, TextOf(completed.GetDataView(name)));
     for (const std::string& key : keys) {
         CAccount* const account = Find(key);
         if (!account) continue;
-        CUIData row;
-        for (const std::string_view name : kCommonColumns)
-            row.SetData(name, TextOf(completed.GetDataView(name)));
+        CUIData row = common;
         if (const std::string refusal = _planAccount(*account, row); refusal.empty()) {
             AppendRow(plan.rows, row);
             plan.keys.push_back(key);
