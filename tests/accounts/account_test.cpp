@@ -174,7 +174,7 @@ TEST_F(AccountTest, LoginAnswerWithoutARowIsAFailure) {
 TEST_F(AccountTest, EachRequestHasOneAnswer) {
     const uint64_t before = CCounters::Get("account_answer_repeated");
     m_account->Bind(Values({{"UUID", "one"}}));
-    CQueueRespData wrong = m_service.AnswerToLast();
+    CQueueRespData wrong = m_service.AnswerToLast(false);
     wrong.SetData("REQTYPE", 1037);
     Answer(wrong);                                        // of another request's type
     CQueueRespData late = m_service.AnswerToLast(false);  // says the opposite
