@@ -267,7 +267,8 @@ class World {
         do tokens.Insert(m_tokens[_number(m_tokens.size() - 1)]);
         while (isView && _chance(60));
         m_asked.insert({tokens.begin(), tokens.end()});
-        _ask(isView ? kind.view : kind.table, tokens, _chance(50));
+        do _ask(isView ? kind.view : kind.table, tokens, _chance(50));
+        while (_chance(40));
     }
     void _ask(const std::string& kind, const CDataSet& tokens, bool refresh) {
         CUIData request(kind);
