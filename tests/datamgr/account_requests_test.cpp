@@ -30,14 +30,15 @@ constexpr char kPortfolio[] =
 
 struct CommandCase {
     const char* kind;
+    const char* type;
     const char* command;
     const char* fields;
 };
 constexpr CommandCase kCommandCases[] = {
-    {"create_portfoil_account", "add_portfolio", kPortfolio},
-    {"all_account_order", "queryOrderFromPage", kOrder},
-    {"update_defaultgrp_accountorder", "modifyAccountOrder", kOrder},
-    {"update_customgrp_groupindex", "modifyOrderInGroup", kOrder},
+    {"create_portfoil_account", "1130", "add_portfolio", kPortfolio},
+    {"all_account_order", "1801", "queryOrderFromPage", kOrder},
+    {"update_defaultgrp_accountorder", "1802", "modifyAccountOrder", kOrder},
+    {"update_customgrp_groupindex", "1803", "modifyOrderInGroup", kOrder},
 };
 
 using AccountRequestsTest = PageFixture;
@@ -45,24 +46,24 @@ using AccountRequestsTest = PageFixture;
 TEST_F(AccountRequestsTest, BecomeCommands) {
     Commands commands;
     router.SetAccountCommands(&commands);
-    for (const auto& [kind, command, fields] : kCommandCases) {
+    for (const auto& [kind, type, command, fields] : kCommandCases) {
         Set(kSetRequest, std::string(kind) + " handle=H" + kAll);
         std::string got =
             ReplaceText(commands.received, "handle=" + std::to_string(window.GetHandle()), "handle=H");
         const size_t uuid = got.find("UUID=");
         ASSERT_NE(uuid, std::string::npos) << got;
         got.erase(uuid, got.find(' ', uuid) + 1 - uuid);
-        EXPECT_EQ(got, std::string(command) + " module=MODULE_STOCK_DATAMANAGER handle=H From=" +
-                           std::to_string(page->GetHandle()) + ' ' + fields);
+        EXPECT_EQ(got, std::string(command) + " module=MODULE_STOCK_DATAMANAGER REQTYPE=" + type +
+                           " handle=H From=" + std::to_string(page->GetHandle()) + ' ' + fields);
     }
     CQueueReqItem request;
     request.SetData("REQTYPE", 1801);
     request.SetData("Params", RecordOf(" strSourceHandle=7 From= strFrom=8 struuid=u Index=1"));
     request.SetData("Table", TableOf("a;1"));
     EXPECT_TRUE(DisPatchReq2AccountManager(&commands, request));
-    EXPECT_EQ(
-        commands.received,
-        "queryOrderFromPage module=MODULE_STOCK_DATAMANAGER handle=7 From=8 UUID=u Index=1 Table=[a|1]");
+    EXPECT_EQ(commands.received,
+              "queryOrderFromPage module=MODULE_STOCK_DATAMANAGER REQTYPE=1801 handle=7 From=8 UUID=u "
+              "Index=1 Table=[a|1]");
     // What the request says of itself comes first.
     CQueueReqItem named = request;
     named.SetData("From", "1");
