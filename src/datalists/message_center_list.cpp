@@ -120,6 +120,11 @@ std::string RiskText(const CDataTable& push) {
                kMaxOrderText);
 }
 
+const std::string& FailureType() {
+    static const auto* const type = new std::string(Gbk("错误提示"));
+    return *type;
+}
+
 int FindMessage(const CDataTable& history, std::string_view localId) {
     const int column = history.FindColumn(kLocalId);
     for (int row = 0; row < history.GetRowNumber(); ++row) {
@@ -140,6 +145,12 @@ CMessageCenterList::CMessageCenterList(ListOwner* owner) : CUIData("instructiono
 CMessageCenterList::~CMessageCenterList() = default;
 
 const char* CMessageCenterList::ClassName() const { return "CMessageCenterList"; }
+
+bool CMessageCenterList::IsOfOrders(const CUIData& record) {
+    CDataTable messages;
+    return record.GetTypeText() == kMessageCenter && record.GetData(kMessageCenter, messages) &&
+           messages.GetItemText(0, "MsgType") != FailureType();
+}
 
 void CMessageCenterList::AddErrorMessage(const CUIData& response, const CUIData& accounts,
                                          const CUIData& creditAccounts, const std::string& user) {
@@ -169,15 +180,15 @@ void CMessageCenterList::AddErrorMessage(const CUIData& response, const CUIData&
     const TextView uuid = response.GetDataText("UUID");
 
     Message message;
-    message.localId = Join({uuid.empty() ? LongText(++m_lastNumber) : std::string(uuid), "_error"});
-    message.type = Gbk("错误提示");
+    message.localId = Join({uuid.empty() ? LongText(NextMessageNumber()) : std::string(uuid), "_error"});
+    message.type = FailureType();
     message.text = said;
     message.orderMessage = Describe(account, response.GetDataLong("REQTYPE"), Cut(code, 32), said);
     _publish(ToTable(message), user, kNoHandle);
 }
 
 void CMessageCenterList::AddOrderMessages(const CUIData& push) {
-    const CDataTable messages = OrderMessages(push, m_lastNumber);
+    const CDataTable messages = OrderMessages(push);
     if (messages.GetRowNumber() != 0) _publish(messages, {}, GetHandle());
 }
 
@@ -198,7 +209,8 @@ void CMessageCenterList::OnNotify(void* data) {
 
 void CMessageCenterList::_addRisk(const CDataTable& push) {
     Message message;
-    message.localId = Join({push.GetItemText(0, kLocalId), "_risk"});
+    const TextView id = push.GetItemText(0, kLocalId);
+    message.localId = Join({id.empty() ? LongText(NextMessageNumber()) : std::string(id), "_risk"});
     message.type = Gbk("风控提示");
     message.text = Gbk("触发风控，请在触警查询中查看");
     message.orderMessage = RiskText(push);

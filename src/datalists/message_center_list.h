@@ -35,6 +35,9 @@ class CMessageCenterList : public CUIData, public CBaseObject {
     CMessageCenterList& operator=(const CMessageCenterList&) = delete;
     const char* ClassName() const override;
 
+    // Whether a "messagecenter" record is about orders or risks, and not about a request that failed.
+    static bool IsOfOrders(const CUIData& record);
+
     // Tells the user that a request failed. `response` is the answer with its "Request"; `accounts` and
     // `creditAccounts` are the "account" and "account_xy" records, in which the account's name is looked up
     // (in "PB_MODE" with that of the portfolio); `user` goes into the record as "user". Neither tokens nor
@@ -59,7 +62,6 @@ class CMessageCenterList : public CUIData, public CBaseObject {
     void _remember(const CDataTable& messages);
 
     ListOwner* const m_owner;  // not owned; null: messages are only kept
-    int64_t m_lastNumber = 0;  // of messages about what has no id of its own
 };
 
 }  // namespace luadui

@@ -98,10 +98,9 @@ std::string SideName(const CDataTable& table, int row) {
 // Writes the messages into the cells of a table of pushed orders.
 class Writer {
   public:
-    Writer(const CUIData& push, bool isSingle, CDataTable& table, int64_t& lastNumber)
+    Writer(const CUIData& push, bool isSingle, CDataTable& table)
         : m_push(push),
           m_table(table),
-          m_lastNumber(lastNumber),
           m_kind(kOrderKinds[KindOf(push)]),
           m_localId(LocalIdOf(push, m_kind)),
           m_account(FirstText(push, {"account"})),
@@ -156,18 +155,17 @@ class Writer {
         return said.empty() || &m_kind != &kOrderKinds[kNormal] ? _cell(row, kServerWords) : said;
     }
 
-    std::string _localId(int row) {
+    std::string _localId(int row) const {
         if (m_isSingle && !m_localId.empty()) return m_localId;
         const TextView own = m_table.GetItemText(row, "LocalID"),
                        orderId = m_table.GetItemText(row, "OrderID");
         if (!own.empty()) return own;
         return (m_localId.empty() ? m_account : m_localId) + "_" +
-               (orderId.empty() ? LongText(++m_lastNumber) : std::string(orderId));
+               (orderId.empty() ? LongText(NextMessageNumber()) : std::string(orderId));
     }
 
     const CUIData& m_push;
     CDataTable& m_table;
-    int64_t& m_lastNumber;
     const OrderKind& m_kind;
     const std::string m_localId, m_account;
     const bool m_isSingle;
@@ -185,6 +183,11 @@ std::string MessageTimeText() {
     return text;
 }
 
+int64_t NextMessageNumber() {
+    static int64_t last = 0;
+    return ++last;
+}
+
 std::string OrderText(const OrderWords& order) {
     std::string text(order.name);
     if (text.empty()) {
@@ -195,7 +198,7 @@ std::string OrderText(const OrderWords& order) {
     return text.append(order.account).append(order.side).append(order.quantity).append(Gbk("股"));
 }
 
-CDataTable OrderMessages(const CUIData& push, int64_t& lastNumber) {
+CDataTable OrderMessages(const CUIData& push) {
     CDataTable table;
     push.GetData("Table", table);
     const int statuses = table.FindColumn("OrderStatus");
@@ -204,7 +207,7 @@ CDataTable OrderMessages(const CUIData& push, int64_t& lastNumber) {
         if (!MessageOf(table.GetItemText(row, statuses))) messages.DeleteRow(row);
     }
     if (messages.GetRowNumber() == 0) return messages;
-    Writer writer(push, table.GetRowNumber() == 1, messages, lastNumber);
+    Writer writer(push, table.GetRowNumber() == 1, messages);
     for (int row = 0; row < messages.GetRowNumber(); ++row)
         writer.Write(row, *MessageOf(messages.GetItemText(row, statuses)));
     return messages;

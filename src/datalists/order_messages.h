@@ -13,6 +13,10 @@ namespace luadui {
 // Local time as messages show it: "2024/01/31 09:30".
 std::string MessageTimeText();
 
+// A number for a message about what has no id of its own. Process-wide: pages replace rows by their ids, whichever
+// list made them. The UI thread.
+int64_t NextMessageNumber();
+
 // What an order is about; texts as tables have them.
 struct OrderWords {
     std::string_view code, market, price, account, side, quantity;
@@ -27,7 +31,7 @@ std::string OrderText(const OrderWords& order);
 //
 // "LocalID" is what a page replaces a message by: the local id of the push and, but for rejected orders, the
 // status. Where a push has several rows, a row's own "LocalID" counts, or, without one, its "OrderID" is put
-// behind that of the push. Where the push has none, the account stands for it; where there is no "OrderID", ++`lastNumber`.
-CDataTable OrderMessages(const CUIData& push, int64_t& lastNumber);
+// behind that of the push. Where the push has none, the account stands for it; where there is no "OrderID", a number.
+CDataTable OrderMessages(const CUIData& push);
 
 }  // namespace luadui

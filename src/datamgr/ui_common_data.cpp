@@ -21,9 +21,11 @@ void CUICommonData::ResponseNotify(CUIData* record, int handle, bool notifyOther
     }
 }
 
-bool CUICommonData::_isToldElsewhere(uint32_t listener, const std::string& kind, int64_t asker) const {
+bool CUICommonData::_isToldElsewhere(uint32_t listener, const CUIData& record, int64_t asker) const {
     const CUIPageData* const page = CUIStockDataManager::get_mutable_instance().PageOf(listener);
-    return page && page->Wants(listener, kind) && (asker > 0 || CUIDataManager::IsCommonData(kind));
+    if (!page || !page->Wants(listener, record.GetTypeText())) return false;
+    if (asker > 0 || CUIStockDataManager::IsCommonData(&record)) return true;
+    return page->Lists().MessageCenter() && CMessageCenterList::IsOfOrders(record);
 }
 
 void CUICommonData::_onTick() {

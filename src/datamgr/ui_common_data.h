@@ -16,8 +16,10 @@ class LUADUI_API CUICommonData : public CUIDataManager {
     void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
 
   protected:
-    // A window that its page tells already is not told twice.
-    bool _isToldElsewhere(uint32_t listener, const std::string& kind, int64_t asker) const override;
+    // A window that its page tells already is not told twice. Of orders and risks a page with a message center of
+    // its own tells its windows itself, since its list hears of all of them; of requests that failed it
+    // only knows its own, so those of others come from here.
+    bool _isToldElsewhere(uint32_t listener, const CUIData& record, int64_t asker) const override;
     void _onTick() override;
 };
 

@@ -146,9 +146,8 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     // The first listener of a kind came, the last one went.
     virtual void _kindWanted(const std::string& /*kind*/) {}
     virtual void _kindUnwanted(const std::string& /*kind*/) {}
-    // Whether the listener gets a record of that kind, asked for by `asker` (-1: news), from another manager.
-    virtual bool _isToldElsewhere(uint32_t /*listener*/, const std::string& /*kind*/,
-                                  int64_t /*asker*/) const {
+    // Whether another manager tells the listener of the record, which `asker` (-1: nobody, it is news) asked for.
+    virtual bool _isToldElsewhere(uint32_t /*listener*/, const CUIData& /*record*/, int64_t /*asker*/) const {
         return false;
     }
     // At each tick of the timer, every 500 ms.

@@ -269,7 +269,7 @@ size_t CUIDataManager::_notify(CUIData record, int64_t except, int64_t asker) {
     size_t delivered = 0;
     for (const uint32_t handle : m_notify.Handles(kind)) {
         // One told before may have removed this one meanwhile.
-        if (handle == except || !m_notify.Has(handle, kind) || _isToldElsewhere(handle, kind, asker))
+        if (handle == except || !m_notify.Has(handle, kind) || _isToldElsewhere(handle, record, asker))
             continue;
         // One told before may have let in newer content.
         if (delivered != 0) StoreOf(*this, kind).KeepNewest(record);

@@ -19,8 +19,9 @@ CUIStockDataManager& Router() { return CUIStockDataManager::get_mutable_instance
 // Kinds that the common data manager publishes although they are no common kinds: its own listeners alone
 // hear of them.
 bool IsHeardThere(std::string_view kind) {
-    constexpr std::string_view kKinds[] = {"messagecenter", "str_subkey_risk_push", "positionsum",
-                                           "entrustsubpush", "dealsubpush"};
+    constexpr std::string_view kKinds[] = {"messagecenter",       "str_subkey_risk_push", "orderpush",
+                                           "order_push_mutilist", "condition_order",      "positionsum",
+                                           "entrustsubpush",      "dealsubpush"};
     return std::ranges::find(kKinds, kind) != std::end(kKinds);
 }
 

@@ -11,6 +11,7 @@
 #include "base/counters.h"
 #include "base/json_object.h"
 #include "base/text.h"
+#include "datalists/order_messages.h"
 
 namespace luadui {
 namespace {
@@ -233,6 +234,7 @@ TEST_F(MessageCenterTest, PushesOfSeveralOrdersAreOneRecordOfThoseWorthAMessage)
     list->AddOrderMessages(OrderPush("{}", orders));
     list->AddOrderMessages(CUIData());
     EXPECT_TRUE(owner.published.empty());
+    const int64_t number = NextMessageNumber();
     for (const char* id : {"O2", "O3", ""}) orders.InsertTable(Order("未成交", id));
     orders.InsertTable(Order("废单", ""));
     list->AddOrderMessages(OrderPush(R"({"LocalID":"L"})", orders));
@@ -240,7 +242,9 @@ TEST_F(MessageCenterTest, PushesOfSeveralOrdersAreOneRecordOfThoseWorthAMessage)
     std::vector<std::string> ids;
     for (int row = 0; row < Last().GetRowNumber(); ++row)
         ids.push_back(GbkToUtf8(Last().GetItemText(row, "LocalID")));
-    EXPECT_EQ(ids, (std::vector<std::string>{"L_O2_未成交", "L_O3_未成交", "L_1_未成交", "L_2"}));
+    EXPECT_EQ(ids, (std::vector<std::string>{"L_O2_未成交", "L_O3_未成交",
+                                             "L_" + std::to_string(number + 1) + "_未成交",
+                                             "L_" + std::to_string(number + 2)}));
     owner.expectedHandle = -1;
     Fail("{}");  // into the history, whose columns are all of both
     EXPECT_EQ(History().GetItemText(0, "OrderID") + History().GetItemText(4, "Text"), Gbk("O2请求失败"));

@@ -279,6 +279,32 @@ TEST_F(PageDataTest, FailuresReachTheAskerHoweverTheyCome) {
     router.CommonData().UnRegisterNotify(static_cast<unsigned>(messages.GetHandle()), "messagecenter");
 }
 
+// From the list of its page, or from the common one; failures of other pages also where the page has a list.
+TEST_F(PageDataTest, MessagesReachEveryWindowOnce) {
+    CUIPageData tips("MESSAGETIP");
+    ASSERT_TRUE(tips.Init());
+    Receiver shown;
+    tips.RegisterNotify(static_cast<unsigned>(shown.GetHandle()), "messagecenter");
+    Register(window, {"messagecenter"});
+    constexpr std::string_view kMessage = "messagecenter messagecenter=";
+    const std::string order = "OrderStatus,Side;" + Gbk("全部成交") + ",0";
+    for (const char* topic : {"entrustret", "orderret", "multiinst_order", "grade_order", "condition_order",
+                              "risk_push", "a failure"}) {
+        if (std::string_view(topic) == "a failure") {
+            Ask("fund handle=H fund_token=F1 refresh=1");
+            Answer(R"({"retcode":7,"message":"no"})", -1);
+        } else {
+            Push(topic, order);
+        }
+        std::string ofPage = window.Take(), ofTips = shown.Take();
+        for (std::string* got : {&ofPage, &ofTips}) {
+            const size_t at = got->find(kMessage);
+            EXPECT_TRUE(at != got->npos && got->find(kMessage, at + 1) == got->npos) << topic << *got;
+        }
+        EXPECT_NE(ofPage, ofTips) << topic;  // the numbers of the two lists
+    }
+}
+
 TEST_F(PageDataTest, FailuresWithoutAServerReachTheAsker) {
     router.CommonData().ResponseError("fund", window.GetHandle(), 7, "no");
     EXPECT_EQ(window.Take(), "");  // of no page yet
