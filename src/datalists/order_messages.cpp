@@ -157,11 +157,12 @@ class Writer {
 
     std::string _localId(int row) const {
         if (m_isSingle && !m_localId.empty()) return m_localId;
-        const TextView own = m_table.GetItemText(row, "LocalID"),
-                       orderId = m_table.GetItemText(row, "OrderID");
+        const std::string own = _cell(row, "LocalID"), token = _cell(row, "fund_token"),
+                          orderId = _cell(row, "OrderID");
         if (!own.empty()) return own;
-        return (m_localId.empty() ? m_account : m_localId) + "_" +
-               (orderId.empty() ? LongText(NextMessageNumber()) : std::string(orderId));
+        std::string id = m_localId.empty() ? m_account : m_localId;
+        if ((!m_isSingle || id.empty()) && !token.empty()) id += "_" + token;
+        return id + "_" + (orderId.empty() ? LongText(NextMessageNumber()) : orderId);
     }
 
     const CUIData& m_push;

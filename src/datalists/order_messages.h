@@ -30,8 +30,9 @@ std::string OrderText(const OrderWords& order);
 // "LocalID" and "Text". Empty when there is no such row.
 //
 // "LocalID" is what a page replaces a message by: the local id of the push and, but for rejected orders, the
-// status. Where a push has several rows, a row's own "LocalID" counts, or, without one, its "OrderID" is put
-// behind that of the push. Where the push has none, the account stands for it; where there is no "OrderID", a number.
+// status. Where a push has several rows, a row's own "LocalID" counts, or, without one, its "fund_token" and its
+// "OrderID", which is one within the account only, are put behind that of the push. Where the push has none, the
+// account stands for it; where there is no "OrderID", a number.
 CDataTable OrderMessages(const CUIData& push);
 
 }  // namespace luadui

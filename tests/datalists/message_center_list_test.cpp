@@ -235,20 +235,26 @@ TEST_F(MessageCenterTest, PushesOfSeveralOrdersAreOneRecordOfThoseWorthAMessage)
     list->AddOrderMessages(CUIData());
     EXPECT_TRUE(owner.published.empty());
     const int64_t number = NextMessageNumber();
-    for (const char* id : {"O2", "O3", ""}) orders.InsertTable(Order("未成交", id));
+    orders.AddColumn("fund_token");
+    for (const char* token : {"F1", "F2"}) {
+        CDataTable order = Order("未成交", "O2");
+        order.SetItemText(0, order.AddColumn("fund_token"), token);
+        orders.InsertTable(order);
+    }
+    for (const char* id : {"O3", ""}) orders.InsertTable(Order("未成交", id));
     orders.InsertTable(Order("废单", ""));
     list->AddOrderMessages(OrderPush(R"({"LocalID":"L"})", orders));
     ASSERT_EQ(owner.published.size(), 1u);
     std::vector<std::string> ids;
     for (int row = 0; row < Last().GetRowNumber(); ++row)
         ids.push_back(GbkToUtf8(Last().GetItemText(row, "LocalID")));
-    EXPECT_EQ(ids, (std::vector<std::string>{"L_O2_未成交", "L_O3_未成交",
+    EXPECT_EQ(ids, (std::vector<std::string>{"L_F1_O2_未成交", "L_F2_O2_未成交", "L_O3_未成交",
                                              "L_" + std::to_string(number + 1) + "_未成交",
                                              "L_" + std::to_string(number + 2)}));
     owner.expectedHandle = -1;
     Fail("{}");  // into the history, whose columns are all of both
-    EXPECT_EQ(History().GetItemText(0, "OrderID") + History().GetItemText(4, "Text"), Gbk("O2请求失败"));
-    EXPECT_EQ(History().GetItemText(4, "OrderID"), "");
+    EXPECT_EQ(History().GetItemText(0, "OrderID") + History().GetItemText(5, "Text"), Gbk("O2请求失败"));
+    EXPECT_EQ(History().GetItemText(5, "OrderID"), "");
 }
 
 TEST_F(MessageCenterTest, HistoryIsBoundedAndReplacesRepeatedMessages) {
