@@ -125,12 +125,22 @@ const std::string& FailureType() {
     return *type;
 }
 
-int FindMessage(const CDataTable& history, std::string_view localId) {
-    const int column = history.FindColumn(kLocalId);
-    for (int row = 0; row < history.GetRowNumber(); ++row) {
-        if (history.GetItemText(row, column) == localId) return row;
+// For every column of the history, which gets those that it lacks, where its text is in a message.
+std::vector<int> MapColumns(CDataTable& history, const CDataTable& messages) {
+    for (int col = 0; col < messages.GetColumnNumber(); ++col) {
+        const TextView name = messages.GetColumnProperty(col, "name");
+        if (history.FindColumn(name) >= 0) continue;
+        if (history.GetColumnNumber() < CMessageCenterList::kMaxHistoryColumns) {
+            history.AddColumn(name);
+        } else {
+            CCounters::Add("message_column_dropped");
+        }
     }
-    return -1;
+    std::vector<int> sources;
+    sources.reserve(static_cast<size_t>(history.GetColumnNumber()));
+    for (int col = 0; col < history.GetColumnNumber(); ++col)
+        sources.push_back(messages.FindColumn(history.GetColumnProperty(col, "name")));
+    return sources;
 }
 
 }  // namespace
@@ -228,29 +238,28 @@ void CMessageCenterList::_publish(const CDataTable& messages, std::string_view u
 }
 
 void CMessageCenterList::_remember(const CDataTable& messages) {
-    CDataTable history;
-    GetData(kMessageCenter, history);
-    for (int col = 0; col < messages.GetColumnNumber(); ++col) {
-        const TextView name = messages.GetColumnProperty(col, "name");
-        if (history.FindColumn(name) >= 0) continue;
-        if (history.GetColumnNumber() < kMaxHistoryColumns) {
-            history.AddColumn(name);
-        } else {
-            CCounters::Add("message_column_dropped");
-        }
+    CDataTable history;  // in place: one that the record and we both held would be copied for each message
+    if (!GetDataShared(kMessageCenter, history)) {
+        SetData(kMessageCenter, history);
+        GetDataShared(kMessageCenter, history);
     }
-    std::vector<int> sources;  // for every column of the history, where its text is in a message
-    sources.reserve(static_cast<size_t>(history.GetColumnNumber()));
-    for (int col = 0; col < history.GetColumnNumber(); ++col)
-        sources.push_back(messages.FindColumn(history.GetColumnProperty(col, "name")));
-    for (int row = std::max(messages.GetRowNumber() - kMaxHistory, 0); row < messages.GetRowNumber(); ++row) {
-        const int earlier = FindMessage(history, messages.GetItemText(row, kLocalId));
-        const int target = earlier >= 0 ? earlier : history.AppendRow();
+    const std::vector<int> sources = MapColumns(history, messages);
+    const int ids = messages.FindColumn(kLocalId);
+    for (int row = 0; row < messages.GetRowNumber(); ++row) {
+        const TableRow cells = messages.GetRow(row);
+        const auto [place, isNew] =
+            m_places.emplace(std::string(cells[ids]), m_forgotten + history.GetRowNumber());
+        const int target = isNew ? history.AppendRow() : static_cast<int>(place->second - m_forgotten);
         for (size_t col = 0; col < sources.size(); ++col)
-            history.SetItemText(target, static_cast<int>(col), messages.GetItemText(row, sources[col]));
+            history.SetItemText(target, static_cast<int>(col), cells[sources[col]]);
+        if (history.GetRowNumber() > kMaxHistory) _forgetOldest(history);
     }
-    while (history.GetRowNumber() > kMaxHistory) history.DeleteRow(0);
-    SetData(kMessageCenter, history);
+}
+
+void CMessageCenterList::_forgetOldest(CDataTable& history) {
+    m_places.erase(std::string(history.GetItemText(0, kLocalId)));
+    history.DeleteRow(0);
+    ++m_forgotten;
 }
 
 }  // namespace luadui

@@ -8,6 +8,7 @@
 
 #include "base/base_object.h"
 #include "base/data_table.h"
+#include "base/text_map.h"
 #include "base/ui_data.h"
 #include "datalists/list_owner.h"
 
@@ -60,8 +61,13 @@ class CMessageCenterList : public CUIData, public CBaseObject {
     void _addRisk(const CDataTable& push);
     void _publish(const CDataTable& messages, std::string_view user, int handle);
     void _remember(const CDataTable& messages);
+    void _forgetOldest(CDataTable& history);
 
     ListOwner* const m_owner;  // not owned; null: messages are only kept
+
+    // Where in the history a LocalID is: the number of its row, counted from the first message that there ever was.
+    TextMap<int64_t> m_places;
+    int64_t m_forgotten = 0;  // rows before those of the history
 };
 
 }  // namespace luadui

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <vector>
 
+#include "base/counters.h"
 #include "base/json_object.h"
 #include "base/text.h"
 #include "codedata/data_manager.h"
@@ -173,6 +175,24 @@ class Writer {
     const std::string m_time = MessageTimeText();
 };
 
+struct MessageRow {
+    int row;
+    const StatusMessage* message;
+};
+
+std::vector<MessageRow> RowsWorthAMessage(const CDataTable& orders) {
+    const int statuses = orders.FindColumn("OrderStatus");
+    std::vector<MessageRow> rows;
+    for (int row = 0; row < orders.GetRowNumber(); ++row) {
+        if (const StatusMessage* message = MessageOf(orders.GetItemText(row, statuses)))
+            rows.push_back({row, message});
+    }
+    const size_t dropped = rows.size() - std::min(rows.size(), kMaxMessages);
+    if (dropped != 0) CCounters::Add("order_message_dropped", dropped);
+    rows.erase(rows.begin(), rows.begin() + static_cast<ptrdiff_t>(dropped));
+    return rows;
+}
+
 }  // namespace
 
 std::string MessageTimeText() {
@@ -200,17 +220,16 @@ std::string OrderText(const OrderWords& order) {
 }
 
 CDataTable OrderMessages(const CUIData& push) {
-    CDataTable table;
-    push.GetData("Table", table);
-    const int statuses = table.FindColumn("OrderStatus");
-    CDataTable messages = table;
-    for (int row = table.GetRowNumber() - 1; row >= 0; --row) {
-        if (!MessageOf(table.GetItemText(row, statuses))) messages.DeleteRow(row);
+    CDataTable orders, messages;
+    push.GetData("Table", orders);
+    const std::vector<MessageRow> rows = RowsWorthAMessage(orders);
+    if (rows.empty()) return messages;
+    messages.CopyHeader(orders);
+    Writer writer(push, orders.GetRowNumber() == 1, messages);
+    for (const auto& [row, message] : rows) {
+        messages.InsertRow(orders, row);
+        writer.Write(messages.GetRowNumber() - 1, *message);
     }
-    if (messages.GetRowNumber() == 0) return messages;
-    Writer writer(push, table.GetRowNumber() == 1, messages);
-    for (int row = 0; row < messages.GetRowNumber(); ++row)
-        writer.Write(row, *MessageOf(messages.GetItemText(row, statuses)));
     return messages;
 }
 

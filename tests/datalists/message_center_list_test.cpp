@@ -270,6 +270,16 @@ TEST_F(MessageCenterTest, HistoryIsBoundedAndReplacesRepeatedMessages) {
     EXPECT_EQ(history.GetRowNumber(), CMessageCenterList::kMaxHistory);
     EXPECT_EQ(history.GetItemText(0, "LocalID"), "5_risk");
     EXPECT_EQ(history.GetItemText(0, "OrderMessage"), Gbk("（），元，卖出股"));
+
+    // Of a push of very many orders the last ones count, and each replaces its own row.
+    owner.expectedHandle = list->GetHandle();
+    CDataTable orders = Order("未成交", "");
+    while (orders.GetRowNumber() < 8192) orders.InsertTable(CDataTable(orders));
+    for (int row = 0; row < 8192; ++row) orders.SetItemText(row, "OrderID", std::to_string(row));
+    for (int times = 0; times < 2; ++times) list->AddOrderMessages(OrderPush("{}", orders));
+    EXPECT_EQ(Last().GetRowNumber(), CMessageCenterList::kMaxHistory);
+    EXPECT_EQ(History().GetRowNumber(), CMessageCenterList::kMaxHistory);
+    EXPECT_EQ(History().GetItemText(0, "OrderID"), "7192");
 }
 
 TEST_F(MessageCenterTest, MayGoWhilePublishing) {
