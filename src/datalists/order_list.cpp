@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
+#include <numeric>
 #include <vector>
 
 #include "base/counters.h"
@@ -11,6 +11,7 @@
 #include "datalists/account_names.h"
 #include "datalists/basket_tables.h"
 #include "datalists/field_text.h"
+#include "datalists/table_columns.h"
 
 namespace luadui {
 namespace {
@@ -47,64 +48,58 @@ class RowIdentity {
     std::string m_text;
 };
 
-// For every row of `part` the row of `held` that it renews; -1 for new ones. Empty when all are new.
+// For every row of `part` the row that it renews, among those held or those that `part` adds to them; -1 for new ones.
+// Empty when all are new.
 std::vector<int> RowsToRenew(const CDataTable& held, const CDataTable& part) {
     RowIdentity heldIdentity(held), partIdentity(part);
-    if (!heldIdentity.HasIds() || !partIdentity.HasIds()) return {};
+    if (!partIdentity.HasIds()) return {};
     TextMap<int> places;
-    places.reserve(static_cast<size_t>(held.GetRowNumber()));
+    places.reserve(static_cast<size_t>(held.GetRowNumber() + part.GetRowNumber()));
     for (int row = 0; row < held.GetRowNumber(); ++row) {
         const std::string_view identity = heldIdentity.Of(held, row);
         if (!identity.empty()) places.emplace(identity, row);
     }
     std::vector<int> renewed(static_cast<size_t>(part.GetRowNumber()), -1);
-    bool any = false;
+    int end = held.GetRowNumber();
     for (int row = 0; row < part.GetRowNumber(); ++row) {
-        const auto place = places.find(partIdentity.Of(part, row));
-        if (place == places.end()) continue;
-        renewed[static_cast<size_t>(row)] = place->second;
-        any = true;
-    }
-    return any ? renewed : std::vector<int>();
-}
-
-// For every column of `part` the one of that name in `held`, which gets those that it lacks; -1 for those without
-// room, and for the second of two with one name.
-std::vector<int> MapColumns(CDataTable& held, const CDataTable& part) {
-    std::vector<int> columns;
-    for (int col = 0; col < part.GetColumnNumber(); ++col) {
-        const TextView name = part.GetColumnProperty(col, "name");
-        int target = part.FindColumn(name) == col ? held.FindColumn(name) : -1;
-        if (target < 0 && part.FindColumn(name) == col) {
-            if (held.GetColumnNumber() < COrderList::kMaxColumns)
-                target = held.AddColumn(name);
-            else
-                CCounters::Add("table_column_dropped");
+        const std::string_view identity = partIdentity.Of(part, row);
+        const auto [place, isNew] = places.emplace(identity, end);
+        if (identity.empty() || isNew) {
+            ++end;
+        } else {
+            renewed[static_cast<size_t>(row)] = place->second;
         }
-        columns.push_back(target);
     }
-    return columns;
+    return end == held.GetRowNumber() + part.GetRowNumber() ? std::vector<int>() : renewed;
 }
 
-void Merge(CDataTable& held, const CDataTable& part) {
-    if (held.GetColumnNumber() == 0) {
-        held = part;
-        return;
+void CopyRow(const CDataTable& from, int row, CDataTable& to, int target) {
+    for (int col = 0; col < from.GetColumnNumber(); ++col) {
+        const TextView name = from.GetColumnProperty(col, "name");
+        const int column = from.FindColumn(name) == col ? to.FindColumn(name) : -1;
+        if (column >= 0) to.SetItemText(target, column, from.GetItemText(row, col));
     }
-    const std::vector<int> columns = MapColumns(held, part);
+}
+
+// Rows that are known take the place of the earlier ones, the others are appended.
+void Merge(CDataTable& held, const CDataTable& part) {
     const std::vector<int> renewed = RowsToRenew(held, part);
-    if (renewed.empty()) {
+    AddColumnsOf(part, held, COrderList::kMaxColumns);
+    const int room = COrderList::kMaxRows - held.GetRowNumber();
+    if (renewed.empty() && part.GetRowNumber() <= room) {
         held.InsertTable(part);
         return;
     }
+    size_t dropped = 0;
     for (int row = 0; row < part.GetRowNumber(); ++row) {
-        const int known = renewed[static_cast<size_t>(row)];
-        const int target = known >= 0 ? known : held.AppendRow();
-        for (int col = 0; col < part.GetColumnNumber(); ++col) {
-            const int to = columns[static_cast<size_t>(col)];
-            if (to >= 0) held.SetItemText(target, to, part.GetItemText(row, col));
+        const int known = renewed.empty() ? -1 : renewed[static_cast<size_t>(row)];
+        if (known >= 0 && known < held.GetRowNumber()) {
+            CopyRow(part, row, held, known);
+        } else if (held.GetRowNumber() >= COrderList::kMaxRows || !held.InsertRow(part, row)) {
+            ++dropped;
         }
     }
+    if (dropped != 0) CCounters::Add("basket_row_dropped", dropped);
 }
 
 // Text, or what a host that took it apart already made of it.
@@ -133,13 +128,19 @@ bool COrderList::SetBasketDetail(CUIData& response, const CUIData* accounts, CUI
         return false;
     }
 
+    CDataTable table, part;
+    Held& held = _held(key);
+    const TextView query = response.GetDataText("UUID");
+    if (held.query == query) GetData(key, table);
+    held.query = query;
+    if (response.GetData("Table", part)) Merge(table, part);
+    held.rows = table.GetRowNumber();
+    SetData(key, table);
+    _makeRoom();
+
     BasketTables tables;
     const bool isWhole =
         tables.Read(RawData(response), accounts ? AccountNames(*accounts, "account") : AccountNames());
-    CDataTable table, part;
-    GetData(key, table);
-    if (response.GetData("Table", part)) Merge(table, part);
-    _store(key, table);
 
     out = CUIData();
     for (CUIData* record : {&response, &out}) {
@@ -153,14 +154,26 @@ bool COrderList::SetBasketDetail(CUIData& response, const CUIData* accounts, CUI
     return true;
 }
 
-void COrderList::_store(const std::string& key, const CDataTable& table) {
-    std::erase(m_keys, key);
-    m_keys.push_back(key);
-    SetData(key, table);
-    if (m_keys.size() <= kMaxTables) return;
-    Remove(m_keys.front());
-    m_keys.pop_front();
-    CCounters::Add("basket_table_dropped");
+COrderList::Held& COrderList::_held(const std::string& key) {
+    const auto found = std::ranges::find(m_held, key, &Held::key);
+    if (found == m_held.end()) {
+        m_held.push_back({.key = key, .query = {}});
+    } else {
+        m_held.splice(m_held.end(), m_held, found);
+    }
+    return m_held.back();
+}
+
+void COrderList::_makeRoom() {
+    const auto rows = [this] {
+        return std::accumulate(m_held.begin(), m_held.end(), int64_t{0},
+                               [](int64_t sum, const Held& held) { return sum + held.rows; });
+    };
+    while (m_held.size() > kMaxTables || (m_held.size() > 1 && rows() > kMaxRows)) {
+        Remove(m_held.front().key);
+        m_held.pop_front();
+        CCounters::Add("basket_table_dropped");
+    }
 }
 
 }  // namespace luadui

@@ -2,7 +2,8 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
+#include <cstdint>
+#include <list>
 #include <string>
 #include <string_view>
 
@@ -12,13 +13,14 @@
 namespace luadui {
 
 // A record with one table of orders for each key: instance, task and snapshot, one behind the other. Every snapshot
-// has its own, so only those of the last kMaxTables keys that were answered are kept; what goes is counted as
-// "basket_table_dropped".
+// has its own, so only those of the last kMaxTables keys that were answered are kept, with kMaxRows rows in all; what
+// goes is counted as "basket_table_dropped".
 //
 // Threads: the UI thread.
 class COrderList : public CUIData {
   public:
     static constexpr size_t kMaxTables = 200;
+    static constexpr int kMaxRows = 1'000'000;  // further ones of a key are counted as "basket_row_dropped"
     // Pushes and answers widen no table beyond that.
     static constexpr int kMaxColumns = 4096;
 
@@ -36,10 +38,13 @@ class COrderList : public CUIData {
     // Takes the answer to a query for the details of a basket. The key comes from "InstanceID", "TaskID" and
     // "SnapshotID" in the "Params" of the answer's "Request".
     //
-    // Rows of "Table" are appended to those held under the key, since an answer may come in parts. A row that
-    // is there already takes the place of the earlier one: who asks again wants to see how his orders stand
-    // now, not each order once more. A row is known by account ("fund_token"), "PendingOrderID", "OrderID" and
-    // "ExecID"; one without any of these three ids is always appended.
+    // Rows of "Table" are appended to those held under the key when these came with the same "UUID", since an
+    // answer may come in parts, which add up. The answer to another query takes the place of all that is held:
+    // who asks again wants to see how his orders stand now, not each order once more, nor orders that have
+    // gone. Answers without "UUID" cannot be told apart, and count as parts. A row that is there already, also
+    // one that the part itself has twice, takes the place of the earlier one. It is known by account
+    // ("fund_token"), "PendingOrderID", "OrderID" and "ExecID"; one without any of these three ids is always
+    // appended, as two orders may look the same.
     //
     // The JSON text "RawData" (or a JSON object there) has two arrays, which become tables of this answer
     // alone: "DealOrderArray" "basket_deal_table", "PendingOrderArray" "basket_pending_table". Both tables are
@@ -61,9 +66,16 @@ class COrderList : public CUIData {
     bool SetBasketDetail(CUIData& response, const CUIData* accounts, CUIData& out);
 
   private:
-    void _store(const std::string& key, const CDataTable& table);
+    struct Held {
+        std::string key;
+        std::string query;  // the UUID of the request
+        int rows = 0;
+    };
+    // What is known of the key, now the newest one.
+    Held& _held(const std::string& key);
+    void _makeRoom();
 
-    std::deque<std::string> m_keys;  // by the time of their last answer
+    std::list<Held> m_held;  // by the time of their last answer
 };
 
 }  // namespace luadui

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "base/counters.h"
@@ -52,6 +53,7 @@ class OrderListTest : public testing::Test {
     }
     CUIData Answer(const std::string& rawData, const CDataTable& table = CDataTable()) const {
         CUIData params, request, answer("answer");
+        answer.SetData("UUID", query);
         params.SetData("InstanceID", instance);
         params.SetData("TaskID", 23);
         request.SetData("Params", params);
@@ -70,7 +72,7 @@ class OrderListTest : public testing::Test {
 
     COrderList list;
     CUIData accounts{"account"};
-    std::string instance = "1";
+    std::string instance = "1", query;
 };
 
 TEST_F(OrderListTest, PendingOrdersGetProgressColourAndAccount) {
@@ -154,6 +156,16 @@ TEST_F(OrderListTest, PartsAreAppendedAndRowsThatComeAgainRenewed) {
     EXPECT_EQ(held(Table({"OrderStatus"}, {{"z"}})).size(), 5u);  // nothing to know it by
     EXPECT_EQ(held(Table({"PendingOrderID", "OrderID"}, {{"1", ""}, {"", "1"}})).size(), 7u);
     EXPECT_EQ(TableIn(Take(Answer("no JSON")), "123").GetRowNumber(), 7);
+
+    // Parts of one query add up, another query starts anew; rows that are doubled within an answer are one.
+    const CDataTable noIds = Table({"Qty"}, {{"1"}, {"1"}});
+    const CDataTable doubled = Table(columns, {{"1", "t1", "a"}, {"2", "t1", "b"}, {"1", "t1", "c"}});
+    for (const auto& [uuid, table, rows] : std::initializer_list<std::tuple<const char*, CDataTable, int>>{
+             {"a", noIds, 2}, {"a", noIds, 4}, {"b", noIds, 2}, {"b", doubled, 4}, {"c", doubled, 2}}) {
+        query = uuid;
+        EXPECT_EQ(held(table).size(), static_cast<size_t>(rows)) << uuid;
+    }
+    EXPECT_EQ(held(doubled), (std::vector<std::string>{"1|t1|c|", "2|t1|b|"}));
 
     instance = "";
     CUIData answer("answer"), request, out;
