@@ -153,11 +153,14 @@ class RowWriter {
 
 }  // namespace
 
-bool BasketTables::Read(std::string_view json, const AccountNames& accounts) {
+BasketTables::BasketTables() {
     static const auto* const emptyDeals = new CDataTable(WithColumns(kDealColumns));
     static const auto* const emptyPending = new CDataTable(WithColumns(kColumns));
     deals = *emptyDeals;
     pending = *emptyPending;
+}
+
+bool BasketTables::Read(std::string_view json, const AccountNames& accounts) {
     if (TrimText(json).empty()) return true;
     RowWriter writer(*this, accounts);
     return ReadJsonRows(json, kArrays,

@@ -10,7 +10,11 @@ namespace luadui {
 
 // What the tables are is told in datalists/order_list.h.
 struct BasketTables {
-    // False when the text was broken: the tables have the rows that could be read. No text at all is whole.
+    // Both have their columns and no rows.
+    BasketTables();
+
+    // Appends the rows that the text has. False when it was broken: those that could be read are there. No text at
+    // all is whole.
     bool Read(std::string_view json, const AccountNames& accounts);
 
     CDataTable deals, pending;

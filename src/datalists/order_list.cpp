@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "base/counters.h"
+#include "base/data_list.h"
 #include "base/json_object.h"
 #include "base/text_map.h"
 #include "datalists/account_names.h"
-#include "datalists/basket_tables.h"
 #include "datalists/field_text.h"
 #include "datalists/table_columns.h"
 
@@ -103,9 +103,31 @@ void Merge(CDataTable& held, const CDataTable& part) {
 }
 
 // Text, or what a host that took it apart already made of it.
-std::string RawData(const CUIData& response) {
+template <class Value>
+std::string JsonText(const Value& value) {
     CJsonObject json;
-    return response.GetData("RawData", json) ? json.ToText() : response.GetDataString("RawData");
+    return value.Get(json) ? json.ToText() : std::string(value.AsText());
+}
+
+std::vector<std::string> RawData(const CUIData& response) {
+    const ValueView value = response.GetDataView("RawData");
+    CDataList parts;
+    std::vector<std::string> texts;
+    if (!value.Get(parts)) {
+        texts.push_back(JsonText(value));
+        return texts;
+    }
+    for (const auto [key, part] : parts) texts.push_back(JsonText(part));
+    return texts;
+}
+
+std::array<std::string, kKeyNames.size()> IdsOf(const CUIData& response) {
+    CUIData request, params;
+    response.GetData("Request", request);
+    request.GetData("Params", params);
+    std::array<std::string, kKeyNames.size()> ids;
+    for (size_t i = 0; i < ids.size(); ++i) ids[i] = FirstText(params, {kKeyNames[i]});
+    return ids;
 }
 
 }  // namespace
@@ -116,48 +138,64 @@ COrderList::~COrderList() = default;
 
 const char* COrderList::ClassName() const { return "COrderList"; }
 
-bool COrderList::SetBasketDetail(CUIData& response, const CUIData* accounts, CUIData& out) {
-    CUIData request, params;
-    response.GetData("Request", request);
-    request.GetData("Params", params);
-    std::array<std::string, kKeyNames.size()> ids;
+std::string COrderList::KeyOf(const CUIData& response) {
     std::string key;
-    for (size_t i = 0; i < ids.size(); ++i) key += ids[i] = FirstText(params, {kKeyNames[i]});
+    for (const std::string& id : IdsOf(response)) key += id;
+    return key;
+}
+
+bool COrderList::SetBasketDetail(CUIData& response, const CUIData* accounts, CUIData& out, uint64_t age) {
+    const std::string key = KeyOf(response);
     if (key.empty()) {
         CCounters::Add("basket_answer_without_key");
         return false;
     }
-
-    CDataTable table, part;
-    Held& held = _held(key);
-    const TextView query = response.GetDataText("UUID");
-    if (held.query == query) GetData(key, table);
-    held.query = query;
-    if (response.GetData("Table", part)) Merge(table, part);
-    held.rows = table.GetRowNumber();
-    SetData(key, table);
-    _makeRoom();
-
-    BasketTables tables;
-    const bool isWhole =
-        tables.Read(RawData(response), accounts ? AccountNames(*accounts, "account") : AccountNames());
+    const Held& held = _take(key, response, accounts, age);
 
     out = CUIData();
+    const ValueView table = GetDataView(key);
     for (CUIData* record : {&response, &out}) {
         record->SetType("order");
         record->SetData(key, table);
-        record->SetData("basket_deal_table", tables.deals);
-        record->SetData("basket_pending_table", tables.pending);
-        if (!isWhole) record->SetData("incomplete", true);
+        record->SetData("basket_deal_table", held.tables.deals);
+        record->SetData("basket_pending_table", held.tables.pending);
+        if (!held.isWhole) record->SetData("incomplete", true);
     }
+    const auto ids = IdsOf(response);
     for (size_t i = 0; i < ids.size(); ++i) out.SetData(kKeyNames[i], ids[i]);
     return true;
+}
+
+const COrderList::Held& COrderList::_take(const std::string& key, const CUIData& response,
+                                          const CUIData* accounts, uint64_t age) {
+    Held& held = _held(key);
+    const std::string query = response.GetDataString("UUID");
+    if (age != 0 && age < held.age && query != held.query) {
+        CCounters::Add("older_answer_ignored");
+        return held;
+    }
+    CDataTable table, part;
+    if (held.query == query) GetData(key, table);
+    if (response.GetData("Table", part)) Merge(table, part);
+    SetData(key, table);
+    held.query = query;
+    held.age = std::max(held.age, age);
+
+    const AccountNames names = accounts ? AccountNames(*accounts, "account") : AccountNames();
+    held.tables = BasketTables();
+    held.isWhole = true;
+    for (const std::string& json : RawData(response)) {
+        if (!held.tables.Read(json, names)) held.isWhole = false;
+    }
+    held.rows = table.GetRowNumber() + held.tables.deals.GetRowNumber() + held.tables.pending.GetRowNumber();
+    _makeRoom();
+    return held;
 }
 
 COrderList::Held& COrderList::_held(const std::string& key) {
     const auto found = std::ranges::find(m_held, key, &Held::key);
     if (found == m_held.end()) {
-        m_held.push_back({.key = key, .query = {}});
+        m_held.emplace_back().key = key;
     } else {
         m_held.splice(m_held.end(), m_held, found);
     }

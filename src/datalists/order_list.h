@@ -9,6 +9,7 @@
 
 #include "base/data_table.h"
 #include "base/ui_data.h"
+#include "datalists/basket_tables.h"
 
 namespace luadui {
 
@@ -46,8 +47,8 @@ class COrderList : public CUIData {
     // ("fund_token"), "PendingOrderID", "OrderID" and "ExecID"; one without any of these three ids is always
     // appended, as two orders may look the same.
     //
-    // The JSON text "RawData" (or a JSON object there) has two arrays, which become tables of this answer
-    // alone: "DealOrderArray" "basket_deal_table", "PendingOrderArray" "basket_pending_table". Both tables are
+    // The JSON text "RawData" (or a JSON object there, or a list of these, of several parts) has two arrays, which
+    // become tables of this answer alone: "DealOrderArray" "basket_deal_table", "PendingOrderArray" "basket_pending_table". Both tables are
     // always made. Their columns are those of the account, of the order, and, of pending orders, "TradeProgress",
     // "SecurityMarket", "ChangeRate" and "LastPrice"; other members are passed over.
     //   Accounts  are named as `accounts` knows them (the shared "account" record; may be null): "accountname",
@@ -63,16 +64,25 @@ class COrderList : public CUIData {
     // Afterwards `response` has type "order", under the key all rows that are held now, and both basket tables;
     // `out` is the record to publish: the same, and the three ids. False, and nothing changed, when there is
     // no request or all three ids are empty, counted as "basket_answer_without_key".
-    bool SetBasketDetail(CUIData& response, const CUIData* accounts, CUIData& out);
+    //
+    // `age` orders answers (see CTokenTableList); 0: the newest. An answer that is older than what is held changes
+    // nothing, its records then have what is held: counted as "older_answer_ignored".
+    bool SetBasketDetail(CUIData& response, const CUIData* accounts, CUIData& out, uint64_t age = 0);
+    // The key of an answer; empty when it has none.
+    static std::string KeyOf(const CUIData& response);
 
   private:
     struct Held {
         std::string key;
         std::string query;  // the UUID of the request
-        int rows = 0;
+        uint64_t age = 0;
+        BasketTables tables = {};
+        bool isWhole = true;  // the text of `tables`
+        int rows = 0;         // of all three tables
     };
     // What is known of the key, now the newest one.
     Held& _held(const std::string& key);
+    const Held& _take(const std::string& key, const CUIData& response, const CUIData* accounts, uint64_t age);
     void _makeRoom();
 
     std::list<Held> m_held;  // by the time of their last answer

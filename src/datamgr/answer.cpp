@@ -8,6 +8,7 @@
 #include "base/data_list.h"
 #include "base/json_object.h"
 #include "base/text.h"
+#include "datamgr/answer_parts.h"
 #include "datamgr/json_table.h"
 #include "trade/server_result.h"
 
@@ -23,32 +24,31 @@ bool IsControlEntry(std::string_view name) {
     return std::ranges::find(kControlEntries, name) != std::end(kControlEntries);
 }
 
-void AddField(std::string_view name, const ValueView& value, CUIData& record) {
+enum class Rows { kReplace, kAppend };  // what becomes of those that the record has already
+
+void AddField(std::string_view name, const ValueView& value, CUIData& record, Rows earlier) {
     CDataList array;
-    CDataTable table;
+    CDataTable table, held;
     if (IsControlEntry(name) || (name == kFundToken && value.Kind() != kDataString)) {
         CCounters::Add("control_member_ignored");
     } else if (value.Kind() == kDataList && value.Get(array) && TableFromArray(array, table)) {
-        record.SetData(name, table);
+        if (earlier == Rows::kReplace || !record.GetData(name, held)) return record.SetData(name, table);
+        if (!AppendRows(table, held)) CCounters::Add("answer_part_refused");
+        record.SetData(name, held);
     } else {
         record.SetData(name, value);
     }
 }
 
 template <class Fields>
-void AddFields(const Fields& fields, CUIData& record) {
-    for (const auto [name, value] : fields) AddField(name, value, record);
+void AddFields(const Fields& fields, CUIData& record, Rows earlier = Rows::kReplace) {
+    for (const auto [name, value] : fields) AddField(name, value, record, earlier);
 }
 
 // A push has failed where any of its parts says so.
 void Take(Push& push, ServerResult result) {
     if (push.code == 0) push.code = result.code;
     if (push.message.empty()) push.message = std::move(result.message);
-}
-
-void AddJsonData(const CUIData& response, CUIData& record) {
-    CJsonObject fields;
-    if (ReadJsonData(response, fields)) AddFields(fields, record);
 }
 
 // Only objects can be parsed: an array is read as the member of one.
@@ -76,7 +76,7 @@ void ReadRawData(Push& push) {
 void ReadFields(Push& push) {
     CUIData mapData;
     if (push.response.GetData("MapData", mapData)) AddFields(mapData, push.fields);
-    AddJsonData(push.response, push.fields);
+    if (CJsonObject json; ReadJsonData(push.response, json)) AddFields(json, push.fields);
     Take(push, ReadServerResult(push.response));
     push.hasTable = push.response.GetData("Table", push.table);
     ReadRawData(push);
@@ -101,9 +101,15 @@ void ReadResult(const CUIData& response, int& code, std::string& message) {
     message = std::move(result.message);
 }
 
+void AddJsonFields(const CUIData& response, CUIData& record) {
+    CJsonObject fields;
+    if (ReadJsonData(response, fields)) AddFields(fields, record, Rows::kAppend);
+}
+
 CUIData MakeAnswerRecord(const Answer& answer, std::string_view kind) {
-    CUIData record(kind);
-    AddJsonData(answer.response, record);
+    CUIData record = answer.fields;
+    record.SetType(kind);
+    AddJsonFields(answer.response, record);
     if (answer.hasTable) record.SetData(kind, answer.table);
     if (!answer.fundToken.empty()) record.SetData(kFundToken, answer.fundToken);
     Finish(record, answer.handle, answer.code, answer.message);

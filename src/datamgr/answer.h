@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/data_list.h"
 #include "base/data_set.h"
 #include "base/data_table.h"
 #include "base/ui_data.h"
@@ -28,8 +29,10 @@ struct Answer {
     bool isSub = false;       // one of several answers
     Age age = 0;
     bool hasTable = false;
-    CDataTable table;  // the rows of all parts
-    int code = 0;      // "retcode" of the answer, "ret_code" for the page; 0 is success
+    CDataTable table;   // the rows of all parts
+    CUIData fields;     // of an answer in parts: what all but the last one said in JSON
+    CDataList rawData;  // of an answer in parts: the texts "RawData" of all that have one
+    int code = 0;       // "retcode" of the answer, "ret_code" for the page; 0 is success
     std::string message;
 };
 
@@ -51,8 +54,12 @@ struct Push {
 // What the server says became of the request (see trade/server_result.h): 0 is success.
 void ReadResult(const CUIData& response, int& code, std::string& message);
 
-// The record that a page receives for an answer: its type is `kind`; the members of "JsonData" under their
-// own names, those that are arrays of objects as tables; then the table under the name of the kind,
+// Adds the members of "JsonData" to the record under their own names, those that are arrays of objects as tables,
+// whose rows are put behind those that the record has under that name. Others take the place of earlier ones.
+void AddJsonFields(const CUIData& response, CUIData& record);
+
+// The record that a page receives for an answer: its type is `kind`; the members of "JsonData", see
+// AddJsonFields, of all parts; then the table under the name of the kind,
 // "fund_token", "handle", "ret_code", "ret_message" and, for one who asked on waking,
 // "sleep_refresh_request". Members with one of these names are left out.
 CUIData MakeAnswerRecord(const Answer& answer, std::string_view kind);

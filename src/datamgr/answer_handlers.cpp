@@ -108,10 +108,12 @@ void HandleReference(CUIDataManager& manager, Answer& answer) {
 void HandleBasketDetail(CUIDataManager& manager, Answer& answer) {
     CUIData response = answer.response;
     if (answer.hasTable) response.SetData("Table", answer.table);  // the rows of all parts
+    if (!answer.rawData.IsEmpty()) response.SetData("RawData", answer.rawData);
     CUIData accounts, detail;
     CUIStockDataManager::get_mutable_instance().GetUIData("account", accounts, "CommonData", false);
     auto* const list = manager.Lists().FindOrMake<COrderList>(answer.kind);
-    const bool isRead = answer.code == 0 && list->SetBasketDetail(response, &accounts, detail);
+    const bool isRead = answer.code == 0 && list->SetBasketDetail(response, &accounts, detail, answer.age);
+    if (isRead && answer.hasTable) list->GetData(COrderList::KeyOf(response), answer.table);
     CUIData record = MakeAnswerRecord(answer, answer.kind);
     for (const auto [key, value] : detail) {
         if (isRead) record.SetData(key, value);

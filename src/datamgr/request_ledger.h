@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "base/data_set.h"
-#include "base/data_table.h"
 #include "base/text_map.h"
+#include "datamgr/answer_parts.h"
 #include "messaging/queue_data.h"
 
 namespace luadui {
@@ -40,7 +40,7 @@ class RequestLedger {
         bool isCounted = false;               // as under way
         bool isDropped = false;               // not found any more
         uint32_t sentAt = 0;                  // GetTickCount()
-        CDataTable parts;                     // rows of the parts of an answer that came so far
+        AnswerParts parts;                    // of its answer
         std::list<Entry*>::iterator waiting;  // its place among those, while it is counted
     };
 

@@ -45,25 +45,6 @@ bool IsAnswer(const CQueueRespData& response) {
             !FindPushRoute(response.GetDataText("Topic")));
 }
 
-// An answer that never ends must not fill the memory.
-constexpr int kMostRowsOfParts = 4'000'000;
-
-// Adds this part of an answer to those that came before. False while further parts are to come.
-bool JoinParts(RequestLedger::Entry& entry, Answer& answer) {
-    const bool isLast = !answer.response.IsPart();
-    if (isLast && entry.parts.GetColumnNumber() == 0) return true;
-    if (answer.hasTable) {
-        if (entry.parts.GetColumnNumber() == 0) entry.parts.CopyHeader(answer.table);
-        const bool fits =
-            entry.parts.GetRowNumber() < kMostRowsOfParts && entry.parts.InsertTable(answer.table);
-        if (!fits) CCounters::Add("answer_part_refused");
-    }
-    if (!isLast) return false;
-    answer.hasTable = true;
-    answer.table = std::exchange(entry.parts, CDataTable());
-    return true;
-}
-
 // The last request that lets go of the ask ends it. Subscriptions never do.
 void TakeAsk(RequestLedger::Entry& entry, Answer& answer) {
     const auto ask = entry.isSub ? entry.ask : std::exchange(entry.ask, nullptr);
@@ -89,7 +70,7 @@ bool OpenAnswer(Answer& answer) {
     answer.handle = entry->handle;
     if (!entry->fundToken.empty()) answer.fundToken = entry->fundToken;
     if (RequestTypeOfKind(entry->kind) == answer.type) answer.kind = entry->kind;
-    if (!JoinParts(*entry, answer)) {
+    if (!entry->parts.Join(answer)) {
         CCounters::Add("answer_part_kept");
         return false;
     }

@@ -62,9 +62,9 @@ class OrderListTest : public testing::Test {
         if (table.GetColumnNumber() > 0) answer.SetData("Table", table);
         return answer;
     }
-    CUIData Take(CUIData answer) {
+    CUIData Take(CUIData answer, uint64_t age = 0) {
         CUIData out;
-        EXPECT_TRUE(list.SetBasketDetail(answer, &accounts, out));
+        EXPECT_TRUE(list.SetBasketDetail(answer, &accounts, out, age));
         EXPECT_EQ(answer.GetType(), "order");
         EXPECT_TRUE(TableIn(answer, "basket_pending_table").SharesWith(TableIn(out, "basket_pending_table")));
         return out;
@@ -173,6 +173,19 @@ TEST_F(OrderListTest, PartsAreAppendedAndRowsThatComeAgainRenewed) {
     answer.SetData("Request", request);
     EXPECT_FALSE(list.SetBasketDetail(answer, nullptr, out));
     EXPECT_EQ(answer.GetType() + out.GetType(), "answer");
+}
+
+TEST_F(OrderListTest, OlderAnswersChangeNothing) {
+    const auto taken = [this](const char* uuid, uint64_t age) {
+        query = uuid;
+        const std::string id = std::string(R"([{"OrderID":")") + uuid + R"("}]})";
+        const CUIData out = Take(Answer(R"({"DealOrderArray":)" + id, Table({"OrderID"}, {{uuid}})), age);
+        return Cells(TableIn(out, "123"), {"OrderID"})[0] +
+               Cells(TableIn(out, "basket_deal_table"), {"OrderID"})[0];
+    };
+    EXPECT_EQ(taken("new", 5), "newnew");
+    EXPECT_EQ(taken("old", 4), "newnew");
+    EXPECT_EQ(taken("newer", 6), "newernewer");
 }
 
 TEST_F(OrderListTest, KeepsTheTablesOfTheLastKeys) {

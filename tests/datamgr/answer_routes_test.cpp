@@ -127,6 +127,37 @@ TEST_F(AnswerRoutesTest, AnOlderAnswerBringsWhatIsNewer) {
     EXPECT_EQ(m_asker.Take(), "");
 }
 
+// Answers in parts: rows under one name are joined, with all columns; an older one never replaces a newer one.
+TEST_F(AnswerRoutesTest, NoPartOfABasketIsLost) {
+    CUIData params;
+    params.SetData("InstanceID", "B");
+    const TestManager::Ask ask{
+        .type = 1228, .kind = "order", .handle = m_asker.GetHandle(), .params = params};
+    const CQueueReqItem older = m_manager.Send(ask), newer = m_manager.Send(ask);
+    std::string records;
+    for (const CQueueReqItem* request : {&newer, &older}) {
+        for (const char* part : {"1", "2", "3"}) {
+            const bool isTable = *part != '2';
+            CQueueRespData response =
+                ResponseOf(std::string(R"({"more":[{"m)") + part + R"(":1}]})" +
+                           (isTable ? std::string("OrderID,C") + part + ";" + part + ",x" : ""));
+            if (request == &newer)
+                response.SetData("RawData",
+                                 std::string(R"({"DealOrderArray":[{"ExecID":"E)") + part + R"("}]})");
+            response.SetData("IsLast", *part == '3');
+            CQueueRespData arrived;
+            arrived.CopyFrom(response);
+            m_manager.Answer(*request, arrived);
+        }
+        const std::string got = m_asker.Take();
+        for (const char* rows : {"order=[OrderID,C1,C3|1,x,|3,,x]", " B=[OrderID,C1,C3|1,x,|3,,x]",
+                                 "more=[m1,m2,m3|1,,|,1,|,,1]"})
+            EXPECT_NE(got.find(rows), got.npos) << rows << got;
+        const size_t deals = got.find("basket_deal_table=["), end = got.find(']', deals);
+        for (const char* id : {",E1,", ",E2,", ",E3,"}) EXPECT_LT(got.find(id, deals), end) << id << got;
+    }
+}
+
 // A question that the manager asked by itself, after a notice of change: all hear of it, under each kind they
 // know.
 TEST_F(AnswerRoutesTest, TheAnswerToNobodyGoesToAll) {

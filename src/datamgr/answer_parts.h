@@ -1,0 +1,41 @@
+// What came so far of an answer in parts.
+#pragma once
+
+#include <cstddef>
+
+#include "base/data_list.h"
+#include "base/data_table.h"
+#include "base/ui_data.h"
+
+namespace luadui {
+
+struct Answer;
+
+// An answer that never ends does not fill the memory: rows and texts beyond the bounds are left out, each part that
+// suffers is counted as "answer_part_refused".
+//
+// Threads: the UI thread.
+class AnswerParts {
+  public:
+    static constexpr int kMaxRows = 4'000'000;            // of each table
+    static constexpr size_t kMaxText = 64 * 1024 * 1024;  // bytes of raw data
+
+    // Takes this part. False while further ones are to come. With the last one `answer` gets the content of all: the
+    // rows of "Table", the raw data, and in `fields` what earlier parts said in JSON.
+    bool Join(Answer& answer);
+
+  private:
+    void _add(const Answer& answer);
+    void _addRawData(const CUIData& response);
+
+    bool m_isOpen = false;  // a part came
+    CDataTable m_rows;
+    CUIData m_fields;
+    CDataList m_rawData;
+    size_t m_textSize = 0;
+};
+
+// Appends the rows, with their columns. False, and nothing appended, when there is no room.
+bool AppendRows(const CDataTable& rows, CDataTable& table);
+
+}  // namespace luadui
