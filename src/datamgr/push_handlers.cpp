@@ -32,6 +32,12 @@ void FindRows(Push& push) {
     }
 }
 
+// What a failed push carries is no content.
+bool HasFailed(const Push& push) {
+    if (push.code != 0) CCounters::Add("push_failed_not_merged");
+    return push.code != 0;
+}
+
 std::string AccountOf(const Push& push) { return MakePushRecord(push, {}).GetDataString("fund_token"); }
 
 // The list that knows the account; failing all of them the first.
@@ -113,6 +119,7 @@ void PublishPush(CUIDataManager& manager, Push& push, std::span<const std::strin
 }
 
 void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds) {
+    if (HasFailed(push)) return PublishPush(manager, push, kinds);
     const PushedList& row = *PushedListIndex::Find(push.key);
     const Merged merged = MergeAccount(manager, push, row);
     if (!merged.isUseful) return;
@@ -129,7 +136,7 @@ void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_
 void MergePageList(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds) {
     const PushedList& row = *PushedListIndex::Find(push.key);
     const std::string token = AccountOf(push);
-    if (!token.empty() && manager.Lists().Find(row.list)) {
+    if (!token.empty() && manager.Lists().Find(row.list) && !HasFailed(push)) {
         FindRows(push);
         if (push.hasTable && !Merge(manager, push, row, token, push.table).isUseful) return;
     }

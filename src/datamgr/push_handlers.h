@@ -54,9 +54,11 @@ void PublishPush(CUIDataManager& manager, Push& push, std::span<const std::strin
 //
 // Of one account: what is published under the kind of the list is the account's whole table; under the other kinds
 // it is the rows that were pushed, as the list holds them then, or, where a push stands for the whole table, that.
-// What the list has no use for (it is of an account that was never queried) is not published.
+// What the list has no use for (it is of an account that was never queried) is not published. A push that says that
+// something failed is published as it is and changes nothing, counted as "push_failed_not_merged".
 void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
-// For a list that only some pages have; nobody misses it elsewhere, and the push is published as it is.
+// For a list that only some pages have; nobody misses it elsewhere, and the push is published as it is. A failed
+// one changes nothing, counted in the same way.
 void MergePageList(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
 // Messages, whose rows may be of several accounts (column "fund_token"): published as they are, whether a list has use
 // for them or not, and then each table that changed under the kind of its list.

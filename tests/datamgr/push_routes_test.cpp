@@ -134,6 +134,17 @@ TEST_F(PushRoutesTest, PushesOutrunTheAnswerForAllAccounts) {
     EXPECT_EQ(CCounters::Get("push_for_unqueried_account"), unknown + 3);  // the answers lack them
 }
 
+TEST_F(PushRoutesTest, FailedPushesChangeNothing) {
+    const uint64_t before = CCounters::Get("push_failed_not_merged");
+    m_manager.Answer({1201, "fund"}, "Currency,TotalAssets;CNY,6");
+    m_window.Take();
+    EXPECT_EQ(Pushed("Fund|F1", PushOf(R"({"retcode":3,"msg":"m"}Currency,TotalAssets;CNY,0)")),
+              "fund retcode=3 msg=m SrcServer=s fund=[Currency,TotalAssets|CNY,0] fund_token=F1 handle=-1 "
+              "ret_code=3 ret_message=m");
+    EXPECT_EQ(Describe(m_manager.GetData("fund").GetDataView("F1")), "[Currency,TotalAssets|CNY,6]");
+    EXPECT_EQ(CCounters::Get("push_failed_not_merged"), before + 1);
+}
+
 // The rows may be the "Table", an array among the fields of "RawData", or "RawData" itself; fields may come
 // in three places.
 TEST_F(PushRoutesTest, WhatAPushIsMadeOf) {
