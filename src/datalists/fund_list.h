@@ -29,7 +29,8 @@ class CFundList : public CTokenTableList {
 
     // How much may be bought for the money of several accounts. Reads from `request`:
     //   "fund_token"       the set of accounts; without it there are none
-    //   "stock_code", "stock_marketid", "stock_price" (number or text), "stock_unit" (below 1 counts as 1)
+    //   "stock_code", "stock_marketid", "stock_price" (number or text), "stock_unit" (below 1 counts
+    //                      as 1, for Stock Connect as the board lot)
     //   "entrust_type"     "sell", else a buy
     //   "client_type"      "PB_MODE": the money of products, "Inst_AvailableValue" instead of "AvailableValue"
     //   "currency"         the row to take: the first one of that, or of no, currency; without it the first row

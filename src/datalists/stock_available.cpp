@@ -1,5 +1,7 @@
 #include "datalists/stock_available.h"
 
+#include <algorithm>
+
 #include "base/counters.h"
 #include "datalists/number_cell.h"
 
@@ -34,13 +36,20 @@ bool FindAccount(const CTokenTableList& list, std::string_view token, CDataTable
     return false;
 }
 
+int64_t ReadUnit(const CUIData& request, std::string_view code, std::string_view market) {
+    int64_t unit = request.GetDataLong("stock_unit");
+    if (unit < 1 && CTrade::GetStockType(code, market) == StockType::kStockConnect)
+        unit = CTrade::GetBoardLot(code, market);
+    return std::max<int64_t>(1, unit);
+}
+
 TRADE_INFO ReadTradeInfo(const CUIData& request) {
+    const TextView code = request.GetDataText("stock_code"), market = request.GetDataText("stock_marketid");
     TRADE_INFO info;
-    info.stockType =
-        CTrade::GetStockType(request.GetDataText("stock_code"), request.GetDataText("stock_marketid"));
+    info.stockType = CTrade::GetStockType(code, market);
     info.price = ReadNumber(request, "stock_price", "request_stock_price_unreadable");
     info.direction = request.GetDataText("entrust_type") == "sell" ? kTradeSell : kTradeBuy;
-    info.unit = request.GetDataLong("stock_unit");
+    info.unit = ReadUnit(request, code, market);
     if (request.Has("commission_rate"))
         info.commissionRate = ReadNumber(request, "commission_rate", "request_commission_rate_unreadable");
     return info;

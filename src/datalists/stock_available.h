@@ -31,6 +31,8 @@ inline bool IsProductClient(const CUIData& request) {
     return request.GetDataText("client_type") == "PB_MODE";
 }
 
+// "stock_unit" of a request, at least 1; without it Stock Connect's board lot of the security.
+int64_t ReadUnit(const CUIData& request, std::string_view code, std::string_view market);
 // What is asked for, but for the money.
 TRADE_INFO ReadTradeInfo(const CUIData& request);
 

@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "datalists/fund_list.h"
 #include "datalists/number_cell.h"
+#include "datalists/stock_available.h"
 #include "datamgr/kind_table.h"
 #include "datamgr/local_sources.h"
 #include "datamgr/stock_source.h"
@@ -95,10 +96,7 @@ class Order {
         const std::string code = NameOf(request, "stock_code"), market = NameOf(request, "stock_marketid");
         m_info.stockType = CTrade::GetStockType(code, market);
         m_info.direction = DirectionOf(request);
-        m_info.unit = request.GetDataLong("stock_unit");
-        if (m_info.unit < 1 && m_info.stockType == StockType::kStockConnect)
-            m_info.unit = CTrade::GetBoardLot(code, market);
-        m_info.unit = std::max<int64_t>(1, m_info.unit);
+        m_info.unit = ReadUnit(request, code, market);
         const auto price = PriceOf(request.GetDataView("stock_price"));
         if (!price) return "价格无效";
         m_info.price = *price;

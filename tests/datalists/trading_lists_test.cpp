@@ -10,6 +10,7 @@
 #include "datalists/fund_list.h"
 #include "datalists/position_list.h"
 #include "tests/datalists/list_probe.h"
+#include "trade/trade.h"
 
 namespace luadui {
 namespace {
@@ -300,6 +301,10 @@ TEST(StockAvailableTest, MoneyOfOrdinaryAccounts) {
            "a=900 b=100 d|=0 "},
           {{{"stock_price", "1,0"}, {"currency", "CNY"}}, "0", "a=0 b=0 d|=0 "}})
         ExpectAvailable(list, c);
+    CTrade::AddCodeData("00700", "76", "", 500);
+    ExpectAvailable(list, {{{"stock_code", "00700"}, {"stock_marketid", "76"}, {"stock_price", "10"}},
+                           "500",
+                           "a=500 b=0 d|=0 "});
     CUIData bare;
     bare.SetData("stock_price", 0.1);
     EXPECT_TRUE(list.CalcStockAvailable(bare));
