@@ -137,16 +137,17 @@ bool AccountMoney::_isIn(const Sum& sum, const MoneyCells& line, bool isFirst) c
 
 const AccountMoney* AccountMoneyBook::Find(std::string_view token) const {
     const auto found = m_money.find(token);
-    return found == m_money.end() ? nullptr : &found->second;
+    return found == m_money.end() ? nullptr : &found->second.money;
 }
 
 AccountMoney& AccountMoneyBook::Of(std::string_view token, bool isKnown) {
     const auto found = m_money.find(token);
-    if (found != m_money.end()) return found->second;
+    if (found != m_money.end()) return found->second.money;
     if (!isKnown) m_strangers.emplace_back(token);
-    AccountMoney& money = m_money[std::string(token)];
+    Entry& entry = m_money[std::string(token)];
+    entry.isStranger = !isKnown;
     _dropStrangers();
-    return money;
+    return entry.money;
 }
 
 void AccountMoneyBook::_dropStrangers() {

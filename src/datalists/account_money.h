@@ -1,6 +1,7 @@
 // What accounts are worth: their funds by currency, joined with the values of their positions.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <deque>
 #include <optional>
@@ -70,21 +71,32 @@ class AccountMoneyBook {
     const AccountMoney* Find(std::string_view token) const;
     // For one who changes it; made when absent. `isKnown`: an account has the token.
     AccountMoney& Of(std::string_view token, bool isKnown);
-    // The accounts changed: sorts out anew whose money is that of no account.
+    // The accounts changed: sorts out anew whose money is that of no account. Those that were unknown before stay older
+    // than those that become it now.
     template <class IsKnown>
     void Sort(const IsKnown& isKnown) {
-        m_strangers.clear();
-        for (const auto& [token, money] : m_money) {
-            if (!isKnown(token)) m_strangers.push_back(token);
+        std::erase_if(m_strangers, isKnown);
+        std::vector<std::string> gone;
+        for (auto& [token, entry] : m_money) {
+            const bool isStranger = !isKnown(token);
+            if (isStranger && !entry.isStranger) gone.push_back(token);
+            entry.isStranger = isStranger;
         }
+        std::ranges::sort(gone);
+        m_strangers.insert(m_strangers.end(), gone.begin(), gone.end());
         _dropStrangers();
     }
 
   private:
+    struct Entry {
+        AccountMoney money;
+        bool isStranger = false;
+    };
+
     void _dropStrangers();
 
-    TextMap<AccountMoney> m_money;
-    std::deque<std::string> m_strangers;  // oldest first
+    TextMap<Entry> m_money;
+    std::deque<std::string> m_strangers;  // the longest unknown first
 };
 
 }  // namespace luadui

@@ -294,6 +294,10 @@ TEST_F(AccountDataListTest, MoneyOfNobodyIsKeptWithinBounds) {
     EXPECT_EQ(CCounters::Get("account_money_dropped") - before, 1u);
     plain.SetAccounts(TableOf("accountid,fund_token;1,t0;2,t1"));
     EXPECT_EQ(Money(Asked(plain, "accountdatalist")), "1: 2:,1");
+    for (const char* token : {"u0", "u1"})
+        plain.SetFunds(token, funds);  // in the place of the longest unknown
+    plain.SetAccounts(TableOf("accountid,fund_token;1,t2;2,t3"));
+    EXPECT_EQ(Money(Asked(plain, "accountdatalist")), "1: 2:,1");
 }
 
 // A page that takes every news, row by row, holds what the list answers; and a list that was changed again and again
