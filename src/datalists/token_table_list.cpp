@@ -90,8 +90,9 @@ PushResult CTokenTableList::TakePush(std::string_view token, const CDataTable& t
         return PushResult::kRefused;
     }
     if (!held && queryUnderWay) {
-        if (!_keep(account, table, age)) return PushResult::kRefused;
-        if (m_form == PushForm::kRows) _applyRows(account, account.waiting, table);
+        const bool isKept = _keep(account, table, age);
+        if (m_form == PushForm::kRows) _wait(account, table);
+        if (!isKept) return PushResult::kRefused;
         return PushResult::kKept;
     }
     const bool changed = _apply(token, account, table);
@@ -329,6 +330,7 @@ bool CTokenTableList::_keep(Account& account, const CDataTable& table, uint64_t 
         return false;
     }
     m_keptRows += _cost(push);
+    account.keptCost += _cost(push);
     account.kept.push_back(std::move(push));
     return true;
 }
@@ -336,8 +338,22 @@ bool CTokenTableList::_keep(Account& account, const CDataTable& table, uint64_t 
 void CTokenTableList::_dropOldest(Account& account) {
     Kept& oldest = account.kept.front();
     m_keptRows -= _cost(oldest);
+    account.keptCost -= _cost(oldest);
     account.pushAge = std::max(account.pushAge, oldest.age);
     account.kept.pop_front();
+}
+
+// After the push was kept, or not. Rows of pushes that are kept no longer go when there are as many of them as of
+// others, so that this costs no more than the pushes themselves.
+void CTokenTableList::_wait(Account& account, const CDataTable& push) {
+    const auto rows = static_cast<size_t>(account.waiting.GetRowNumber());
+    if (rows < 2 * account.keptCost) {
+        _applyRows(account, account.waiting, push);
+        return;
+    }
+    account.waiting.Clear();
+    account.index.Clear();
+    for (const Kept& kept : account.kept) _applyRows(account, account.waiting, kept.table);
 }
 
 size_t CTokenTableList::_cost(const Kept& push) { return static_cast<size_t>(push.table.GetRowNumber()) + 1; }

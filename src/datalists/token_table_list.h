@@ -154,7 +154,8 @@ class CTokenTableList : public CUIData {
         uint64_t pushAge = 0;    // of the newest push in the table that could not be applied again
         RowIndex index;
         std::list<Kept> kept;  // oldest first
-        CDataTable waiting;    // the rows of kept pushes while there is no table
+        size_t keptCost = 0;
+        CDataTable waiting;  // the rows of kept pushes while there is no table
     };
     // Where the cells of a push go: for each of its columns the first one of that name in the table; -1 for
     // those that nobody could read by name: without one, or not the first of theirs.
@@ -179,6 +180,7 @@ class CTokenTableList : public CUIData {
 
     bool _keep(Account& account, const CDataTable& table, uint64_t age);
     void _dropOldest(Account& account);
+    void _wait(Account& account, const CDataTable& push);
     static size_t _cost(const Kept& push);
 
     const std::string m_kind;

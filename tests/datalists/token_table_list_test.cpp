@@ -254,6 +254,20 @@ TEST(TokenTableListTest, KeptPushesAreLimited) {
     EXPECT_EQ(list.TakePush("b", big, 9, true), PushResult::kKept);
 }
 
+TEST(TokenTableListTest, RowsOfDroppedPushesAreForgotten) {
+    CTokenTableList list("entrust", "", "OrderID");
+    CDataTable big = Orders({});
+    while (static_cast<size_t>(big.GetRowNumber()) + 9 < CTokenTableList::kMaxKeptRows) big.AppendRow();
+    EXPECT_EQ(list.TakePush("b", big, 1, true), PushResult::kKept);  // room for four more rows
+    for (uint64_t age = 2; age < 20; ++age) {
+        EXPECT_EQ(list.TakePush("a", Orders({{"o" + std::to_string(age), "s"}}), age, true),
+                  PushResult::kKept);
+    }
+    CDataTable rows = MakeTable({"OrderID"}, {{"o2"}, {"o3"}, {"o19"}});
+    list.GetRowsOf("a", rows);
+    EXPECT_EQ(Describe(rows), "[OrderID,Status|o19,s]");
+}
+
 TEST(TokenTableListTest, ManyRowsAndManyAccounts) {
     CTokenTableList list("entrust", "entrustmulti", "OrderID");
     CDataTable table = Orders({});
