@@ -93,6 +93,29 @@ LUADUI_REPORT(PushOfAnOrder) {
     AtLeast("order_push_and_publish_50_rows_vs_copy", copied.Speedup(), 5);
 }
 
+// The second answer of two, with and without a look at what pushes made of the orders; `isMoved`: no row stands where it
+// stood.
+template <class List>
+double SecondsOfAnswer(std::string_view key, bool isMoved) {
+    constexpr int kRows = 50'000;
+    const CDataTable first = Rows(key, 0, kRows), second = Rows(key, isMoved ? 1 : 0, kRows);
+    CDataTable push = Rows(key, kRows / 2, 1);
+    push.SetItemText(0, 2, "100");
+    List list;
+    uint64_t age = 0;
+    return Measure([&] {
+        age += 1;
+        list.TakeAnswer("880000", age % 4 == 1 ? first : second, age);
+        list.TakePush("880000", push, ++age, false);
+    });
+}
+
+LUADUI_REPORT(AnswerAfterAnswer) {
+    AtMost("order_answer_of_50000_rows_ms", SecondsOfAnswer<CEntrustList>("OrderID", false) * 1e3, 50);
+    AtMost("order_answer_of_50000_moved_rows_ms", SecondsOfAnswer<CEntrustList>("OrderID", true) * 1e3, 50);
+    AtMost("deal_answer_of_50000_rows_ms", SecondsOfAnswer<CDealList>("ExecID", false) * 1e3, 25);
+}
+
 LUADUI_REPORT(PushOfADeal) { ReportPushes<CDealList>("deal", "ExecID"); }
 
 LUADUI_REPORT(MergedView) {

@@ -1,5 +1,6 @@
 #include "datalists/entrust_list.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "base/counters.h"
@@ -8,6 +9,9 @@
 
 namespace luadui {
 namespace {
+
+// What an order never changes.
+constexpr std::string_view kIdentity[] = {"SecurityID", "OrderDate"};
 
 // Older servers call it otherwise.
 int FindVolume(const CDataTable& table) {
@@ -38,6 +42,14 @@ bool EntrustTables::_acceptsRow(RowChange& change) const {
         return true;
     }
     return *volume >= Decimal::Parse(before).value_or(Decimal());
+}
+
+bool EntrustTables::_isOther(const RowChange& change) const {
+    return std::ranges::any_of(kIdentity, [&](std::string_view column) {
+        const TextView before = change.held.GetItemText(change.row, column),
+                       after = change.push.GetItemText(change.pushed, column);
+        return !before.empty() && !after.empty() && before != after;
+    });
 }
 
 CEntrustList::CEntrustList() : EntrustTables("entrust", "entrustmulti", "entrust_deal_volume_unreadable") {}

@@ -5,16 +5,22 @@
 
 namespace luadui {
 
-// Rows are orders, found by "OrderID". Pushes may come late and in any order, but no push takes an order back
-// from a final to another status (see order_status.h), nor to a smaller dealt volume ("DealVolume"; where there
-// is no such column, "TradeVolume"): such rows are counted as "push_row_refused". A volume that is no number says
+// Rows are orders, found by "OrderID". Pushes and answers may come late and in any order, and an answer may have been
+// made before a push that it comes after. But nothing takes an order back from a final to another status (see
+// order_status.h), nor to a smaller dealt volume ("DealVolume"; where there is no such column, "TradeVolume"): such
+// rows stay as they are, counted as "push_row_refused" and "answer_row_refused". A volume that is no number says
 // nothing: the row is taken and the volume of the list stays, counted by the list's kind.
+//
+// Servers begin anew with their numbers: an answer's order of another "SecurityID" or "OrderDate" is another one. Orders
+// that an answer lacks go.
 //
 // Threads: the UI thread.
 class EntrustTables : public CTokenTableList {
   protected:
     EntrustTables(std::string_view kind, std::string_view mergedKind, const char* volumeUnreadable);
     bool _acceptsRow(RowChange& change) const override;
+    bool _guardsAnswers() const override { return true; }
+    bool _isOther(const RowChange& change) const override;
 
   private:
     const char* const m_volumeUnreadable;  // counter

@@ -24,6 +24,16 @@ bool CopyCells(const TableRow& cells, const std::vector<int>& columns, CDataTabl
     return changed;
 }
 
+// Puts the held cells, or only that of a column, in the place of the answer's.
+void KeepCells(const CDataTable& held, int heldRow, int heldColumn, CDataTable& answer, int row) {
+    for (int col = 0; col < answer.GetColumnNumber(); ++col) {
+        const int source = held.FindColumn(answer.GetColumnProperty(col, "name"));
+        if (source < 0 || (heldColumn >= 0 && source != heldColumn)) continue;
+        const TextView text = held.GetItemText(heldRow, source);
+        if (answer.GetItemText(row, col) != text) answer.SetItemText(row, col, text);
+    }
+}
+
 }  // namespace
 
 CTokenTableList::CTokenTableList(std::string_view kind, std::string_view mergedKind, std::string_view rowKey,
@@ -64,7 +74,9 @@ bool CTokenTableList::TakeAnswer(std::string_view token, const CDataTable& table
     if (m_form == PushForm::kTable) {
         _storeNewest(token, account, table);
     } else {
-        _store(token, account, table, Origin::kAnswer);
+        CDataTable old, rows = table;
+        if (_guardsAnswers() && GetTable(token, old)) _guardRows(account, old, rows);
+        _store(token, account, rows, Origin::kAnswer);
         for (const Kept& push : account.kept) _apply(token, account, push.table);
     }
     _updated(token);
@@ -315,6 +327,24 @@ bool CTokenTableList::_applyRows(Account& account, CDataTable& held, const CData
         changed = true;
     }
     return changed;
+}
+
+// Most rows of an answer stand where they stood, so few must be looked for.
+void CTokenTableList::_guardRows(Account& account, const CDataTable& held, CDataTable& answer) const {
+    const int heldKey = held.FindColumn(m_rowKey), key = answer.FindColumn(m_rowKey);
+    if (heldKey < 0 || key < 0 || held.SharesWith(answer)) return;
+    for (int row = 0; row < answer.GetRowNumber(); ++row) {
+        const TextView id = answer.GetItemText(row, key);
+        if (id.empty()) continue;
+        const bool isInPlace = held.GetItemText(row, heldKey) == id;
+        const int heldRow = isInPlace ? row : _indexOf(account, held, heldKey).Find(held, id);
+        if (heldRow < 0) continue;
+        RowChange change{held, heldRow, answer, row};
+        const bool isTaken = _acceptsRow(change);
+        if ((isTaken && change.keeps < 0) || _isOther(change)) continue;
+        if (!isTaken) CCounters::Add("answer_row_refused");
+        KeepCells(held, heldRow, isTaken ? change.keeps : -1, answer, row);
+    }
 }
 
 bool CTokenTableList::_keep(Account& account, const CDataTable& table, uint64_t age) {

@@ -133,6 +133,10 @@ class CTokenTableList : public CUIData {
     virtual void _prepare(std::string_view /*token*/, CDataTable& /*table*/, Origin /*origin*/) {}
     // Whether the row may be changed; in lists with a row key.
     virtual bool _acceptsRow(RowChange& /*change*/) const { return true; }
+    // Whether _acceptsRow holds for answers, too: a row of theirs that it refuses keeps the cells that are held.
+    virtual bool _guardsAnswers() const { return false; }
+    // Whether an answer's row is about something else than the one of the same key, and so takes its place.
+    virtual bool _isOther(const RowChange& /*change*/) const { return false; }
     // Changes the held table, which has rows, as the push says; in lists of MergesPushes. False when nothing
     // changed. Must not use the list.
     virtual bool _merge(std::string_view /*token*/, CDataTable& /*held*/, const CDataTable& /*push*/) {
@@ -177,6 +181,7 @@ class CTokenTableList : public CUIData {
     bool _apply(std::string_view token, Account& account, const CDataTable& push);
     static RowIndex& _indexOf(Account& account, const CDataTable& held, int keyColumn);
     bool _applyRows(Account& account, CDataTable& held, const CDataTable& push);
+    void _guardRows(Account& account, const CDataTable& held, CDataTable& answer) const;
 
     bool _keep(Account& account, const CDataTable& table, uint64_t age);
     void _dropOldest(Account& account);

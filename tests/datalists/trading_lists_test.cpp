@@ -59,6 +59,42 @@ TEST(EntrustListTest, OrdersNeverGoBack) {
     }
 }
 
+// An answer may leave after a push and yet have been made before it.
+TEST(EntrustListTest, AnswersReopenNoOrder) {
+    const auto orders = [](const Rows& rows) {
+        return MakeTable({"OrderID", "SecurityID", "OrderDate", "OrderStatus", "DealVolume", "Note"}, rows);
+    };
+    const std::string open = Gbk("部分成交"), done = Gbk("全部成交");
+    CEntrustList list;
+    list.TakeAnswer("a", orders({{"1", "600000", "1", open, "0", ""}, {"2", "600000", "1", open, "10", ""}}),
+                    1);
+    list.TakePush("a", orders({{"1", "600000", "1", done, "100", "x"}, {"3", "5", "", done, "7", ""}}), 5,
+                  false);
+    const Counted refused("answer_row_refused"), unreadable("entrust_deal_volume_unreadable");
+    // Twice: what was kept must stay kept. In another order, with a new row, without row 3.
+    for (uint64_t age = 6; age < 8; ++age) {
+        list.TakeAnswer("a",
+                        orders({{"4", "5", "1", open, "1", ""},
+                                {"2", "600000", "", done, "-", "y"},
+                                {"1", "600000", "1", open, "50", "z"}}),
+                        age);
+        EXPECT_EQ(Held(list, "a"), Describe(orders({{"4", "5", "1", open, "1", ""},
+                                                    {"2", "600000", "", done, "10", "y"},
+                                                    {"1", "600000", "1", done, "100", "x"}})));
+    }
+    EXPECT_EQ(refused(), 2u);
+    EXPECT_EQ(unreadable(), 2u);
+    // The numbers are used again.
+    const CDataTable next = orders({{"1", "600000", "2", open, "0", ""},
+                                    {"2", "000001", "1", open, "0", ""},
+                                    {"4", "5", "1", open, "2", ""}});
+    list.TakeAnswer("a", next, 8);
+    EXPECT_EQ(Held(list, "a"), Describe(next));
+    list.TakePush("a", orders({{"4", "5", "1", done, "9", ""}}), 9, false);
+    list.TakeAnswer("a", CDataTable(), 10);
+    EXPECT_EQ(Held(list, "a"), "[]");
+}
+
 TEST(EntrustListTest, OlderColumnsMissingColumnsAndLateAnswers) {
     CEntrustListCredit older;
     older.TakeAnswer("a", Order("部分成交", "100", "TradeVolume"), 1);
