@@ -39,11 +39,11 @@ CDataTable Funds(int account) {
     return table;
 }
 
-CDataTable Positions() {
+CDataTable Positions(int rows) {
     CDataTable table = Table({"SecurityID", "SecurityName", "Market", "StockBalance", "AvailableStockBalance",
                               "CostPrice", "LastPrice", "MarketValue", "FloatProfit", "DayProfit", "Currency",
                               "Inst_AvailableStockBalance"});
-    for (int row = 0; row < kPositions; ++row)
+    for (int row = 0; row < rows; ++row)
         Append(table, {std::to_string(600'000 + row), "NAME", "17", "1000", "1000", "12.345", "13.21",
                        std::to_string(13'210 + row) + ".50", "865.00", "10.00", "CNY", "0"});
     return table;
@@ -52,17 +52,17 @@ CDataTable Positions() {
 // The manager of a terminal with 200 accounts, and a page that keeps what was published last.
 class Desk : public ListOwner {
   public:
-    Desk() : positions(this) {
-        const CDataTable table = Positions();
-        for (int account = 0; account < kAccounts; ++account) {
+    explicit Desk(int accounts = kAccounts, int rows = kPositions) : positions(this) {
+        const CDataTable table = Positions(rows);
+        for (int account = 0; account < accounts; ++account) {
             funds.TakeAnswer(TokenOf(account), Funds(account), 1);
             positions.TakeAnswer(TokenOf(account), table, 1);
         }
     }
     void RegisterNotify(unsigned int, std::string) override {}
-    bool GetData(const std::string&, CUIData& out) override {
-        out = funds;
-        return true;
+    bool GetData(const std::string&, CUIData&) override { return false; }
+    bool GetData(unsigned int, std::string, std::string token, CDataTable& out) override {
+        return funds.GetTable(token, out);
     }
     void ResponseNotify(CUIData* record, int, bool) override { m_page = *record; }
 
@@ -104,6 +104,30 @@ LUADUI_REPORT(WeightsOfPositions) {
     const Timing time = Compare(change, plainChange);
     AtMost("fund_change_to_weights_of_1000_us", time.ours * 1e6, 1000);
     AtMost("fund_change_to_weights_vs_plain_doubles", time.CostRatio(), 1.5);
+}
+
+// A change of one account's money, up to its position on the page.
+class FundChange {
+  public:
+    explicit FundChange(int accounts) : m_desk(accounts, 1) { m_news.SetData("update_user", m_token); }
+    void operator()() {
+        m_push.SetItemText(0, "TotalAssets", LongText(++m_cents));
+        m_desk.funds.UpdateFundTable(m_token, m_push);
+        m_desk.positions.OnNotify(&m_news);
+    }
+
+  private:
+    const std::string m_token = TokenOf(0);
+    Desk m_desk;
+    CDataTable m_push = Funds(0);
+    CUIData m_news{"fund"};
+    int64_t m_cents = 100'000'000;
+};
+
+LUADUI_REPORT(FundsOfManyAccounts) {
+    const Timing time = Compare(FundChange(5'000), FundChange(10));
+    AtMost("fund_change_of_5000_accounts_us", time.ours * 1e6, 10);
+    AtMost("fund_change_of_5000_accounts_vs_10", time.CostRatio(), 1.5);
 }
 
 LUADUI_REPORT(BuyableQuantity) {

@@ -160,6 +160,12 @@ LUADUI_REPORT(PushGrowth) {
     // Stands for all positions of its account.
     PushLoop positions("Position|", "position", "", "position");
     ReportGrowth("position_push", positions, kLarge);
+    // The account's positions follow.
+    FillList("position", "SecurityID", 1, 1);
+    PushLoop funds("Fund|", "fund", "Currency", "position");
+    const Timing accounts = CompareCrowds(funds, {5'000, 1, 1}, {10, 1, 1});
+    AtMost("fund_push_5000_accounts_vs_10", accounts.CostRatio(), 1.5);
+    AtMost("fund_push_5000_accounts_us", accounts.ours * 1e6, 20);
 }
 
 }  // namespace

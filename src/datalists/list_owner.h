@@ -5,6 +5,7 @@
 
 namespace luadui {
 
+class CDataTable;
 class CUIData;
 
 // Threads: the UI thread. An owner outlives its lists.
@@ -15,6 +16,12 @@ class ListOwner {
     virtual void RegisterNotify(unsigned int handle, std::string kind) = 0;
     // The whole list or shared record of a kind. False, and `out` unchanged, when there is none.
     virtual bool GetData(const std::string& kind, CUIData& out) = 0;
+    // The table of an account in the list of a kind, at the same cost however many accounts the list has. False, and `out`
+    // unchanged, when there is none. `handle` is not used.
+    virtual bool GetData(unsigned int /*handle*/, std::string /*kind*/, std::string /*fundToken*/,
+                         CDataTable& /*out*/) {
+        return false;
+    }
     // Delivers `record` to the window `handle` (-1: none) and, with `notifyOthers`, to all that registered
     // for its kind. The record stays the caller's. Receivers may close the page: the caller may be gone when
     // this returns.

@@ -141,10 +141,10 @@ void PositionTables::_prepare(std::string_view token, CDataTable& table, Origin 
 
 // False, and nothing changed, when there are no positions or no funds to compare them with.
 bool PositionTables::_compute(std::string_view token, CDataTable& table) const {
-    CUIData funds;
     CDataTable fund;
-    if (table.GetRowNumber() == 0 || !m_owner || !m_owner->GetData(std::string(m_form.fundKind), funds) ||
-        !funds.GetData(token, fund) || fund.GetRowNumber() == 0)
+    if (table.GetRowNumber() == 0 || !m_owner ||
+        !m_owner->GetData(0, std::string(m_form.fundKind), std::string(token), fund) ||
+        fund.GetRowNumber() == 0)
         return false;
     SetRates(table, ReadNumber(fund.GetItemText(0, "TotalAssets"), m_form.totalAssetsUnreadable),
              m_form.marketValueUnreadable);

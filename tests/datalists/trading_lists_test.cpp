@@ -166,10 +166,9 @@ class FakeOwner : public ListOwner {
     void RegisterNotify(unsigned int handle, std::string kind) override {
         registered.push_back(kind + ":" + std::to_string(handle));
     }
-    bool GetData(const std::string& kind, CUIData& out) override {
-        if (kind != funds.GetTypeText()) return false;
-        out = funds;
-        return true;
+    bool GetData(const std::string&, CUIData&) override { return false; }
+    bool GetData(unsigned int, std::string kind, std::string token, CDataTable& out) override {
+        return kind == funds.GetTypeText() && funds.GetTable(token, out);
     }
     void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override {
         EXPECT_TRUE(handle == -1 && notifyOthers);
