@@ -50,6 +50,12 @@ bool IsPortfolioMode(const CUIData& record) {
 }
 
 void AccountDataList::Queue(News news) {
+    const size_t untold = m_untold.size() + news.size();
+    if (untold > kMaxUntold) {
+        CCounters::Add("account_news_replaced", untold);
+        m_untold.clear();
+        news = AllRows();
+    }
     for (CUIData& record : news) m_untold.push_back(std::move(record));
 }
 
@@ -117,6 +123,13 @@ AccountDataList::News CFamilyAccountList::WholeLists() const {
         record.SetData(kTokens, m_allTokens);
         if (sheet->GetForm().byPortfolio) record.SetData(kMode, "true");
     }
+    return lists;
+}
+
+AccountDataList::News CFamilyAccountList::AllRows() const {
+    News lists = WholeLists();
+    if (!m_hasAccounts) return lists;
+    for (const auto& sheet : m_sheets) sheet->TellAll(m_allTokens, lists);
     return lists;
 }
 

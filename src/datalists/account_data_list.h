@@ -56,6 +56,8 @@ class AccountDataList : public CUIData {
     virtual bool WasRowInGroup(std::string_view group, const CDataTable& accounts, int row) const = 0;
     // The rows of all accounts, as records of the kinds and modes that were asked for.
     virtual News WholeLists() const = 0;
+    // The same, and again as updates for those who take the push kinds only.
+    virtual News AllRows() const = 0;
 
     // Replaces all accounts: a row each, with the columns that FindAccountColumn knows and "portfolios" (see
     // ReadPortfolios). Rows of other families are passed over; a missing column reads as empty.
@@ -71,7 +73,9 @@ class AccountDataList : public CUIData {
     virtual News SetPositions(std::string_view token, const CDataTable& positions) = 0;
 
     // News wait here until they are told, so that pages hear of changes in their order, also of those that pages
-    // cause while they are told of others.
+    // cause while they are told of others. Beyond kMaxUntold records (somebody who is told takes his time) AllRows() take
+    // the place of all that wait, counted as "account_news_replaced".
+    static constexpr size_t kMaxUntold = 4'096;
     void Queue(News news);
     // False when somebody tells them already: he goes on until there are none.
     bool BeginTelling() { return !std::exchange(m_isTelling, true); }
@@ -97,6 +101,7 @@ class CFamilyAccountList : public AccountDataList {
     bool IsRowInGroup(std::string_view group, const CDataTable& accounts, int row) const override;
     bool WasRowInGroup(std::string_view group, const CDataTable& accounts, int row) const override;
     News WholeLists() const override;
+    News AllRows() const override;
     News SetAccounts(const CDataTable& accounts) override;
     CDataTable RowsOfFamily(const CDataTable& accounts) const override;
     void SetGroups(const CDataTable& groups) override;

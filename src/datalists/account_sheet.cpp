@@ -41,6 +41,18 @@ bool AreSame(const CDataTable& a, int rowOfA, const CDataTable& b, int rowOfB) {
     return HasCellsOf(a, rowOfA, b, rowOfB) && (a.HasSameColumns(b) || HasCellsOf(b, rowOfB, a, rowOfA));
 }
 
+void MakeNews(const AccountSheet::Form& form, const char* operate, const CDataTable& rows,
+              const CDataSet& tokens, std::vector<CUIData>& records) {
+    if (rows.GetRowNumber() == 0) return;
+    CUIData record(form.pushKind);
+    record.SetData(form.pushKind, rows);
+    record.SetData("operate", operate);
+    record.SetData("all_update_account", tokens);
+    record.SetData("fund_token", tokens);
+    if (form.byPortfolio) record.SetData(kModeKey, "true");
+    records.push_back(std::move(record));
+}
+
 }  // namespace
 
 // Gathers rows by what happened to them.
@@ -57,9 +69,9 @@ class AccountSheet::News {
     }
 
     void MakeRecords(const Form& form, std::vector<CUIData>& records) const {
-        m_deleted.MakeRecord(form, "delete", records);
-        m_added.MakeRecord(form, "add", records);
-        m_updated.MakeRecord(form, "update", records);
+        MakeNews(form, "delete", m_deleted.rows, m_deleted.tokens, records);
+        MakeNews(form, "add", m_added.rows, m_added.tokens, records);
+        MakeNews(form, "update", m_updated.rows, m_updated.tokens, records);
     }
 
   private:
@@ -72,16 +84,6 @@ class AccountSheet::News {
             SetMoneyCells(rows, AppendRowOf(source, row, rows), cells);
             if (const TextView token = source.GetItemText(row, kFundToken); !token.empty())
                 tokens.Insert(token);
-        }
-        void MakeRecord(const Form& form, const char* operate, std::vector<CUIData>& records) const {
-            if (rows.GetRowNumber() == 0) return;
-            CUIData record(form.pushKind);
-            record.SetData(form.pushKind, rows);
-            record.SetData("operate", operate);
-            record.SetData("all_update_account", tokens);
-            record.SetData("fund_token", tokens);
-            if (form.byPortfolio) record.SetData(kModeKey, "true");
-            records.push_back(std::move(record));
         }
     };
 
@@ -146,6 +148,10 @@ bool AccountSheet::SetMoney(std::string_view token, const AccountMoney& money,
     if (!m_form.byCurrency) m_all.time = m_time;
     news.MakeRecords(m_form, records);
     return isChanged;
+}
+
+void AccountSheet::TellAll(const CDataSet& tokens, std::vector<CUIData>& records) {
+    MakeNews(m_form, "update", All(), tokens, records);
 }
 
 const CDataTable& AccountSheet::All() {

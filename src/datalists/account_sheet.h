@@ -40,6 +40,9 @@ class AccountSheet {
     // Shows the money of a token. False, and no news, when nothing shows it or nothing changed.
     bool SetMoney(std::string_view token, const AccountMoney& money, std::vector<CUIData>& news);
 
+    // Appends an "update" of all rows, whose tokens are these.
+    void TellAll(const CDataSet& tokens, std::vector<CUIData>& news);
+
     // The rows of all accounts, in the order in which the server sent them.
     const CDataTable& All();
     // Those of the accounts with these ids, which are what `group` holds now.

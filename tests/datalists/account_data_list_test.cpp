@@ -286,6 +286,24 @@ TEST_F(AccountDataListTest, NewsAreTheRowsThatChanged) {
             << funds;
 }
 
+// While somebody takes his time.
+TEST_F(AccountDataListTest, NewsThatWaitAreBounded) {
+    plain.SetAccounts(TableOf("accountid,fund_token;1,a"));
+    const uint64_t before = CCounters::Get("account_news_replaced");
+    for (int i = 0; i < 6000; ++i)
+        plain.Queue(plain.SetFunds("a", TableOf("TotalAssets;" + std::to_string(i))));
+    EXPECT_EQ(CCounters::Get("account_news_replaced") - before, AccountDataList::kMaxUntold + 1);
+    size_t records = 0, whole = 0;
+    CUIData record;
+    for (plain.BeginTelling(); plain.TakeUntold(record); ++records)
+        whole += record.GetTypeText() == "accountdatalist" ? 1 : 0;
+    EXPECT_LT(records, 6000 - AccountDataList::kMaxUntold + 10);
+    EXPECT_EQ(whole, 1u);
+    CDataTable last;
+    record.GetData("accountdatalist_push", last);
+    EXPECT_EQ(last.GetItemText(0, "TotalAssets"), "5999");
+}
+
 TEST_F(AccountDataListTest, MoneyOfNobodyIsKeptWithinBounds) {
     const uint64_t before = CCounters::Get("account_money_dropped");
     const CDataTable funds = TableOf("TotalAssets;1");
