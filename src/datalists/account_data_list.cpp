@@ -44,11 +44,6 @@ CDataSet TokensOf(const FamilyAccounts& accounts, int row) {
 
 }  // namespace
 
-bool IsPortfolioMode(const CUIData& record) {
-    return record.GetDataText(kMode) == "true" || record.GetDataBool(kMode) ||
-           record.GetDataText("client_type") == kMode;
-}
-
 void AccountDataList::Queue(News news) {
     const size_t untold = m_untold.size() + news.size();
     if (untold > kMaxUntold) {

@@ -15,12 +15,9 @@
 #include "datalists/account_money.h"
 #include "datalists/account_sheet.h"
 #include "datalists/account_units.h"
+#include "datalists/portfolio_mode.h"
 
 namespace luadui {
-
-// Whether the record asks for portfolios, or tells of them, in the place of accounts: "PB_MODE" is "true" or
-// "client_type" is "PB_MODE".
-bool IsPortfolioMode(const CUIData& record);
 
 // One family's accounts with their money, as the managers see them. A record: the rows of all accounts of the family
 // under the list's kind, all tokens under "fund_token".

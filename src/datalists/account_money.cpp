@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/counters.h"
+#include "datalists/number_cell.h"
 
 namespace luadui {
 namespace {
@@ -27,15 +28,13 @@ constexpr MoneyColumn kInstAvailable = {"Inst_AvailableValue", "account_fund_ins
 constexpr MoneyColumn kPositionValue = {"MarketValue", "account_position_market_value_unreadable"};
 constexpr MoneyColumn kPositionProfit = {"DayProfit", "account_position_day_profit_unreadable"};
 
-std::string ReadNumber(std::string_view text, const MoneyColumn& column) {
-    if (text.empty() || Decimal::Parse(text)) return std::string(text);
-    CCounters::Add(column.unreadable);
-    return {};
+// The text of a number as it stands; empty for what is none.
+std::string NumberText(std::string_view text, const MoneyColumn& column) {
+    return std::string(text.empty() || FindNumber(text, column.unreadable) ? text : std::string_view());
 }
 
 void AddTo(std::optional<Decimal>& sum, std::string_view text, bool hasColumn, const MoneyColumn& column) {
-    const std::optional<Decimal> number = Decimal::Parse(text);
-    if (!number && hasColumn) CCounters::Add(column.unreadable);
+    const auto number = hasColumn ? FindNumber(text, column.unreadable) : std::nullopt;
     sum = sum && number ? std::optional(*sum + *number) : std::nullopt;
 }
 
@@ -68,8 +67,8 @@ void AccountMoney::SetFunds(const CDataTable& funds) {
         Fund fund;
         fund.cells.texts[MoneyCells::kCurrency] = currency;
         for (size_t i = MoneyCells::kTotalAssets; i < columns.size(); ++i)
-            fund.cells.texts[i] = ReadNumber(cells[columns[i]], kFundColumns[i]);
-        fund.instAvailable = ReadNumber(cells[instAvailable], kInstAvailable);
+            fund.cells.texts[i] = NumberText(cells[columns[i]], kFundColumns[i]);
+        fund.instAvailable = NumberText(cells[instAvailable], kInstAvailable);
         m_funds.push_back(std::move(fund));
     }
 }

@@ -5,6 +5,7 @@
 
 #include "base/counters.h"
 #include "datalists/number_cell.h"
+#include "datalists/portfolio_mode.h"
 #include "datalists/stock_available.h"
 
 namespace luadui {
@@ -24,12 +25,12 @@ constexpr MoneyColumn kSellQuota = {"WT_RZRQ_RQXYZYLL", "credit_fund_sell_quota_
 constexpr MoneyColumn kFinancingQuota = {"FinEnableQuota", "credit_fund_financing_quota_unreadable"};
 
 const MoneyColumn& OrdinaryMoney(const CUIData& request) {
-    return IsProductClient(request) ? kProductAvailable : kAvailable;
+    return IsPortfolioMode(request) ? kProductAvailable : kAvailable;
 }
 
 const MoneyColumn& CreditMoney(const CUIData& request) {
     const int64_t type = request.GetDataLong("usertoken_type");
-    if (type == 3 && request.GetDataText("entrust_type") == "sell") return kSellQuota;
+    if (type == 3 && DirectionOf(request) == kTradeSell) return kSellQuota;
     return type == 2 ? kCreditAvailable : kFinancingQuota;
 }
 

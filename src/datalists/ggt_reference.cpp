@@ -9,6 +9,7 @@
 
 #include "base/counters.h"
 #include "datalists/field_text.h"
+#include "datalists/number_cell.h"
 #include "trade/trade.h"
 
 namespace luadui {
@@ -31,10 +32,8 @@ std::string KeyOf(std::string_view market, std::string_view stockType) {
     return key.append(":").append(stockType.empty() ? "0" : stockType);
 }
 
-std::optional<Decimal> ReadNumber(const CDataTable& table, int row, const NumberColumn& column) {
-    const std::optional<Decimal> number = Decimal::Parse(table.GetItemText(row, column.name));
-    if (!number) CCounters::Add(column.counter);
-    return number;
+std::optional<Decimal> NumberIn(const CDataTable& table, int row, const NumberColumn& column) {
+    return FindNumber(table.GetItemText(row, column.name), column.counter);
 }
 
 }  // namespace
@@ -50,9 +49,9 @@ bool ReferenceListGGT::SetResponse(const CUIData& response) {
 void CPriceSpreadGGT::_changed(const CDataTable& table) {
     m_bands.clear();
     for (int row = 0; row < table.GetRowNumber(); ++row) {
-        const auto begin = ReadNumber(table, row, kNumberColumns[0]);
-        const auto end = ReadNumber(table, row, kNumberColumns[1]);
-        const auto step = ReadNumber(table, row, kNumberColumns[2]);
+        const auto begin = NumberIn(table, row, kNumberColumns[0]);
+        const auto end = NumberIn(table, row, kNumberColumns[1]);
+        const auto step = NumberIn(table, row, kNumberColumns[2]);
         if (!begin || !end || !step) continue;
         if (*begin < 0 || *begin >= *end || *step <= 0) {
             CCounters::Add("price_spread_band_refused");

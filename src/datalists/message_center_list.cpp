@@ -13,6 +13,7 @@
 #include "datalists/account_names.h"
 #include "datalists/field_text.h"
 #include "datalists/order_messages.h"
+#include "datalists/portfolio_mode.h"
 #include "trade/server_result.h"
 
 namespace luadui {
@@ -174,9 +175,7 @@ void CMessageCenterList::AddErrorMessage(const CUIData& response, const CUIData&
     if (token.empty()) token = params.GetDataString("fund_token");
     std::string account;
     if (!token.empty()) {
-        const bool isPortfolioMode = request.GetDataText("PB_MODE") == "true" ||
-                                     params.GetDataText("PB_MODE") == "true" ||
-                                     request.GetDataBool("PB_MODE");
+        const bool isPortfolioMode = IsPortfolioMode(request) || IsPortfolioMode(params);
         account = AccountText(accounts, "account", token, isPortfolioMode);
         if (account.empty()) account = AccountText(creditAccounts, "account_xy", token, isPortfolioMode);
     }

@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "codedata/data_manager.h"
 #include "datalists/number_cell.h"
+#include "datalists/portfolio_mode.h"
 #include "datalists/stock_available.h"
 
 namespace luadui {
@@ -117,7 +118,7 @@ bool PositionTables::CalcStockAvailable(CUIData& request) const {
     if (!ReadAccounts(request, tokens)) return false;
     const std::string code = request.GetDataString("stock_code"),
                       market = request.GetDataString("stock_marketid");
-    const bool isProduct = m_form.hasProducts && IsProductClient(request);
+    const bool isProduct = m_form.hasProducts && IsPortfolioMode(request);
     const std::string_view balance = isProduct ? "Inst_AvailableStockBalance" : "AvailableStockBalance";
     StockAvailable available;
     for (const std::string& token : tokens) {
@@ -162,7 +163,7 @@ void CPositionListGGT::SetGGTPositionResponse(const CUIData& response, uint64_t 
     if (response.GetData("Table", table)) {
         TakeAnswer(token, table, age);
     } else {
-        _register(token);
+        TakeEmptyAnswer(token);
     }
 }
 

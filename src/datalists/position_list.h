@@ -68,8 +68,9 @@ class CPositionListGGT : public CTokenTableList {
     CPositionListGGT() : CTokenTableList("position_ggt", "position_ggt_multi") {}
     const char* ClassName() const override { return "CPositionListGGT"; }
 
-    // Takes the account "FundToken" of an answer with its "Table" (see TakeAnswer for `age`). The account is known
-    // from then on even if there is no table.
+    // The account is known from then on.
+    void TakeEmptyAnswer(std::string_view token) override { _register(token); }
+    // Takes the account "FundToken" of an answer with its "Table" (see TakeAnswer for `age`), or without one.
     void SetGGTPositionResponse(const CUIData& response, uint64_t age = kNewest);
 };
 

@@ -48,7 +48,7 @@ TRADE_INFO ReadTradeInfo(const CUIData& request) {
     TRADE_INFO info;
     info.stockType = CTrade::GetStockType(code, market);
     info.price = ReadNumber(request, "stock_price", "request_stock_price_unreadable");
-    info.direction = request.GetDataText("entrust_type") == "sell" ? kTradeSell : kTradeBuy;
+    info.direction = DirectionOf(request);
     info.unit = ReadUnit(request, code, market);
     if (request.Has("commission_rate"))
         info.commissionRate = ReadNumber(request, "commission_rate", "request_commission_rate_unreadable");

@@ -27,8 +27,9 @@ inline bool ReadAccounts(const CUIData& request, CDataSet& out) { return request
 // The account's table; false, counted as "stock_available_account_unknown", when the list has none.
 bool FindAccount(const CTokenTableList& list, std::string_view token, CDataTable& out);
 
-inline bool IsProductClient(const CUIData& request) {
-    return request.GetDataText("client_type") == "PB_MODE";
+// "entrust_type": kTradeSell for "sell", else kTradeBuy.
+inline int DirectionOf(const CUIData& request) {
+    return request.GetDataText("entrust_type") == "sell" ? kTradeSell : kTradeBuy;
 }
 
 // "stock_unit" of a request, at least 1; without it Stock Connect's board lot of the security.

@@ -70,6 +70,9 @@ class CTokenTableList : public CUIData {
     // "older_answer_ignored", when what is held is newer.
     bool TakeAnswer(std::string_view token, const CDataTable& table, uint64_t age);
 
+    // An answer came that names the account and has no table. Most lists learn nothing from it.
+    virtual void TakeEmptyAnswer(std::string_view /*token*/) {}
+
     // Takes a push, whose age is that of its arrival. `queryUnderWay`: a query for this account has not been
     // answered yet, so the push is also kept until QueryEnded, to be applied on top of the answer. Kept
     // pushes are limited to kMaxKeptRows in all: beyond that an account's oldest go, counted as

@@ -20,6 +20,9 @@ AccountTables SplitByAccount(const CDataTable& table, const std::string& token);
 // these, or to one for all accounts.
 bool IsTableUnderWay(std::string_view query, std::string_view token);
 
+// Whether lists of positions follow records of that kind, to the account that these name as "update_user".
+inline bool IsFund(std::string_view kind) { return kind == "fund" || kind == "credit_fund"; }
+
 // The record of the list's kind that tells all who want it what the account's table is now; empty when the list
 // does not hold it.
 CUIData MakeTableNews(const CTokenTableList& list, const std::string& token);

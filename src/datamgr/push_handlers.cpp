@@ -20,8 +20,6 @@ struct Merged {
     bool isNew = false;     // the list changed
 };
 
-bool IsFund(std::string_view list) { return list == "fund" || list == "credit_fund"; }
-
 void FindRows(Push& push) {
     if (push.hasTable) return;
     for (const auto [name, value] : CUIData(push.fields)) {

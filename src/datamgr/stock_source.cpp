@@ -4,6 +4,7 @@
 
 #include "datalists/fund_list.h"
 #include "datalists/position_list.h"
+#include "datalists/stock_available.h"
 #include "datamgr/local_sources.h"
 #include "trade/trade.h"
 
@@ -61,10 +62,6 @@ StockSource StockSourceOf(CUIDataManager& manager, const CUIData& request, const
             .calc = source.calc,
             .isCredit = isCredit,
             .isPositions = isPositions};
-}
-
-int DirectionOf(const CUIData& request) {
-    return request.GetDataText("entrust_type") == "sell" ? kTradeSell : kTradeBuy;
 }
 
 }  // namespace luadui

@@ -20,7 +20,4 @@ struct StockSource {
 // The list for the order that `request` describes (see ComputeStockAvailable for the choice); made if need be.
 StockSource StockSourceOf(CUIDataManager& manager, const CUIData& request, const CDataSet& tokens);
 
-// "entrust_type": kTradeSell for "sell", else kTradeBuy.
-int DirectionOf(const CUIData& request);
-
 }  // namespace luadui

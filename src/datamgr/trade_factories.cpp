@@ -8,6 +8,7 @@
 #include "base/data_table.h"
 #include "base/text.h"
 #include "datalists/ggt_reference.h"
+#include "datalists/stock_available.h"
 #include "datamgr/local_sources.h"
 #include "datamgr/stock_source.h"
 #include "datamgr/ui_stock_data_manager.h"

@@ -2,7 +2,6 @@
 #include <vector>
 
 #include "base/counters.h"
-#include "datalists/position_list.h"
 #include "datamgr/account_news.h"
 #include "datamgr/account_tables.h"
 #include "datamgr/answer_handlers.h"
@@ -13,9 +12,6 @@
 
 namespace luadui {
 namespace {
-
-// Lists of positions follow the funds of the account that is named here.
-bool IsFund(std::string_view kind) { return kind == "fund" || kind == "credit_fund"; }
 
 CUIData MakeTableRecord(const Answer& answer, std::string_view kind) {
     CUIData record = MakeAnswerRecord(answer, kind);
@@ -30,11 +26,8 @@ bool IsFundOrPosition(std::string_view kind) {
 // Gives the table to the list, and takes back what the list holds then. False when there was nothing to give.
 bool Merge(CTokenTableList& list, Answer& answer) {
     const bool isGood = answer.hasTable && answer.code == 0;
-    // An account of Stock Connect without positions is one that was asked for all the same.
-    if (auto* const positions = dynamic_cast<CPositionListGGT*>(&list);
-        positions && !isGood && answer.code == 0)
-        positions->SetGGTPositionResponse(answer.response);
     if (isGood) list.TakeAnswer(answer.fundToken, answer.table, answer.age);
+    if (!isGood && answer.code == 0) list.TakeEmptyAnswer(answer.fundToken);
     if (!IsTableUnderWay(list.GetTypeText(), answer.fundToken)) list.QueryEnded(answer.fundToken);
     if (isGood) list.GetTable(answer.fundToken, answer.table);
     return isGood;
