@@ -303,6 +303,9 @@ class World {
             response.SetData(key, query.item.GetDataView(key));
         response.SetData("Request", static_cast<const CUIData&>(query.item));
         _hand(response);
+        // What was pushed meanwhile is forgotten where an account's first query fails.
+        if (fails && query.kind == kOrders && !_list(kOrders).Holds(query.token))
+            std::erase_if(m_seen, [&](const auto& seen) { return seen.first.ends_with(query.token); });
         if (fails || query.kind != kDeals) return;
         Rows read = RowsOf(g_kinds[kDeals], query.table),
              held = RowsOf(g_kinds[kDeals], _held(kDeals, query.token));
