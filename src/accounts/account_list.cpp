@@ -6,6 +6,7 @@
 #include "accounts/account_log.h"
 #include "accounts/terminal_modules.h"
 #include "base/counters.h"
+#include "base/text.h"
 #include "messaging/guid.h"
 #include "messaging/request_types.h"
 
@@ -43,6 +44,17 @@ CAccountList::CAccountList(ResultEventSink& sink, PasswordEncryption encryption)
       m_externalFunctions(FindExternalFunctions()) {}
 
 CAccountList::~CAccountList() = default;
+
+void CAccountList::SetUser(AccountUser user) {
+    const bool isAnother = !m_user.name.empty() && m_user.name != user.name;
+    m_user = std::move(user);
+    if (!isAnother) return;
+    for (const auto& [key, account] : m_accounts) {
+        account->WipePasswords();
+        account->SetUnusable(Gbk(kAwaitingLogin));
+    }
+    m_dropped.clear();
+}
 
 CAccount* CAccountList::Find(std::string_view key) const {
     const auto found = m_accounts.find(key);

@@ -54,8 +54,9 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     explicit CAccountList(ResultEventSink& sink, PasswordEncryption encryption = PasswordEncryption());
     ~CAccountList() override;
 
-    // Who is signed in; before the first request.
-    void SetUser(AccountUser user) { m_user = std::move(user); }
+    // Who is signed in; before the first request. Logins and passwords of another user before end here: an account that both
+    // have starts anew.
+    void SetUser(AccountUser user);
     const AccountUser& User() const { return m_user; }
 
     // The account; null when there is none. Look up again after every call out: answers and sinks remove accounts.
