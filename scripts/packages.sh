@@ -6,7 +6,7 @@ packages_for() {
     case $1 in
     build)   echo g++ python3 cmake ninja-build ccache pkg-config libjsoncpp-dev liblua5.1-0-dev ;;
     test)    echo libgtest-dev libgmock-dev lua5.1 luajit ;;
-    demo)    echo lua-sql-sqlite3 lua-cjson libedit-dev ;;
+    demo)    echo lua-sql-sqlite3 lua-cjson libedit-dev libssl-dev ;;
     windows) echo g++-mingw-w64-x86-64-posix wine wine64 googletest dpkg-dev ;;
     bench)   echo libbenchmark-dev libglib2.0-dev ;;
     fuzz)    echo clang-14 libclang-rt-14-dev ;;

@@ -6,10 +6,12 @@
 
 #include "base/counters.h"
 #include "base/guard.h"
+#include "base/json_object.h"
 #include "base/text.h"
 #include "broker/account_tables.h"
 #include "broker/answers.h"
 #include "broker/services.h"
+#include "settings/safe_file.h"
 
 namespace terminal {
 namespace {
@@ -18,6 +20,7 @@ using luadui::CUIData;
 using luadui::Gbk;
 
 constexpr size_t kMaxWaiting = 100'000;
+constexpr size_t kMaxKey = 1 << 16;
 constexpr size_t kMaxSubscriptions = 10'000;
 
 int TypeOf(const CUIData& request) { return static_cast<int>(request.GetDataLong("REQTYPE")); }
@@ -31,11 +34,48 @@ std::string TopicOf(const Account& account, const std::string& name) {
     return name + (account.isCredit ? "Credit|" : "|");
 }
 
+// Empty when there is no such file.
+std::string KeyText(const std::filesystem::path& file) {
+    std::string text;
+    if (!file.empty()) ReadFile(file, kMaxKey, text);
+    return text;
+}
+
+// One line of all entries, those of records and the rows of tables within.
+template <class Entries>
+void AppendText(const Entries& entries, std::string& text) {
+    for (const auto [name, value] : entries) {
+        CUIData record;
+        luadui::CDataTable table;
+        luadui::CJsonObject json;
+        text.append(" ").append(name).append("=");
+        if (value.Get(record)) {
+            text += "{";
+            AppendText(record, text);
+            text += " }";
+        } else if (value.Get(table)) {
+            for (int row = 0; row < table.GetRowNumber(); ++row)
+                for (int col = 0; col < table.GetColumnNumber(); ++col)
+                    text.append(col == 0 ? " [" : "|").append(table.GetItemText(row, col));
+        } else if (value.Get(json)) {
+            text += json.ToText();
+        } else {
+            text += value.Kind() == luadui::kDataInteger ? std::to_string(value.AsLong())
+                                                         : std::string(value.AsText());
+        }
+    }
+}
+
 bool IsSet(const CUIData& params, const char* key) { return params.GetDataText(key) == "true"; }
 
 }  // namespace
 
-Broker::Broker(Deliver deliver) : m_deliver(std::move(deliver)) {}
+Broker::Broker(Deliver deliver, const BrokerFiles& files)
+    : m_deliver(std::move(deliver)), m_desk(KeyText(files.passwordKey)) {
+    if (files.traffic.empty()) return;
+    std::filesystem::create_directories(files.traffic.parent_path());
+    m_traffic.open(files.traffic, std::ios::binary);
+}
 
 Broker::~Broker() { Stop(); }
 
@@ -173,6 +213,14 @@ std::vector<Account> Broker::Accounts() {
     return accounts;
 }
 
+DeskUser Broker::Desk(const std::string& user) {
+    DeskUser copy;
+    _call([&] {
+        if (const DeskUser* const found = m_desk.Find(user)) copy = *found;
+    });
+    return copy;
+}
+
 Broker::Stats Broker::GetStats() const {
     std::lock_guard lock(m_mutex);
     return m_stats;
@@ -184,6 +232,7 @@ void Broker::_handle(const CUIData& request) {
         ++m_stats.requests;
         ++m_stats.requestsByType[TypeOf(request)];
     }
+    _write(request);
     CUIData params;
     request.GetData("Params", params);
     if (IsSet(params, "unsub")) return _unsubscribe(request);
@@ -204,6 +253,7 @@ void Broker::_handle(const CUIData& request) {
 }
 
 CUIData Broker::_answer(const CUIData& request, const Account* account) {
+    if (AccountDesk::IsAsked(request)) return m_desk.Answer(request);
     const Service* const service = FindService(TypeOf(request));
     if (!service) return MakeError(request, kDataOfPage, -102, "不支持的请求类型");
     if (service->ofAccount && !account) return MakeError(request, service->dataType, -101, "资金账号不存在");
@@ -219,6 +269,13 @@ CUIData Broker::_fault(const CUIData& request, Fault fault) {
     if (fault == Fault::kGarbage) return MakeGarbage(request, dataType, m_garbage++);
     return MakeError(request, fault == Fault::kFailure ? kDataFailed : dataType, -150,
                      "柜台系统繁忙，请稍后再试");
+}
+
+void Broker::_write(const CUIData& request) {
+    if (!m_traffic.is_open() || static_cast<size_t>(m_traffic.tellp()) > kMaxTraffic) return;
+    std::string line;
+    AppendText(request, line);
+    m_traffic << line << std::endl;
 }
 
 void Broker::_subscribe(const CUIData& request) {

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -15,10 +17,17 @@
 #include <vector>
 
 #include "base/ui_data.h"
+#include "broker/account_desk.h"
 #include "broker/exchange.h"
 #include "broker/fault_plan.h"
 
 namespace terminal {
+
+// What the broker reads and writes; empty paths where it is to do without.
+struct BrokerFiles {
+    std::filesystem::path passwordKey = {};  // PEM: the private key of the passwords that the terminal sends
+    std::filesystem::path traffic = {};      // a line for every request that came, some 64 MB at most
+};
 
 // Threads:   operations from any thread; `deliver` is called on the broker's own, without a lock held.
 // Lifetime:  Stop (also the destructor) ends the thread after the step it is in; what waits is dropped.
@@ -33,7 +42,7 @@ class Broker {
     using Deliver = std::function<void(luadui::CUIData& record)>;
     static constexpr std::chrono::milliseconds kStep{20};
 
-    explicit Broker(Deliver deliver);
+    explicit Broker(Deliver deliver, const BrokerFiles& files = {});
     ~Broker();
 
     void Start();
@@ -61,6 +70,8 @@ class Broker {
 
     // The books as they are; empty when the broker does not run.
     std::vector<Account> Accounts();
+    // What the account service knows of a user; empty for one that it does not know.
+    DeskUser Desk(const std::string& user);
     struct Stats {
         uint64_t requests = 0;
         uint64_t answers = 0;
@@ -72,6 +83,7 @@ class Broker {
 
   private:
     static constexpr size_t kMaxJournal = 10'000;
+    static constexpr size_t kMaxTraffic = 64 << 20;
     using Clock = std::chrono::steady_clock;
     using Task = std::function<void()>;
     using Subscription = std::pair<int, std::string>;  // request type, fund token
@@ -83,6 +95,7 @@ class Broker {
     void _handle(const luadui::CUIData& request);
     luadui::CUIData _answer(const luadui::CUIData& request, const Account* account);
     luadui::CUIData _fault(const luadui::CUIData& request, Fault fault);
+    void _write(const luadui::CUIData& request);  // to the traffic file
     void _subscribe(const luadui::CUIData& request);
     void _unsubscribe(const luadui::CUIData& request);
     void _tellChanges();  // and goes on matching
@@ -97,6 +110,8 @@ class Broker {
 
     const Deliver m_deliver;
     Exchange m_exchange;
+    AccountDesk m_desk;
+    std::ofstream m_traffic;
     bool m_isStepPlanned = false;
     FaultPlan m_faults;
     std::deque<luadui::CUIData> m_journal;                        // pushes about orders and deals, for Replay

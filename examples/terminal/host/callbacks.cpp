@@ -33,7 +33,9 @@ int Guard(Work work) {
 }
 
 int OnPush(CQueueReqItem* request) {
-    return Guard([&](const CallbackTargets& targets) { targets.broker->Submit(*request); });
+    return Guard([&](const CallbackTargets& targets) {
+        if (!targets.news->Take(*request)) targets.broker->Submit(*request);
+    });
 }
 
 int OnRequestSync(CQueueReqItem* request) {

@@ -4,6 +4,7 @@
 #include "broker/broker.h"
 #include "host/library.h"
 #include "host/lua_interface.h"
+#include "host/news.h"
 #include "settings/settings_store.h"
 
 namespace terminal {
@@ -13,6 +14,7 @@ struct CallbackTargets {
     Broker* broker;
     SettingsStore* settings;
     LuaInterface* luaInterface;
+    News* news = nullptr;
 };
 
 // Registers the callbacks. `targets` is used until ClearCallbackTargets, which is called when no thread of the library

@@ -13,6 +13,8 @@ constexpr int kMaxWait = 60'000;
 
 // The functions that act on the broker.
 std::span<const luaL_Reg> BrokerFunctions();
+// Those that are about accounts.
+std::span<const luaL_Reg> AccountFunctions();
 
 inline HostFunctions& Context(lua_State* L) {
     return *static_cast<HostFunctions*>(lua_touserdata(L, lua_upvalueindex(1)));

@@ -206,6 +206,7 @@ constexpr luaL_Reg kFunctions[] = {
 void HostFunctions::Register(LuaState& state) {
     for (const luaL_Reg& function : kFunctions) state.Register(function.name, function.func, this);
     for (const luaL_Reg& function : BrokerFunctions()) state.Register(function.name, function.func, this);
+    for (const luaL_Reg& function : AccountFunctions()) state.Register(function.name, function.func, this);
 }
 
 }  // namespace terminal

@@ -21,7 +21,28 @@ bool LuaInterface::_load(std::string& error) {
 }
 
 std::string LuaInterface::Call(const std::string& method, const std::string& params) {
+    if (method == "get_passInfo") return m_passwords.Get(params);
+    if (method == "save_passInfo") {
+        m_passwords.Save(params);
+        return {};
+    }
     std::lock_guard lock(m_mutex);
+    if (method.starts_with("On")) {
+        m_calls.push_back({method, params});
+        if (m_calls.size() > kMaxCalls) m_calls.pop_front();
+    }
+    return _callScript(method, params);
+}
+
+std::optional<LuaInterface::HostCall> LuaInterface::TakeCall() {
+    std::lock_guard lock(m_mutex);
+    if (m_calls.empty()) return std::nullopt;
+    HostCall call = std::move(m_calls.front());
+    m_calls.pop_front();
+    return call;
+}
+
+std::string LuaInterface::_callScript(const std::string& method, const std::string& params) {
     std::string error;
     std::string result;
     bool called = _load(error);

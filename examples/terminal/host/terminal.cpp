@@ -19,7 +19,10 @@ Terminal::Terminal(const Options& options)
     : m_options(options),
       m_settings(options.data),
       m_interface(m_options),
-      m_broker([this](luadui::CUIData& record) { m_library.handleResponse(&record); }) {}
+      m_news([this](luadui::CUIData& record) { m_library.handleResponse(&record); }),
+      m_broker([this](luadui::CUIData& record) { m_library.handleResponse(&record); },
+               {.passwordKey = options.home / "broker" / "account_password_key.pem",
+                .traffic = options.data / "broker" / "traffic.log"}) {}
 
 Terminal::~Terminal() { ClearCallbackTargets(); }
 
@@ -61,7 +64,7 @@ int Terminal::_runScript() {
 bool Terminal::Attach(std::string& error) {
     if (!m_library.Find(error)) return false;
     m_broker.Start();
-    if (SetCallbacks(m_library, {&m_broker, &m_settings, &m_interface})) return true;
+    if (SetCallbacks(m_library, {&m_broker, &m_settings, &m_interface, &m_news})) return true;
     error = "the callbacks were refused";
     return false;
 }

@@ -7,6 +7,7 @@
 #include "host/host_window.h"
 #include "host/library.h"
 #include "host/lua_interface.h"
+#include "host/news.h"
 #include "host/options.h"
 #include "settings/settings_store.h"
 
@@ -32,6 +33,8 @@ class Terminal {
     const Options& GetOptions() const { return m_options; }
     HostWindow& Window() { return m_window; }
     Broker& GetBroker() { return m_broker; }
+    News& GetNews() { return m_news; }
+    LuaInterface& GetInterface() { return m_interface; }
     const Library& GetLibrary() const { return m_library; }
     DWORD UiThreadId() const { return m_uiThread; }
 
@@ -43,6 +46,7 @@ class Terminal {
     SettingsStore m_settings;
     LuaInterface m_interface;
     Library m_library;
+    News m_news;
     Broker m_broker;
     DWORD m_uiThread = 0;
 };

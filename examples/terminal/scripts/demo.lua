@@ -194,6 +194,7 @@ end)
 
 require("data_pages").run(session, {pages = {PAGE, "第二页"}, orders = 8, shares = 14500})
 require("trading").run(session, {pages = {"总览"}})
+require("accounts").run(session)
 
 step("Clean end", "the UI thread ends within ten seconds and creates no page any more", function()
     local ended, reason = terminal.stop_ui()

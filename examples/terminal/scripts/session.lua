@@ -4,6 +4,7 @@ local session = {
     settings_file = "\\qsclient\\users\\user.cfg",
     fund_library = "/fundpage.dll", -- a library's name, below the program's folder
     data_library = "/datapage.dll",
+    account_library = "/accountpage.dll",
     luadui = nil, -- the library's Lua functions, once started
     market = nil, -- what became of the market database: {count, made, left_out}, or nil
     market_fault = nil, -- and why not
@@ -74,10 +75,15 @@ function session.open_data_page(page, info)
     return session.luadui.on_init(to_codepage(page), session.data_library, to_codepage(info), terminal.window(), 0, 0, 0, true)
 end
 
+-- Opens the page that hears of accounts and signs its user in (see page/account_page.h).
+function session.open_account_page(page, info)
+    return session.luadui.on_init(to_codepage(page), session.account_library, to_codepage(info), terminal.window(), 0, 0, 0, true)
+end
+
 function session.sleep(page, asleep) session.luadui.on_switchtab(to_codepage(page), asleep and 1 or 0) end
 
 -- An object of texts and numbers.
-local function json_of(fields)
+function session.json_of(fields)
     local members = {}
     for name, value in pairs(fields) do
         local text = type(value) == "number" and tostring(value) or
@@ -89,12 +95,12 @@ end
 
 -- The host's message to the page, through its page sign.
 function session.tell(page, text)
-    session.luadui.on_error("fundpage:" .. to_codepage(page), to_codepage(json_of({message = text})))
+    session.luadui.on_error("fundpage:" .. to_codepage(page), to_codepage(session.json_of({message = text})))
 end
 
 -- What a data page is to do: {["do"] = "ask", kind = "fund"...}.
 function session.command(page, command)
-    session.luadui.on_error("datapage:" .. to_codepage(page), to_codepage(json_of(command)))
+    session.luadui.on_error("datapage:" .. to_codepage(page), to_codepage(session.json_of(command)))
 end
 
 -- A data page sends an order (1101): {fund_token, stock_code, entrust_type = "buy" or "sell", entrust_amount, entrust_price},

@@ -21,6 +21,15 @@ function methods.get_initials(params)
     return terminal.to_codepage(json.encode({initials = initials}))
 end
 
+-- The user's products.
+function methods.get_ProductInfo() return '{"products":[{"product_id":"CP01"}]}' end
+
+-- What pages and the library tell: somebody signed in, accounts or groups changed. The host keeps the calls, see
+-- terminal.take_host_call.
+for _, name in ipairs({"initLoginInfo", "OnAccountChanged", "OnAccountGroupChanged"}) do
+    methods[name] = function() return "" end
+end
+
 return function(method, params)
     local call = methods[method]
     if not call then error("no method " .. method, 0) end
