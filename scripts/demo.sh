@@ -1,5 +1,6 @@
 #!/bin/bash
-# Builds the sample terminal and runs its scenario on a new data folder; ends non-zero when a step fails.
+# Builds the sample terminal and runs its scenario on a new data folder; ends non-zero when a step fails, or when
+# a password that the scenario planted is found in what it left.
 #
 # Usage: scripts/demo.sh [--interactive] [--preset NAME] [terminal option...]
 #   --interactive    a prompt instead of the scenario; keeps its data folder build/demo-<preset>/terminal-data
@@ -15,7 +16,7 @@ while [ $# -gt 0 ]; do
     case $1 in
     --interactive) interactive=1 ;;
     --preset) preset=${2:?--preset needs a name}; shift ;;
-    -h | --help) sed -n '2,7s/^# \{0,1\}//p' "$0"; exit ;;
+    -h | --help) sed -n '2,8s/^# \{0,1\}//p' "$0"; exit ;;
     --securities) options+=("$1" "$(cd "$here" && realpath -m "${2:?--securities needs a file}")"); shift ;;
     *) options+=("$1") ;;
     esac
@@ -33,6 +34,4 @@ home=build/demo-$preset
 if [ -n "$interactive" ]; then
     exec "$home/terminal" --data "$home/terminal-data" "${options[@]}"
 fi
-data=$(mktemp -d)
-trap 'rm -rf "$data"' EXIT
-"$home/terminal" --data "$data" --scenario "$home/scripts/demo.lua" "${options[@]}" </dev/null
+exec tests/terminal/run_scenario.sh "$home/terminal" "$home/scripts/demo.lua" "${options[@]}"

@@ -329,9 +329,9 @@ bool AccountDesk::_queryGroups(Call& call) {
 }
 
 bool AccountDesk::_addGroup(Call& call) {
-    call.error = "账户组已存在";
-    if (GroupOf(call.user, call.params)) return false;
     const auto text = [&](const char* name) { return call.params.GetDataString(name); };
+    call.error = text("groupid").empty() ? "账户组编号为空" : "账户组已存在";
+    if (text("groupid").empty() || GroupOf(call.user, call.params)) return false;
     call.user.groups.push_back(
         {text("groupid"), text("groupname"), text("grouptype"), text("issimulate"), {}});
     return true;

@@ -39,8 +39,9 @@ std::optional<std::string> FromBase64(std::string_view text) {
     if (text.empty() || text.size() % 4 != 0 || text.size() > 4096) return std::nullopt;
     std::string bytes(text.size() / 4 * 3, '\0');
     if (EVP_DecodeBlock(Bytes(bytes), Bytes(text), static_cast<int>(text.size())) < 0) return std::nullopt;
-    const size_t end = text.find_last_not_of('=');
-    bytes.resize(bytes.size() - (text.size() - 1 - end));
+    const size_t padding = text.size() - 1 - text.find_last_not_of('=');
+    if (padding > 2) return std::nullopt;
+    bytes.resize(bytes.size() - padding);
     return bytes;
 }
 
