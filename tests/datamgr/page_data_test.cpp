@@ -529,7 +529,8 @@ TEST_F(PageDataTest, NewsOfMoneyAreForThePagesGroup) {
     Register(after, {"accountdatalist_push"});
     TellAccountData(router.CommonData(), "fund", "F2", TableOf("TotalAssets;4"));
     std::string totals;
-    for (const auto record : SplitText(after.Take(), '/')) {
+    const std::string told = after.Take();
+    for (const auto record : SplitText(told, '/')) {
         const size_t at = record.find("F2,,,,");
         totals += at == record.npos ? '-' : record[at + 6];
     }
