@@ -58,8 +58,7 @@ extern "C" int __lsan_is_turned_off() { return 1; }
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace luadui;
     TestManager manager;
-    for (const char* page : {"ETF", "AUTO_ALGORITHM", "MULTIINST_DUI"})
-        manager.Lists().MakePageLists(page);
+    for (const char* page : {"ETF", "AUTO_ALGORITHM", "MULTIINST_DUI"}) manager.Lists().MakePageLists(page);
     Window listener, asker;
     listener.asker = asker.asker = asker.GetHandle();
     for (const PushRoute& route : PushRoutes()) {

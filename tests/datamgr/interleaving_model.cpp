@@ -379,7 +379,8 @@ void Model::Push(const ListKind& list, const std::string& token, const Rows& row
     Account& account = accounts[{list.name, token}];
     Notice notice{.kind = {}, .rows = rows, .tokens = {token}, .isUpdate = true};
     frames.back().isSingle = list.pushed.size() == 1;
-    frames.back().isChain = list.isOfRows;  // who began to listen meanwhile may have to ask for the later kinds
+    frames.back().isChain =
+        list.isOfRows;  // who began to listen meanwhile may have to ask for the later kinds
     if (account.isHeld) {
         TakeNewer(account.rows, rows);
         if (!list.isOfRows) notice.rows = account.rows;
