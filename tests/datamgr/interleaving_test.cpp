@@ -128,6 +128,8 @@ class World {
         m_host.onPush = [this](CQueueReqItem& request) { _sent(request); };
         m_hear = [this](Handle window, const CUIData& record) { _heard(window, record); };
         m_router.StartCommonData();
+        // Nobody has asked for other forms of the account data lists.
+        m_router.CommonData().Lists().MakeCommonLists();
         for (const auto family : {ListStore::kPlain, ListStore::kCredit, ListStore::kGGT})
             m_router.CommonData().Lists().Accounts(family)->SetAccounts(CDataTable());
         m_prefixOfPages = "page" + m_prefix;

@@ -142,7 +142,7 @@ TEST_F(LocalDataTest, ViewsAreMadeWhenAllAccountsAreHeld) {
 
     // Each view is of its own list; two of them go out under the name of their list.
     for (const char* name : kViewLists)
-        Common().FindOrMake(name)->TakeAnswer("F1", TableOf("of;" + std::string(name)), ledger.NextAge());
+        Common().FindOrMake(name)->TakeAnswer("V1", TableOf("of;" + std::string(name)), ledger.NextAge());
     for (const auto& [view, list, told] : std::initializer_list<std::array<std::string, 3>>{
              {"entrustmulti", "entrust", "entrustmulti"},
              {"entrustmulticredit", "entrustcredit", "entrustmulticredit"},
@@ -153,8 +153,8 @@ TEST_F(LocalDataTest, ViewsAreMadeWhenAllAccountsAreHeld) {
              {"positionmulti", "position", "positionmulti"},
              {"positionmulticredit", "positioncredit", "positionmulticredit"},
              {"position_ggt_multi", "position_ggt", "position_ggt_multi"}}) {
-        EXPECT_EQ(ask((view + " handle=H fund_token=F1").c_str()),
-                  told + " handle=H fund_token=<F1> pageName=P " + told + "=[of|" + list + ']');
+        EXPECT_EQ(ask((view + " handle=H fund_token=V1").c_str()),
+                  told + " handle=H fund_token=<V1> pageName=P " + told + "=[of|" + list + ']');
     }
     EXPECT_EQ(host.pushed.size(), 4);
 }

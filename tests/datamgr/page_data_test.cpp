@@ -12,6 +12,8 @@ constexpr int kTrading = 2004;
 
 class PageDataTest : public PageFixture {
   protected:
+    // Nobody has asked for other forms of the account data lists.
+    PageDataTest() { Common().MakeCommonLists(); }
     ~PageDataTest() override {
         for (const char* kind : {"fund", "position", "entrust", "deal"}) {
             for (const char* token : {"F1", "F2", "F3"}) {

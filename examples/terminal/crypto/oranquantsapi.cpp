@@ -1,29 +1,18 @@
 // The encryption module that the library looks for: passwords leave the terminal only as this makes them.
 #include <climits>
 #include <cstring>
-#include <memory>
 #include <vector>
 
-#include <openssl/evp.h>
-#include <openssl/pem.h>
 #include <openssl/rsa.h>
 
+#include "crypto/openssl_objects.h"
 #include "platform/export.h"
 
 namespace {
 
-constexpr int kDone = 1, kFailed = 0;
+using namespace terminal;
 
-template <auto kFree>
-struct Freed {
-    template <class T>
-    void operator()(T* object) const {
-        kFree(object);
-    }
-};
-using Key = std::unique_ptr<EVP_PKEY, Freed<EVP_PKEY_free>>;
-using Context = std::unique_ptr<EVP_PKEY_CTX, Freed<EVP_PKEY_CTX_free>>;
-using Bio = std::unique_ptr<BIO, Freed<BIO_free_all>>;
+constexpr int kDone = 1, kFailed = 0;
 
 Key ReadKey(const char* pem) {
     const Bio text(BIO_new_mem_buf(pem, -1));
@@ -32,7 +21,7 @@ Key ReadKey(const char* pem) {
 
 // Empty when the key is none or the text too long for one block of it.
 std::vector<unsigned char> Encrypt(EVP_PKEY* key, const char* text) {
-    const Context context(key ? EVP_PKEY_CTX_new(key, nullptr) : nullptr);
+    const KeyContext context(key ? EVP_PKEY_CTX_new(key, nullptr) : nullptr);
     if (!context || EVP_PKEY_encrypt_init(context.get()) <= 0 ||
         EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_PADDING) <= 0)
         return {};
@@ -53,6 +42,7 @@ std::vector<unsigned char> Encrypt(EVP_PKEY* key, const char* text) {
 // it succeeded, otherwise 0, with `cipher` and `*size` as they were. Any thread.
 LUADUI_PAGE_EXPORT int SetRASencrpytion(const char* publicKeyPem, const char* text, char* cipher, int* size) {
     if (!publicKeyPem || !text || !cipher || !size) return kFailed;
+    const ThreadUse use;
     try {
         const auto block = Encrypt(ReadKey(publicKeyPem).get(), text);
         const size_t length = (block.size() + 2) / 3 * 4;

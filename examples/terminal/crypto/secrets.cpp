@@ -1,13 +1,10 @@
 #include "crypto/secrets.h"
 
-#include <memory>
-
 #ifdef TERMINAL_OPENSSL
-#include <openssl/crypto.h>
-#include <openssl/evp.h>
-#include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <openssl/rsa.h>
+
+#include "crypto/openssl_objects.h"
 #endif
 
 namespace terminal {
@@ -17,18 +14,6 @@ namespace terminal {
 namespace {
 
 constexpr size_t kNonceSize = 12, kTagSize = 16;
-
-template <auto kFree>
-struct Freed {
-    template <class T>
-    void operator()(T* object) const {
-        kFree(object);
-    }
-};
-using Key = std::unique_ptr<EVP_PKEY, Freed<EVP_PKEY_free>>;
-using KeyContext = std::unique_ptr<EVP_PKEY_CTX, Freed<EVP_PKEY_CTX_free>>;
-using Cipher = std::unique_ptr<EVP_CIPHER_CTX, Freed<EVP_CIPHER_CTX_free>>;
-using Bio = std::unique_ptr<BIO, Freed<BIO_free_all>>;
 
 const unsigned char* Bytes(std::string_view text) {
     return reinterpret_cast<const unsigned char*>(text.data());
@@ -48,6 +33,7 @@ std::optional<std::string> FromBase64(std::string_view text) {
 }  // namespace
 
 std::optional<std::string> DecryptPassword(const std::string& privateKeyPem, std::string_view cipher) {
+    const ThreadUse use;
     const auto block = FromBase64(cipher);
     const Bio pem(BIO_new_mem_buf(privateKeyPem.data(), static_cast<int>(privateKeyPem.size())));
     const Key key(pem ? PEM_read_bio_PrivateKey(pem.get(), nullptr, nullptr, nullptr) : nullptr);
@@ -64,6 +50,7 @@ std::optional<std::string> DecryptPassword(const std::string& privateKeyPem, std
 }
 
 std::optional<std::string> NewSealKey() {
+    const ThreadUse use;
     std::string key(kSealKeySize, '\0');
     if (RAND_bytes(Bytes(key), static_cast<int>(key.size())) != 1) return std::nullopt;
     return key;
@@ -71,6 +58,7 @@ std::optional<std::string> NewSealKey() {
 
 // Nonce, tag, then what AES-256-GCM made of the text.
 std::optional<std::string> Seal(std::string_view key, std::string_view text) {
+    const ThreadUse use;
     const Cipher cipher(EVP_CIPHER_CTX_new());
     std::string sealed(kNonceSize + kTagSize + text.size(), '\0');
     unsigned char* const nonce = Bytes(sealed);
@@ -88,6 +76,7 @@ std::optional<std::string> Seal(std::string_view key, std::string_view text) {
 
 std::optional<std::string> Unseal(std::string_view key, std::string_view sealed) {
     if (key.size() != kSealKeySize || sealed.size() < kNonceSize + kTagSize) return std::nullopt;
+    const ThreadUse use;
     const Cipher cipher(EVP_CIPHER_CTX_new());
     std::string tag(sealed.substr(kNonceSize, kTagSize));
     const std::string_view body = sealed.substr(kNonceSize + kTagSize);
