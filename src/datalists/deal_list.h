@@ -2,27 +2,36 @@
 // accounts.
 #pragma once
 
+#include <string_view>
+
 #include "datalists/token_table_list.h"
 
 namespace luadui {
 
 // Rows are deals, found by "ExecID". Threads: the UI thread.
-class CDealList : public CTokenTableList {
+class DealTables : public CTokenTableList {
+  protected:
+    DealTables(std::string_view kind, std::string_view mergedKind)
+        : CTokenTableList(kind, mergedKind, "ExecID") {}
+    bool _rowsLast() const override { return true; }
+};
+
+class CDealList : public DealTables {
   public:
-    CDealList() : CTokenTableList("deal", "dealmulti", "ExecID") {}
+    CDealList() : DealTables("deal", "dealmulti") {}
     const char* ClassName() const override { return "CDealList"; }
 };
 
-class CDealListCredit : public CTokenTableList {
+class CDealListCredit : public DealTables {
   public:
-    CDealListCredit() : CTokenTableList("dealcredit", "dealmulticredit", "ExecID") {}
+    CDealListCredit() : DealTables("dealcredit", "dealmulticredit") {}
     const char* ClassName() const override { return "CDealListCredit"; }
 };
 
 // Its view of several accounts goes out under the list's own kind.
-class CDealListGGT : public CTokenTableList {
+class CDealListGGT : public DealTables {
   public:
-    CDealListGGT() : CTokenTableList("deal_ggt", "deal_ggt", "ExecID") {}
+    CDealListGGT() : DealTables("deal_ggt", "deal_ggt") {}
     const char* ClassName() const override { return "CDealListGGT"; }
 };
 

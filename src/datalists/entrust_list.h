@@ -20,6 +20,7 @@ class EntrustTables : public CTokenTableList {
     EntrustTables(std::string_view kind, std::string_view mergedKind, const char* volumeUnreadable);
     bool _acceptsRow(RowChange& change) const override;
     bool _guardsAnswers() const override { return true; }
+    bool _rowsLast() const override { return true; }
     bool _isOther(const RowChange& change) const override;
 
   private:

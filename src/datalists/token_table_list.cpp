@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "base/counters.h"
+#include "datalists/table_columns.h"
+#include "platform/win32.h"
 
 namespace luadui {
 namespace {
@@ -75,7 +77,9 @@ bool CTokenTableList::TakeAnswer(std::string_view token, const CDataTable& table
         _storeNewest(token, account, table);
     } else {
         CDataTable old, rows = table;
-        if (_guardsAnswers() && GetTable(token, old)) _guardRows(account, old, rows);
+        const bool isHeld = GetTable(token, old);
+        if (isHeld && _guardsAnswers()) _guardRows(account, old, rows);
+        if (isHeld && _rowsLast()) _keepFresh(account, old, rows);
         _store(token, account, rows, Origin::kAnswer);
         for (const Kept& push : account.kept) _apply(token, account, push.table);
     }
@@ -323,7 +327,10 @@ bool CTokenTableList::_applyRows(Account& account, CDataTable& held, const CData
             continue;
         }
         if (!CopyCells(cells, columns, held, row, change.keeps)) continue;
-        if (isNew) index.Add(held, row);
+        if (isNew) {
+            index.Add(held, row);
+            if (_rowsLast()) _noteFresh(account, key);
+        }
         changed = true;
     }
     return changed;
@@ -344,6 +351,34 @@ void CTokenTableList::_guardRows(Account& account, const CDataTable& held, CData
         if ((isTaken && change.keeps < 0) || _isOther(change)) continue;
         if (!isTaken) CCounters::Add("answer_row_refused");
         KeepCells(held, heldRow, isTaken ? change.keeps : -1, answer, row);
+    }
+}
+
+uint32_t CTokenTableList::_now() const { return ::GetTickCount(); }
+
+void CTokenTableList::_noteFresh(Account& account, std::string_view key) const {
+    const uint32_t now = _now();
+    while (!account.fresh.empty() &&
+           (now - account.fresh.front().since >= kSettling || account.fresh.size() >= kMaxFreshRows))
+        account.fresh.pop_front();
+    account.fresh.push_back({now, std::string(key)});
+}
+
+void CTokenTableList::_keepFresh(Account& account, const CDataTable& held, CDataTable& answer) const {
+    const uint32_t now = _now();
+    std::erase_if(account.fresh, [now](const FreshRow& row) { return now - row.since >= kSettling; });
+    const int heldKey = held.FindColumn(m_rowKey);
+    if (account.fresh.empty() || heldKey < 0 || held.SharesWith(answer)) return;
+    AddColumnsOf(held, answer, kMaxColumns);
+    const int key = answer.FindColumn(m_rowKey);
+    RowIndex answered;
+    answered.Build(answer, key);
+    for (const FreshRow& fresh : account.fresh) {
+        if (answered.Find(answer, fresh.key) >= 0) continue;
+        const int row = _indexOf(account, held, heldKey).Find(held, fresh.key);
+        if (row < 0 || !answer.InsertRow(held, row)) continue;
+        answered.Add(answer, answer.GetRowNumber() - 1);
+        CCounters::Add("answer_lacks_pushed_row");
     }
 }
 

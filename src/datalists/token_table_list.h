@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <list>
 #include <string>
 #include <string_view>
@@ -65,8 +66,10 @@ class CTokenTableList : public CUIData {
     static constexpr uint64_t kNewest = UINT64_MAX;
 
     // Takes an account's whole table from the answer to a request, whose age is that of the moment when it
-    // left. Pushes that are newer are applied on top. True when the account's content may have changed; in
-    // any case what the asker gets is what the list holds then (MakeRecord). False, counted as
+    // left. Pushes that are newer are applied on top. In lists whose rows last, one that a push brought less than
+    // kSettling ago stays when the answer lacks it, counted as "answer_lacks_pushed_row": the part of a server that
+    // answers queries learns later of a deal than the one that announces it. True when the account's content may
+    // have changed; in any case what the asker gets is what the list holds then (MakeRecord). False, counted as
     // "older_answer_ignored", when what is held is newer.
     bool TakeAnswer(std::string_view token, const CDataTable& table, uint64_t age);
 
@@ -115,6 +118,9 @@ class CTokenTableList : public CUIData {
     static constexpr size_t kMaxKeptRows = 1u << 20;
     // Pushes widen no table beyond that.
     static constexpr int kMaxColumns = 4096;
+    static constexpr uint32_t kSettling = 10'000;  // ms
+    // Of rows that pushed ones are kept for that time, in each account.
+    static constexpr size_t kMaxFreshRows = 100'000;
 
   protected:
     // A list without row key whose pushes change the held table in the way that _merge says.
@@ -138,6 +144,8 @@ class CTokenTableList : public CUIData {
     virtual bool _acceptsRow(RowChange& /*change*/) const { return true; }
     // Whether _acceptsRow holds for answers, too: a row of theirs that it refuses keeps the cells that are held.
     virtual bool _guardsAnswers() const { return false; }
+    // Whether a row that a server has told of stays for the day; in lists with a row key.
+    virtual bool _rowsLast() const { return false; }
     // Whether an answer's row is about something else than the one of the same key, and so takes its place.
     virtual bool _isOther(const RowChange& /*change*/) const { return false; }
     // Changes the held table, which has rows, as the push says; in lists of MergesPushes. False when nothing
@@ -149,6 +157,8 @@ class CTokenTableList : public CUIData {
     virtual void _updated(std::string_view /*token*/) {}
     // Makes the account known, as if it had been queried, but without a table.
     void _register(std::string_view token);
+    // The time in milliseconds, which wraps around.
+    virtual uint32_t _now() const;
 
   private:
     enum class PushForm { kTable, kRows, kChanges };
@@ -156,13 +166,19 @@ class CTokenTableList : public CUIData {
         uint64_t age;
         CDataTable table;
     };
+    // A row that a push appended.
+    struct FreshRow {
+        uint32_t since;
+        std::string key;
+    };
     struct Account {
         uint64_t answerAge = 0;  // of the answer that the table is from
         uint64_t pushAge = 0;    // of the newest push in the table that could not be applied again
         RowIndex index;
         std::list<Kept> kept;  // oldest first
         size_t keptCost = 0;
-        CDataTable waiting;  // the rows of kept pushes while there is no table
+        CDataTable waiting;          // the rows of kept pushes while there is no table
+        std::deque<FreshRow> fresh;  // oldest first
     };
     // Where the cells of a push go: for each of its columns the first one of that name in the table; -1 for
     // those that nobody could read by name: without one, or not the first of theirs.
@@ -185,6 +201,8 @@ class CTokenTableList : public CUIData {
     static RowIndex& _indexOf(Account& account, const CDataTable& held, int keyColumn);
     bool _applyRows(Account& account, CDataTable& held, const CDataTable& push);
     void _guardRows(Account& account, const CDataTable& held, CDataTable& answer) const;
+    void _noteFresh(Account& account, std::string_view key) const;
+    void _keepFresh(Account& account, const CDataTable& held, CDataTable& answer) const;
 
     bool _keep(Account& account, const CDataTable& table, uint64_t age);
     void _dropOldest(Account& account);

@@ -23,10 +23,18 @@ bool AnswerParts::Join(Answer& answer) {
     answer.table = std::move(all.m_rows);
     answer.fields = std::move(all.m_fields);
     answer.rawData = std::move(all.m_rawData);
+    if (all.m_code != 0) {
+        answer.code = all.m_code;
+        answer.message = std::move(all.m_message);
+    }
     return true;
 }
 
 void AnswerParts::_add(const Answer& answer) {
+    if (m_code == 0) {
+        m_code = answer.code;
+        m_message = answer.message;
+    }
     _addRawData(answer.response);
     if (answer.hasTable && !AppendRows(answer.table, m_rows)) CCounters::Add("answer_part_refused");
 }

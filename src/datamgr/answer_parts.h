@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 #include "base/data_list.h"
 #include "base/data_table.h"
@@ -21,7 +22,8 @@ class AnswerParts {
     static constexpr size_t kMaxText = 64 * 1024 * 1024;  // bytes of raw data
 
     // Takes this part. False while further ones are to come. With the last one `answer` gets the content of all: the
-    // rows of "Table", the raw data, and in `fields` what earlier parts said in JSON.
+    // rows of "Table", the raw data, and in `fields` what earlier parts said in JSON. It has failed when one of them
+    // has, with the code and message of the first that did: rows that others brought are not all there are.
     bool Join(Answer& answer);
 
   private:
@@ -33,6 +35,8 @@ class AnswerParts {
     CUIData m_fields;
     CDataList m_rawData;
     size_t m_textSize = 0;
+    int m_code = 0;  // of the first failed part
+    std::string m_message;
 };
 
 // Appends the rows, with their columns. False, and nothing appended, when there is no room.

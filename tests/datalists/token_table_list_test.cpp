@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "datalists/deal_list.h"
 #include "datalists/page_lists.h"
 #include "tests/datalists/list_probe.h"
 
@@ -146,6 +147,34 @@ TEST(TokenTableListTest, LateAnswerDoesNotUndoPushesThatWereForgotten) {
     EXPECT_EQ(Held(list, "a"), "[OrderID,Status|1,gone]");
     EXPECT_EQ(list.TakePush("a", Orders({{"1", "old"}}), 7, false), PushResult::kOlder);
     EXPECT_EQ(Held(list, "a"), "[OrderID,Status|1,gone]");
+}
+
+// Servers tell of a deal first and answer queries with it a moment later.
+TEST(TokenTableListTest, AnswersDoNotTakeBackWhatWasJustPushed) {
+    struct Deals : CDealList {
+        uint32_t _now() const override { return now; }
+        uint32_t now = ~0u - 5;
+    } list;
+    const auto deals = [](const Rows& rows) { return MakeTable({"ExecID"}, rows); };
+    list.TakeAnswer("a", deals({{"1"}}), 1);
+    list.TakePush("a", MakeTable({"Price", "ExecID"}, {{"10", "2"}, {"11", "1"}}), 2, false);
+    const Counted kept("answer_lacks_pushed_row");
+    list.TakeAnswer("a", deals({}), 3);  // "1" came with an answer
+    EXPECT_EQ(Held(list, "a"), "[ExecID,Price|2,10]");
+    list.now += Deals::kSettling - 1;
+    list.TakePush("a", deals({{"3"}}), 4, false);
+    list.TakeAnswer("a", deals({{"2"}, {"3"}}), 5);
+    list.TakeAnswer("a", CDataTable(), 6);
+    EXPECT_EQ(Held(list, "a"), "[ExecID,Price|2,|3,]");
+    ++list.now;
+    list.TakeAnswer("a", deals({{"4"}}), 7);
+    EXPECT_EQ(Held(list, "a"), "[ExecID,Price|4,|3,]");
+    EXPECT_EQ(kept(), 4u);
+    CTokenTableList others("instructions", "", "OrderID");  // the user deletes them
+    others.TakeAnswer("a", Orders({}), 1);
+    others.TakePush("a", Orders({{"1", "open"}}), 2, false);
+    others.TakeAnswer("a", Orders({}), 3);
+    EXPECT_EQ(Held(others, "a"), "[OrderID,Status]");
 }
 
 TEST(TokenTableListTest, RowPushWidensTheTableAndSkipsWhatItCannotPlace) {

@@ -65,7 +65,11 @@ TEST(EntrustListTest, AnswersReopenNoOrder) {
         return MakeTable({"OrderID", "SecurityID", "OrderDate", "OrderStatus", "DealVolume", "Note"}, rows);
     };
     const std::string open = Gbk("部分成交"), done = Gbk("全部成交");
-    CEntrustList list;
+    // Nothing is so fresh that an answer may lack it.
+    struct : CEntrustList {
+        uint32_t _now() const override { return m_clock += kSettling; }
+        mutable uint32_t m_clock = 0;
+    } list;
     list.TakeAnswer("a", orders({{"1", "600000", "1", open, "0", ""}, {"2", "600000", "1", open, "10", ""}}),
                     1);
     list.TakePush("a", orders({{"1", "600000", "1", done, "100", "x"}, {"3", "5", "", done, "7", ""}}), 5,

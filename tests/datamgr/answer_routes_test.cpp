@@ -158,6 +158,22 @@ TEST_F(AnswerRoutesTest, NoPartOfABasketIsLost) {
     }
 }
 
+// Rows that came are not all there are: they must not replace those held.
+TEST_F(AnswerRoutesTest, OneFailedPartFailsTheAnswer) {
+    Answered({1203, "deal"}, "ExecID;1");
+    const TestManager::Ask ask{.type = 1203, .kind = "deal", .handle = m_asker.GetHandle()};
+    const CQueueReqItem request = m_manager.Send(ask);
+    for (const char* part : {"ExecID;2", R"({"retcode":7,"message":"no"})", R"({"retcode":8})", "ExecID;3"}) {
+        CQueueRespData response = ResponseOf(part);
+        response.SetData("IsLast", std::string_view(part) == "ExecID;3");
+        CQueueRespData arrived;
+        arrived.CopyFrom(response);
+        m_manager.Answer(request, arrived);
+    }
+    EXPECT_NE(m_asker.Take().find("ret_code=7 ret_message=no"), std::string::npos);
+    EXPECT_EQ(Describe(m_manager.GetData("deal")), "F1=[ExecID|1] fund_token=<F1>");
+}
+
 // A question that the manager asked by itself, after a notice of change: all hear of it, under each kind they
 // know.
 TEST_F(AnswerRoutesTest, TheAnswerToNobodyGoesToAll) {
