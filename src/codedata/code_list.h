@@ -1,0 +1,60 @@
+// The code list as the host's market database answers it: text, taken apart into records.
+//
+// One row a security, four fields a row: code, name, market id and phonetic initials. A field stands in double quotes or
+// between "[[" and "]]"; "&#032;" in it is a blank, and "&#" with three other digits and ";" the ASCII character of that
+// number. Rows end at a line break, a brace or the end; what stands between fields and rows may be commas, semicolons
+// and blanks, so that the text of a Lua table reads as well. Text is code page 936 and read by character: a second byte
+// is no quote, bracket or brace.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace luadui {
+
+// One security. The texts lie in the list and live as long as it does.
+struct CodeRecord {
+    std::string_view code;      // printable ASCII without blanks, ',', ':' and '|'; not empty
+    std::string_view name;      // whole characters of code page 936; may be empty
+    std::string_view market;    // an id, one to five digits
+    std::string_view phonetic;  // initials, as they came; may be empty, may hold several readings
+};
+
+// A list holds no more than this, whatever comes. Beyond the bytes the reply is not read, beyond the records its rows
+// are counted as dropped.
+struct CodeListLimits {
+    size_t bytes = 128u << 20;
+    size_t records = 1'000'000;
+};
+
+// The rows of one reply, in its order; doubled ones stay. Threads: one at a time; const calls any.
+class CodeList {
+  public:
+    // How long fields may be, in bytes. Rows with a longer code are dropped, longer names and phonetics are cut at a character.
+    static constexpr size_t kMaxCode = 31, kMaxMarket = 5, kMaxName = 127, kMaxPhonetic = 255;
+
+    CodeList() = default;
+    CodeList(CodeList&&) = default;  // records stay valid
+    CodeList& operator=(CodeList&&) = default;
+
+    // Reads a reply, which may go afterwards; takes time in proportion to the shorter of reply and limit. Rows that are
+    // no security (not four fields, text between fields, a quote that is not closed, a bad code or market) are dropped
+    // and counted as "code_list_row_refused"; the rows around them stay. What else counts: "code_list_cut" once when a
+    // limit was met, "code_list_text_cut" and "code_list_text_replaced" per name or phonetic that was too long
+    // or held no valid characters (each becomes '?').
+    static CodeList Parse(std::string_view reply, const CodeListLimits& limits = {});
+
+    const std::vector<CodeRecord>& Records() const { return m_records; }
+    bool empty() const { return m_records.empty(); }
+    size_t size() const { return m_records.size(); }
+    auto begin() const { return m_records.begin(); }
+    auto end() const { return m_records.end(); }
+
+  private:
+    std::unique_ptr<char[]> m_text;
+    std::vector<CodeRecord> m_records;
+};
+
+}  // namespace luadui
