@@ -22,8 +22,7 @@ struct CodeRecord {
     std::string_view phonetic;  // initials, as they came; may be empty, may hold several readings
 };
 
-// A list holds no more than this, whatever comes. Beyond the bytes the reply is not read, beyond the records its rows
-// are counted as dropped.
+// A list holds no more than this, whatever comes: behind it the reply is not read.
 struct CodeListLimits {
     size_t bytes = 128u << 20;
     size_t records = 1'000'000;
@@ -39,11 +38,11 @@ class CodeList {
     CodeList(CodeList&&) = default;  // records stay valid
     CodeList& operator=(CodeList&&) = default;
 
-    // Reads a reply, which may go afterwards; takes time in proportion to the shorter of reply and limit. Rows that are
-    // no security (not four fields, text between fields, a quote that is not closed, a bad code or market) are dropped
-    // and counted as "code_list_row_refused"; the rows around them stay. What else counts: "code_list_cut" once when a
-    // limit was met, "code_list_text_cut" and "code_list_text_replaced" per name or phonetic that was too long
-    // or held no valid characters (each becomes '?').
+    // Reads a reply, which may go afterwards, in time and memory in proportion to its size, up to the limits. Rows that
+    // are no security (not four fields, text between fields, a quote that is not closed, a bad code or market) are
+    // dropped and counted as "code_list_row_refused"; the rows of other lines stay. What else counts: "code_list_cut"
+    // once when a limit was met, "code_list_text_cut" a name or phonetic that was too long, "code_list_text_replaced"
+    // a row with bytes that are no character (each becomes '?').
     static CodeList Parse(std::string_view reply, const CodeListLimits& limits = {});
 
     const std::vector<CodeRecord>& Records() const { return m_records; }
@@ -53,7 +52,9 @@ class CodeList {
     auto end() const { return m_records.end(); }
 
   private:
-    std::unique_ptr<char[]> m_text;
+    class Reader;
+
+    std::unique_ptr<char[]> m_text;  // of the records
     std::vector<CodeRecord> m_records;
 };
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "codedata/elk_queue.h"
 #include "platform/export.h"
@@ -12,6 +13,7 @@
 namespace luadui {
 
 class CQueueLogElkItem;
+class CUIData;
 
 // The list is empty until a loader fills it; every lookup then answers as for an unknown security.
 //
@@ -20,7 +22,31 @@ class LUADUI_API CDataManager {
   public:
     static CDataManager& Instance();
 
-    // The host's word that its code list changed.
+    // Markets (data_manager_markets.cpp; the tables: codedata/market_map.h). Ids are texts such as "17". Until
+    // InitMarketMap has run no market is known.
+    static void InitMarketMap();
+    // The short name; "NULL" when there is none.
+    static std::string GetMarket(std::string_view id);
+    // The market's type number; 900 when it has none.
+    static int GetMarketNew(std::string_view id);
+    // How many markets have a name.
+    static int GetMarketMapSize();
+    // The first code of the market's exchange ("1" Shenzhen, "2" Shanghai, "6" STAR); `id` itself when no exchange has it.
+    static std::string GetMarketID(std::string_view id);
+
+    // The records of the securities with just this code, one for each market of a family that lists it
+    // (codedata/zqdm_info.h). Each goes into `out` under "code:market"; what else `out` holds stays. They answer how many
+    // there were. A list that is being loaded is waited for as in the lookups below.
+    static int GetCodeInfoFromList(std::string_view code, CUIData& out);      // every market
+    static int GetCodeInfoFromListBase(std::string_view code, CUIData& out);  // shares: 17 18 33 34 145 146
+    static int GetETFCodeInfoFromList(std::string_view code, CUIData& out);  // exchange-traded funds in 20 36
+    static int GetGgtCodeInfoFromList(std::string_view code, CUIData& out);  // Stock Connect: 153 156 73 76
+    static int GetHGgtCodeInfoFromList(std::string_view code, CUIData& out);  // by way of Shanghai: 153 156
+    static int GetSGgtCodeInfoFromList(std::string_view code, CUIData& out);  // by way of Shenzhen: 73 76
+    static int GetGzCodeInfoFromList(std::string_view code, CUIData& out);    // bonds and repo: 19 35
+
+    // The host's word that its code list changed. Whatever it says changed, the whole list is asked for again in the
+    // background, from where the last load had it; until that is there the old list answers.
     void Update_CodeList(uint16_t reason, uint32_t market, uint32_t first, uint32_t last);
     // Loads the list in the background from the script or file at `path`.
     void InitKeyFairy(const std::string& path);
