@@ -26,6 +26,7 @@ class AccountBook {
 
     const std::vector<Account>& Accounts() const { return m_accounts; }
     const std::vector<AccountGroup>& Groups() const { return m_groups; }
+    const std::vector<Security>& Securities() const { return m_securities; }
     // Null when there is no such account or security; both stay where they are.
     const Account* Find(std::string_view fundToken) const;
     Account* Find(std::string_view fundToken);

@@ -12,6 +12,7 @@ namespace terminal {
 enum DataType : int {
     kDataFailed = -1,  // an error answer that does not say of what kind of data
     kDataOfPage = 2001,
+    kDataQuotes = 2009,
     kDataChangeNotice = 2010,
     kDataOnline = 2011,
     kDataPush = 2012,

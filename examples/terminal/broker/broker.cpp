@@ -161,6 +161,7 @@ bool Broker::SetPrice(const std::string& code, Mills price) {
     _call([&] {
         done = m_exchange.SetPrice(code, price);
         _tellChanges();
+        _followQuotes(code);
         _planStep();
     });
     return done;
@@ -191,6 +192,24 @@ int Broker::Replay() {
         count = static_cast<int>(m_journal.size());
     });
     return count;
+}
+
+void Broker::ListSecurities(std::vector<ListedSecurity> securities) {
+    _call([&] { m_quotes.List(std::move(securities)); });
+}
+
+void Broker::FeedQuotes(int rows) {
+    _call([&] {
+        m_quotes.SetRate(std::clamp(rows, 0, QuoteFeed::kMostRows));
+        m_quoteStep = Clock::now();
+        _planQuotes();
+    });
+}
+
+std::vector<Quote> Broker::Quotes() {
+    std::vector<Quote> quotes;
+    _call([&] { quotes.assign(m_quotes.Quotes().begin(), m_quotes.Quotes().end()); });
+    return quotes;
 }
 
 bool Broker::ComeOnline(const std::string& fundToken) {
@@ -233,6 +252,10 @@ void Broker::_handle(const CUIData& request) {
         ++m_stats.requestsByType[TypeOf(request)];
     }
     _write(request);
+    if (QuoteFeed::IsAsked(request)) {
+        if (CUIData answer; m_quotes.Take(request, answer)) _deliver(answer, &Stats::answers);
+        return;
+    }
     CUIData params;
     request.GetData("Params", params);
     if (IsSet(params, "unsub")) return _unsubscribe(request);
@@ -297,6 +320,8 @@ void Broker::_unsubscribe(const CUIData& request) {
 void Broker::_tellChanges() {
     const auto changes = m_exchange.TakeChanges();
     for (const AccountChange& change : changes) _tell(change);
+    for (const AccountChange& change : changes)
+        for (const size_t row : change.orders) _followQuotes(change.account->orders[row].code);
     if (!changes.empty()) _planStep();
 }
 
@@ -352,6 +377,30 @@ void Broker::_step() {
     m_isStepPlanned = false;
     m_exchange.Step();
     _tellChanges();
+}
+
+void Broker::_planQuotes() {
+    if (m_quotes.Rate() > 0 && !m_isQuoteStepPlanned)
+        m_isQuoteStepPlanned = _post([this] { _feedQuotes(); }, kQuoteStep);
+}
+
+// A step is as long as it took: the rate holds when the thread is late, unless it is very late.
+void Broker::_feedQuotes() {
+    constexpr auto kLongest = std::chrono::microseconds(200'000);
+    m_isQuoteStepPlanned = false;
+    const auto now = Clock::now();
+    const auto passed = std::chrono::duration_cast<std::chrono::microseconds>(now - m_quoteStep);
+    m_quoteStep = now;
+    _pushQuotes(m_quotes.Step(std::min(passed, kLongest)));
+    _planQuotes();
+}
+
+void Broker::_followQuotes(std::string_view code) { _pushQuotes(m_quotes.Follow(code)); }
+
+void Broker::_pushQuotes(const std::vector<CUIData>& pushes) {
+    for (const CUIData& push : pushes) _deliver(push, &Stats::pushes);
+    std::lock_guard lock(m_mutex);
+    m_stats.quoteRows = m_quotes.RowCount();
 }
 
 void Broker::_notify(int type, const std::string& fundToken) {

@@ -20,6 +20,7 @@
 #include "broker/account_desk.h"
 #include "broker/exchange.h"
 #include "broker/fault_plan.h"
+#include "broker/quotes/quote_feed.h"
 
 namespace terminal {
 
@@ -41,6 +42,7 @@ class Broker {
   public:
     using Deliver = std::function<void(luadui::CUIData& record)>;
     static constexpr std::chrono::milliseconds kStep{20};
+    static constexpr std::chrono::milliseconds kQuoteStep{20};
 
     explicit Broker(Deliver deliver, const BrokerFiles& files = {});
     ~Broker();
@@ -63,6 +65,11 @@ class Broker {
     // What a server does that comes back: pushes all orders and deals of the day again, from the first to the last state
     // of each (the last kMaxJournal pushes). Returns how many pushes that were.
     int Replay();
+    // The securities that there are quotes of, instead of those before. Subscriptions end.
+    void ListSecurities(std::vector<ListedSecurity> securities);
+    // From now on so many rows of quotes a second are pushed, of those that somebody subscribed to, at most
+    // QuoteFeed::kMostRows; 0: none.
+    void FeedQuotes(int rows);
     // Tells the client that this account logged in. False when there is none. Waits for the broker's thread.
     bool ComeOnline(const std::string& fundToken);
     // See FaultPlan::Add.
@@ -70,6 +77,7 @@ class Broker {
 
     // The books as they are; empty when the broker does not run.
     std::vector<Account> Accounts();
+    std::vector<Quote> Quotes();
     // What the account service knows of a user; empty for one that it does not know.
     DeskUser Desk(const std::string& user);
     struct Stats {
@@ -77,6 +85,7 @@ class Broker {
         uint64_t answers = 0;
         uint64_t notices = 0;
         uint64_t pushes = 0;
+        uint64_t quoteRows = 0;  // in them
         std::map<int, uint64_t> requestsByType;
     };
     Stats GetStats() const;
@@ -105,12 +114,19 @@ class Broker {
     void _push(const luadui::CUIData& push, bool isKept);
     void _step();
     void _planStep();
+    void _feedQuotes();
+    void _planQuotes();
+    void _followQuotes(std::string_view code);
+    void _pushQuotes(const std::vector<luadui::CUIData>& pushes);
     void _notify(int type, const std::string& fundToken);
     void _deliver(luadui::CUIData record, uint64_t Stats::*counter);
 
     const Deliver m_deliver;
     Exchange m_exchange;
     AccountDesk m_desk;
+    QuoteFeed m_quotes{m_exchange};
+    bool m_isQuoteStepPlanned = false;
+    Clock::time_point m_quoteStep;  // when it was
     std::ofstream m_traffic;
     bool m_isStepPlanned = false;
     FaultPlan m_faults;

@@ -19,6 +19,13 @@ bool IsBetter(const Order& order, Mills price, Mills than) {
 
 }  // namespace
 
+std::vector<const Order*> Exchange::OpenOrders(std::string_view code) const {
+    std::vector<const Order*> orders;
+    for (const OpenOrder& open : m_open)
+        if (open.Get().IsOpen() && open.Get().code == code) orders.push_back(&open.Get());
+    return orders;
+}
+
 const Order* Exchange::Accept(std::string_view fundToken, const Ticket& ticket, std::string& error) {
     Account* const account = m_book.Find(fundToken);
     const Security* const security = m_book.FindSecurity(ticket.code);

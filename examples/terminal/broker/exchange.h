@@ -42,6 +42,8 @@ class Exchange {
     static constexpr size_t kMaxOrders = 10'000;  // of an account
 
     const AccountBook& Book() const { return m_book; }
+    // In the order of their arrival. Valid until the next order.
+    std::vector<const Order*> OpenOrders(std::string_view code) const;
 
     // Takes an order and holds money or shares for it; null, and nothing changed, when it is refused: `error` (UTF-8)
     // then says why. Valid until the next order.

@@ -48,10 +48,15 @@ bool IsWholeLots(const Security& security, Shares volume, bool isSale, Shares av
     return security.market == kStarMarket ? volume >= kLeastOfStar : volume % kLot == 0;
 }
 
-bool IsWithinLimits(const Security& security, Mills price) {
+std::pair<Mills, Mills> LimitsOf(const Security& security) {
     const bool isWide = security.market == kStarMarket || security.code.starts_with("300");
     const Mills room = security.previousClose * (isWide ? 20 : 10) / 100;
-    return price >= security.previousClose - room && price <= security.previousClose + room;
+    return {security.previousClose - room, security.previousClose + room};
+}
+
+bool IsWithinLimits(const Security& security, Mills price) {
+    const auto [lowest, highest] = LimitsOf(security);
+    return price >= lowest && price <= highest;
 }
 
 }  // namespace terminal

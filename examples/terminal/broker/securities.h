@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "broker/money.h"
@@ -26,6 +27,8 @@ std::string_view CurrencyOf(std::string_view market);
 // Whether an order may be for so many: whole lots, or, for a sale, all that can be sold.
 bool IsWholeLots(const Security& security, Shares volume, bool isSale, Shares available);
 
+// The lowest and the highest price of today.
+std::pair<Mills, Mills> LimitsOf(const Security& security);
 // Whether the exchange takes orders at this price today.
 bool IsWithinLimits(const Security& security, Mills price);
 
