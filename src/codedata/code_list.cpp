@@ -51,6 +51,7 @@ class CodeList::Reader {
                 _refuseRow();
             }
         }
+        if (m_isCut && m_fieldCount > 0) m_isRefused = true;  // nobody knows how it goes on
         _endRow();
         _count();
     }
