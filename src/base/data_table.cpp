@@ -3,6 +3,7 @@
 #include <string>
 
 #include "base/counters.h"
+#include "base/row_merge.h"
 #include "base/table_body.h"
 
 namespace luadui {
@@ -209,6 +210,13 @@ bool CDataTable::InsertRow(const CDataTable& source, int row) {
     const int added = AppendRow();
     if (added >= 0) _edit().SetRow(static_cast<uint32_t>(added), block);
     return added >= 0;
+}
+
+bool CDataTable::MergeRow(int row, const CDataTable& source, int sourceRow, const RowMerge& merge) {
+    if (!HasRow(_head(), row) || !HasRow(source._head(), sourceRow) || !merge.Fits(*this, source))
+        return false;
+    const RowPtr update = AsBody(source._head())->RowOf(static_cast<uint32_t>(sourceRow));
+    return _edit().MergeRow(static_cast<uint32_t>(row), update, merge);
 }
 
 }  // namespace luadui

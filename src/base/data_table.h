@@ -12,6 +12,7 @@
 
 namespace luadui {
 
+class RowMerge;
 class TableBody;
 
 // What reading a cell needs of a table's storage, here so that it is compiled into the loops that read.
@@ -138,6 +139,11 @@ class TESSEL_API CDataTable : public SharedValue<TableBody> {
     bool InsertTable(const CDataTable& source);
     // The same for one row of `source`. False when there is no such row, or no room for it.
     bool InsertRow(const CDataTable& source, int row);
+    // Updates `row` with a row of `source`, for whose columns and this table's `merge` was made: a cell that says
+    // something replaces the text here, others leave it. Colours stay as they are. What the row then holds is one
+    // block: that of `source`, shared, when nothing of the old texts and colours is left. False, and nothing changed,
+    // when there is no such row here or there, the columns are others, or the row would get too long (counted).
+    bool MergeRow(int row, const CDataTable& source, int sourceRow, const RowMerge& merge);
 
   private:
     const TableHead* _head() const noexcept { return static_cast<const TableHead*>(_body()); }

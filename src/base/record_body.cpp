@@ -114,6 +114,13 @@ const RecordEntry* RecordBody::_findAny(std::string_view key, uint32_t hash) con
     return m_index ? probe(m_index->Slots(), m_index->mask) : probe(m_slots, kSlots - 1);
 }
 
+const RecordEntry* RecordBody::_findAnew(const HashedKey& key, uint8_t& place) const noexcept {
+    const RecordEntry* const entry = FindEntry(key);
+    if (entry)
+        place = static_cast<uint8_t>(_positionOf(*entry));  // cut, it finds another entry: no worse than none
+    return entry;
+}
+
 ValueView RecordBody::At(const RecordBody* body, size_t index) noexcept {
     return body && index < body->m_count ? ValueView(body, body->Entries() + index) : ValueView();
 }

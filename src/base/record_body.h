@@ -104,6 +104,9 @@ class RecordBody final : public SharedBody {
     // moved to a larger block when it is full. `block` is the size of a first block. Keys, texts and handles
     // passed in may lie in the record itself. False when refused (counted).
     static bool Set(SharedHandle& owner, DataKey key, const DataValue& value, size_t block);
+    // Looks at `place` first, and leaves there where the key is.
+    static bool Set(SharedHandle& owner, const HashedKey& key, const DataValue& value, uint8_t& place,
+                    size_t block);
     // See RecordForm. `out` is empty.
     static void Read(const RecordForm& form, const SharedHandle& from, SharedHandle& out);
     static uint32_t PositionOf(const SharedHandle& record, DataKey key) noexcept;
@@ -125,6 +128,12 @@ class RecordBody final : public SharedBody {
     static ValueView Find(const RecordBody* body, const AnyKey& key) noexcept;
     template <class AnyKey>  // DataKey or HashedKey
     const RecordEntry* FindEntry(const AnyKey& key) const noexcept;
+    // The same with a guess where it is, which becomes the place where it was found.
+    const RecordEntry* FindEntry(const HashedKey& key, uint8_t& place) const noexcept {
+        if (place < m_count && _isAt(Entries()[place], key)) [[likely]]
+            return Entries() + place;
+        return _findAnew(key, place);
+    }
     // What the view of the entry answers, without a call where it is of the kind asked for.
     template <class AnyKey>
     static int64_t GetLong(const RecordBody* body, const AnyKey& key) noexcept;
@@ -193,7 +202,12 @@ class RecordBody final : public SharedBody {
     // Finding.
     bool _isAtShort(const RecordEntry& entry, std::string_view key, uint32_t hash) const noexcept;
     bool _isAt(const RecordEntry& entry, std::string_view key, uint32_t hash) const noexcept;
+    bool _isAt(const RecordEntry& entry, const HashedKey& key) const noexcept {
+        return key.view.size() <= kShortKey ? _isAtShort(entry, key.view, key.hash)
+                                            : _isAt(entry, key.view, key.hash);
+    }
     const RecordEntry* _findAny(std::string_view key, uint32_t hash) const noexcept;
+    const RecordEntry* _findAnew(const HashedKey& key, uint8_t& place) const noexcept;
     uint32_t _slotOf(std::string_view key, uint32_t hash) const noexcept;
     RecordEntry* _find(DataKey key) noexcept { return const_cast<RecordEntry*>(FindEntry(key)); }
     void _indexEntry(uint32_t position) noexcept;

@@ -243,6 +243,16 @@ bool RecordBody::Set(SharedHandle& owner, DataKey key, const DataValue& value, s
     return _setAny(owner, key, value, block);
 }
 
+bool RecordBody::Set(SharedHandle& owner, const HashedKey& key, const DataValue& value, uint8_t& place,
+                     size_t block) {
+    auto* body = static_cast<RecordBody*>(owner._body());
+    if (body && body->IsUnique() && _isPlain(value)) {
+        auto* const entry = const_cast<RecordEntry*>(body->FindEntry(key, place));
+        if (entry && body->_overwritePlain(*entry, value)) return true;
+    }
+    return Set(owner, key, value, block);
+}
+
 bool RecordBody::_setFirst(SharedHandle& owner, DataKey key, const DataValue& value, size_t block) {
     owner._setBody(_create(block));
     return Set(owner, key, value, block);

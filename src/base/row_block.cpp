@@ -7,13 +7,13 @@
 #include <limits>
 #include <new>
 
+#include "base/short_bytes.h"
 #include "base/table_header.h"
 
 namespace luadui {
 namespace {
 
-// Half of what the offsets reach: the other half is enough for the offsets themselves and the zero bytes.
-constexpr size_t kMaxText = size_t{1} << 31;
+constexpr size_t kShortText = 64;
 constexpr size_t kMaxBlock = std::numeric_limits<uint32_t>::max() - 64;
 
 // Allocators hand out multiples of 16 and keep a word of each for themselves: what would be lost is room
@@ -167,7 +167,11 @@ bool RowBlock::_setInPlace(uint32_t cell, std::string_view text) noexcept {
 
 void RowBlock::_append(std::string_view text) noexcept {
     char* to = _bytes() + _end();
-    if (!text.empty()) std::memcpy(to, text.data(), text.size());
+    if (text.size() <= kShortText) {
+        CopyShort(to, text.data(), text.size());
+    } else {
+        std::memcpy(to, text.data(), text.size());
+    }
     to[text.size()] = '\0';
     const auto end = static_cast<uint32_t>(_end() + text.size() + 1);
     _starts()[++m_cells] = end;

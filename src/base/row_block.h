@@ -16,6 +16,7 @@ namespace luadui {
 
 class ColumnMap;
 class RowBlock;
+class RowMerge;
 using RowPtr = RefPtr<RowBlock>;  // null is a row without cells and colours
 
 // The colours of a row and its cells; only rows that have any own one.
@@ -61,10 +62,16 @@ class RowBlock : public RefCounted {
     static void Trim(RowPtr& row);
     // The same row in other columns: cell i holds what was in cell map[i].
     static RowPtr Mapped(const RowBlock& row, const ColumnMap& map);
+    // Updates `row`, see CDataTable::MergeRow; either may be null. False, and nothing changed, when the row would have
+    // more text than its offsets reach.
+    static bool Merge(RowPtr& row, const RowPtr& update, const RowMerge& merge);
 
     static void Destroy(RowBlock* row) noexcept;
 
   private:
+    // Half of what the offsets reach: the other half is enough for the offsets themselves and the zero bytes.
+    static constexpr size_t kMaxText = size_t{1} << 31;
+
     explicit RowBlock(uint32_t cellRoom, uint32_t capacity) noexcept
         : m_cellRoom(cellRoom), m_capacity(capacity) {
         _starts()[0] = static_cast<uint32_t>(sizeof(RowBlock) + (size_t{cellRoom} + 1) * sizeof(uint32_t));
@@ -83,6 +90,11 @@ class RowBlock : public RefCounted {
     void _append(std::string_view text) noexcept;
     void _appendEmptyUpTo(uint32_t cells) noexcept;
     void _appendFrom(const RowBlock& from, uint32_t first, uint32_t last) noexcept;
+    // For merging, see base/row_merge.h.
+    bool _says(uint32_t cell, std::string_view nothing) const noexcept;
+    bool _replaces(const RowBlock& old, std::string_view nothing) const noexcept;
+    void _appendMerged(const RowBlock& old, const RowBlock& update, const RowMerge& merge) noexcept;
+    static void _replaceTexts(RowPtr& row, const RowBlock& texts);
 
     uint32_t m_cells = 0;
     uint32_t m_cellRoom;

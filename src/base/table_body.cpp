@@ -90,6 +90,12 @@ RowPtr TableBody::RowOf(uint32_t row) const {
 
 void TableBody::SetRow(uint32_t row, const RowPtr& cells) { _editRow(row) = cells; }
 
+bool TableBody::MergeRow(uint32_t row, const RowPtr& update, const RowMerge& merge) {
+    if (RowBlock::Merge(_editRow(row), update, merge)) return true;
+    CCounters::Add("table_text_limit");
+    return false;
+}
+
 void TableBody::Append() {
     uint32_t first = 0;
     if (RowLeaf* last = RowCount() ? _ownLeaf(RowCount() - 1, first) : nullptr) {

@@ -33,6 +33,8 @@ class TableBody final : public TableHead {
     // The row in the columns of this table: shared, unless it is read through maps. May be null: empty.
     RowPtr RowOf(uint32_t row) const;
     void SetRow(uint32_t row, const RowPtr& cells);
+    // False when the row would get too long.
+    bool MergeRow(uint32_t row, const RowPtr& update, const RowMerge& merge);
     void Append();
     void Erase(uint32_t row);
     void EraseAll();

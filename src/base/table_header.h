@@ -32,7 +32,7 @@ class TableHeader : public RefCounted {
     // True when the columns of `other` have the names of our first columns, in the same order: cells then
     // need no map. One comparison of bytes.
     bool StartsWith(const TableHeader& other) const noexcept {
-        return m_names.compare(0, other.m_names.size(), other.m_names) == 0;
+        return this == &other || m_names.compare(0, other.m_names.size(), other.m_names) == 0;
     }
 
     static void Destroy(TableHeader* header) noexcept { delete header; }

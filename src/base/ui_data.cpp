@@ -38,6 +38,12 @@ TextView CUIData::GetDataText(const HashedKey& key) const noexcept {
     return RecordBody::GetText(_read(), key);
 }
 
+TextView CUIData::GetDataText(const HashedKey& key, uint8_t& place) const noexcept {
+    const RecordBody* const body = _read();
+    const RecordEntry* const entry = body ? body->FindEntry(key, place) : nullptr;
+    return entry && entry->kind == kDataString ? body->Text(*entry) : TextView();
+}
+
 ValueView CUIData::GetDataView(const HashedKey& key) const noexcept { return RecordBody::Find(_read(), key); }
 
 bool CUIData::IsShared(DataKey key) const noexcept { return _find(key).IsShared(); }
@@ -75,6 +81,10 @@ void CUIData::SetData(DataKey key, const ValueView& value) {
         case kDataNull:
             return;
     }
+}
+
+void CUIData::SetData(const HashedKey& key, DataValue value, uint8_t& place) {
+    RecordBody::Set(*this, key, value, place, RecordBody::kRecordBlock);
 }
 
 bool CUIData::Remove(DataKey key) { return RecordBody::Remove(*this, key); }

@@ -49,6 +49,9 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     // The same for a value of another record, list or JSON object, whatever its kind. An absent value and a
     // JSON null change nothing.
     void SetData(DataKey key, const ValueView& value);
+    // The same for those who come back to the same entries of a record again and again: `place` is where the key was
+    // found last, for other records any number. Fastest where it is there still.
+    void SetData(const HashedKey& key, DataValue value, uint8_t& place);
     // Puts the entry and `value` on the same content. False, counted as "shared_ring_refused" and nothing
     // changed, when the record would come to hold itself.
     template <DataHandle T>
@@ -88,6 +91,7 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     // Without a copy: valid until this record changes or goes.
     TextView GetDataText(DataKey key) const noexcept;
     TextView GetDataText(const HashedKey& key) const noexcept;
+    TextView GetDataText(const HashedKey& key, uint8_t& place) const noexcept;  // see SetData
     // The value as it is; absent when there is no such key.
     ValueView GetDataView(DataKey key) const noexcept { return _find(key); }
     ValueView GetDataView(const HashedKey& key) const noexcept;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/counters.h"
+#include "base/row_merge.h"
 
 namespace luadui {
 namespace {
@@ -202,12 +203,31 @@ class RandomTables {
         pair.model.Insert(single);
     }
 
+    // The same; nearly always the other has some columns in common, and often all.
+    void _mergeRow(Pair& pair) {
+        const std::string nothing(1, static_cast<char>('a' + _upTo(26)));
+        const Pair& source = m_pairs[_upTo(m_pairs.size())];
+        const size_t row = _upTo(pair.model.rows.size() + 1), from = _upTo(source.model.rows.size() + 1);
+        const bool valid = row < pair.model.rows.size() && from < source.model.rows.size();
+        const RowMerge merge(pair.table, source.table, nothing);
+        EXPECT_EQ(pair.table.MergeRow(static_cast<int>(row), source.table, static_cast<int>(from), merge),
+                  valid);
+        if (!valid) return;
+        const auto texts = source.model.rows[from].texts;
+        for (const auto& [col, text] : texts) {
+            const int to = pair.model.Find(source.model.columns[col].at("name"));
+            if (to >= 0 && text != nothing) pair.model.rows[row].texts[static_cast<size_t>(to)] = text;
+        }
+    }
+
     void _changeWhole(Pair& pair, uint32_t kind, int col) {
         const Pair other = m_pairs[_upTo(m_pairs.size())];
         if (kind < 30) {
             pair = other;
         } else if (kind < 40) {
             m_earlier[_upTo(m_earlier.size())] = pair;
+        } else if (kind < 50) {
+            _mergeRow(pair);
         } else if (kind < 60) {
             _insertRow(pair);
         } else if (kind < 75) {
@@ -309,6 +329,24 @@ TEST(DataTableTest, InsertCountsDroppedColumnsAndKeepsEqualNamesApart) {
     EXPECT_EQ(target.GetItemText(0, 0), "0");
     EXPECT_EQ(target.GetItemText(0, 1), "");
     EXPECT_EQ(target.GetItemText(0, 2), "2");
+}
+
+TEST(DataTableTest, MergedRowsShareTheBlockThatSaysAll) {
+    CDataTable source = WithColumns({"a", "b"});
+    source.AppendRow();
+    source.SetItemText(0, 0, "1");
+    CDataTable target = source;
+    const RowMerge merge(target, source, "-");
+    for (const auto& [old, isShared] : {std::pair("", true), {"2", false}}) {
+        target.SetItemText(0, 0, "x");
+        target.SetItemText(0, 1, old);
+        EXPECT_TRUE(target.MergeRow(0, source, 0, merge));
+        EXPECT_EQ(target.GetItemText(0, 0), "1");
+        EXPECT_EQ(target.GetItemText(0, 1), old);
+        EXPECT_EQ(target.GetItemText(0, 0).data() == source.GetItemText(0, 0).data(), isShared);
+    }
+    target.AddColumn("c");
+    EXPECT_FALSE(target.MergeRow(0, source, 0, merge)) << "made for other columns";
 }
 
 TEST(DataTableTest, TextsConvertAndOutliveOtherCopies) {
