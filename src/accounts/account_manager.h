@@ -116,9 +116,10 @@ class CAccountManager final : public CRequestObject, public AccountCommands, pri
     void _logFailure(const ResultEvent& event, const std::string& message);
     void _onSessionEvent(const CQueueRespData& push);
     std::string _keyOf(const CJsonObject& news);
+    std::string _keyOfToken(const std::string& token);
 
     // Notifications (account_manager_publications.cpp)
-    bool _publish(std::string_view key, const CJsonObject& data, const std::string& uuid = {});
+    bool _publish(std::string_view key, const std::string& data, const std::string& uuid = {});
     void _publishAccounts(const Event& row, const ResultEvent& event);
     void _publishGroups(const Event& row, const ResultEvent& event);
     void _publishStatus(const Event& row, const ResultEvent& event);
@@ -156,8 +157,8 @@ class CAccountManager final : public CRequestObject, public AccountCommands, pri
     std::string m_orderSource = "AccountManager";
     std::map<std::string, std::vector<std::string>, std::less<>> m_groupOrders;  // account ids by group id
     std::set<std::string, std::less<>> m_online;  // keys of the accounts that were told of as logged in
-    std::unordered_map<std::string, std::string>
-        m_tokens;                        // account keys by fund token, as of the last whole list
+    // Account keys by fund token, once somebody asked, until the next whole list.
+    std::optional<std::unordered_map<std::string, std::string>> m_tokens;
     std::optional<bool> m_logsFailures;  // "FullElkLog", once read
 };
 

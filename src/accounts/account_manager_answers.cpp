@@ -39,7 +39,7 @@ void CAccountManager::_send(const AccountAsker& asker, std::string_view fallback
     CJsonObject answer;
     if (asker.type == 0) {
         answer.Set("result", result);
-        _publish(asker.key.empty() ? fallbackKey : std::string_view(asker.key), answer, asker.uuid);
+        _publish(asker.key.empty() ? fallbackKey : std::string_view(asker.key), answer.ToText(), asker.uuid);
         return;
     }
     // What pages read of every answer stands beside it.

@@ -169,10 +169,23 @@ std::string CAccountManager::_keyOf(const CJsonObject& news) {
         if (std::string key = TextOf(news.Find(name)); !key.empty()) return key;
     }
     for (const std::string_view name : {"fund_token", "FundToken"}) {
-        const auto found = m_tokens.find(TextOf(news.Find(name)));
-        if (found != m_tokens.end()) return found->second;
+        if (std::string key = _keyOfToken(TextOf(news.Find(name))); !key.empty()) return key;
     }
     return {};
+}
+
+std::string CAccountManager::_keyOfToken(const std::string& token) {
+    if (token.empty()) return {};
+    if (!m_tokens) {
+        m_tokens.emplace();
+        for (const auto& [key, account] : m_accounts.All()) {
+            m_tokens->try_emplace(account->FundToken(), key);
+            for (const Portfolio& portfolio : account->GetPortfolios().All())
+                m_tokens->try_emplace(portfolio.fundToken, key);
+        }
+    }
+    const auto found = m_tokens->find(token);
+    return found == m_tokens->end() ? std::string() : found->second;
 }
 
 }  // namespace luadui

@@ -3,7 +3,7 @@
 #include "accounts/account_json.h"
 #include "accounts/account_manager.h"
 #include "accounts/account_request.h"
-#include "base/counters.h"
+#include "base/json_text.h"
 
 namespace luadui {
 namespace {
@@ -29,8 +29,10 @@ constexpr HostField kUnitFields[] = {
     {"IsSimulate", AccountField::kIsSimulated},    {"userKey", AccountField::kUserKey},
 };
 struct HostUnit {
-    std::string token, id, name;
+    std::string_view token, id, name;
 };
+
+constexpr size_t kBytesOfAccount = 512;  // of text, about
 
 // What is told comes from an account or, when that has gone, from its last JSON.
 std::string_view TextIn(const CAccount& account, AccountField field) { return account.Get(field); }
@@ -38,57 +40,56 @@ std::string_view TextIn(const CJsonObject& account, AccountField field) {
     return account.GetText(InfoOf(field).key);
 }
 
-std::vector<HostUnit> UnitsOf(const CAccount& account) {
-    std::vector<HostUnit> units;
+template <class Write>
+void ForEachUnit(const CAccount& account, Write write) {
     for (const Portfolio& portfolio : account.GetPortfolios().All())
-        units.push_back({portfolio.fundToken, portfolio.id, portfolio.name});
-    return units;
+        write(HostUnit{portfolio.fundToken, portfolio.id, portfolio.name});
 }
-std::vector<HostUnit> UnitsOf(const CJsonObject& account) {
-    std::vector<HostUnit> units;
+template <class Write>
+void ForEachUnit(const CJsonObject& account, Write write) {
     for (const auto [index, value] : account.GetArray("portfolios")) {
         CJsonObject portfolio;
         if (value.Get(portfolio))
-            units.push_back({portfolio.GetString("fund_token"), portfolio.GetString("portfolioid"),
-                             portfolio.GetString("portfolioname")});
+            write(HostUnit{portfolio.GetText("fund_token"), portfolio.GetText("portfolioid"),
+                           portfolio.GetText("portfolioname")});
     }
-    return units;
 }
 
 template <class Account>
-void AppendAccount(const Account& account, CDataList& list) {
-    CJsonObject json;
-    CDataList portfolios;
-    for (const auto& [name, field] : kHostFields) json.Set(name, TextIn(account, field));
-    for (const HostUnit& unit : UnitsOf(account)) {
-        CJsonObject portfolio;
-        portfolio.Set("fund_token", unit.token);
-        portfolio.Set("portfolioid", unit.id);
-        portfolio.Set("portfolioname", unit.name);
-        portfolios.Append(portfolio);
-    }
-    json.Set("portfolios", portfolios);
-    json.Set("state", LoginState(TextIn(account, AccountField::kCanUse)));
-    json.Set("loginMsg", TextIn(account, AccountField::kMessage));
-    list.Append(json);
+void WriteAccount(const Account& account, JsonText& json) {
+    json.BeginObject();
+    for (const auto& [name, field] : kHostFields) json.Member(name, TextIn(account, field));
+    json.Name("portfolios");
+    json.BeginArray();
+    ForEachUnit(account, [&](const HostUnit& unit) {
+        json.BeginObject();
+        json.Member("fund_token", unit.token);
+        json.Member("portfolioid", unit.id);
+        json.Member("portfolioname", unit.name);
+        json.EndObject();
+    });
+    json.EndArray();
+    json.Member("state", LoginState(TextIn(account, AccountField::kCanUse)));
+    json.Member("loginMsg", TextIn(account, AccountField::kMessage));
+    json.EndObject();
 }
 
 // In "PB_MODE": an entry per portfolio.
 template <class Account>
-void AppendUnits(const Account& account, CDataList& list) {
+void WriteUnits(const Account& account, JsonText& json) {
     const std::string_view product = TextIn(account, AccountField::kProductName);
-    for (const HostUnit& unit : UnitsOf(account)) {
-        CJsonObject json;
-        json.Set("state", LoginState(TextIn(account, AccountField::kCanUse)));
-        for (const auto& [name, field] : kUnitFields) json.Set(name, TextIn(account, field));
-        json.Set("fund_token", unit.token);
-        json.Set("portfolio_id", unit.id);
-        json.Set("portfolio_name", unit.name);
-        json.Set("product_id", TextIn(account, AccountField::kProductId));
-        json.Set("product_name", product);
-        json.Set("portfolioname_ex", (unit.name + ' ').append(product));
-        list.Append(json);
-    }
+    ForEachUnit(account, [&](const HostUnit& unit) {
+        json.BeginObject();
+        json.Member("state", LoginState(TextIn(account, AccountField::kCanUse)));
+        for (const auto& [name, field] : kUnitFields) json.Member(name, TextIn(account, field));
+        json.Member("fund_token", unit.token);
+        json.Member("portfolio_id", unit.id);
+        json.Member("portfolio_name", unit.name);
+        json.Member("product_id", TextIn(account, AccountField::kProductId));
+        json.Member("product_name", product);
+        json.Member("portfolioname_ex", (std::string(unit.name) + ' ').append(product));
+        json.EndObject();
+    });
 }
 
 }  // namespace
@@ -97,19 +98,24 @@ void AppendUnits(const Account& account, CDataList& list) {
 // of the usable ones.
 void CAccountManager::_tellHostOfAccounts(const Event& row, const ResultEvent& event) {
     const bool isPbMode = m_accounts.User().isPbMode;
-    CDataList list;
+    JsonText json(event.accountKey.empty() ? m_accounts.All().size() * kBytesOfAccount : kBytesOfAccount);
+    const auto write = [&](const auto& account) {
+        isPbMode ? WriteUnits(account, json) : WriteAccount(account, json);
+    };
+    json.BeginObject();
+    json.Member("action", row.action);
+    json.Name("accountList");
+    json.BeginArray();
     if (!event.accountKey.empty()) {
-        isPbMode ? AppendUnits(event.payload, list) : AppendAccount(event.payload, list);
+        write(event.payload);
     } else {
         for (const CAccount* const account : m_accounts.InOrder()) {
-            if (!account || (isPbMode && !account->CanUse())) continue;
-            isPbMode ? AppendUnits(*account, list) : AppendAccount(*account, list);
+            if (account && (!isPbMode || account->CanUse())) write(*account);
         }
     }
-    CJsonObject params;
-    params.Set("action", row.action);
-    params.Set("accountList", list);
-    SendLuaSync("OnAccountChanged", params.ToText(), std::string(kModuleAccountManager));
+    json.EndArray();
+    json.EndObject();
+    SendLuaSync("OnAccountChanged", json.Take(), std::string(kModuleAccountManager));
 }
 
 void CAccountManager::_tellHostOfGroup(const Event& row, const ResultEvent& event) {

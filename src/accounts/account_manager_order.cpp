@@ -204,7 +204,7 @@ void CAccountManager::_tellOrder() {
     const CJsonObject data = _orderJson();
     const int32_t self = GetHandle();
     m_accounts.Order().Write();
-    if (_isAlive(self)) _publish("ClientAccountOrderChanged", data);
+    if (_isAlive(self)) _publish("ClientAccountOrderChanged", data.ToText());
 }
 
 void CAccountManager::_saveOrderSoon(const Event&, const ResultEvent&) {

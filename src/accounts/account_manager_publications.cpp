@@ -6,6 +6,7 @@
 #include "accounts/account_json.h"
 #include "accounts/account_manager.h"
 #include "base/counters.h"
+#include "base/json_text.h"
 #include "messaging/guid.h"
 
 namespace luadui {
@@ -28,22 +29,27 @@ constexpr AccountField kPublished[] = {
     AccountField::kCanUse};
 constexpr std::string_view kStatus[] = {"accountkey", "accountname", "nickname", "canuse", "AccountMsg"};
 
-CDataList PortfoliosJson(const CAccount& account) {
-    CDataList list;
+constexpr size_t kBytesOfAccount = 1024;  // of text, about
+
+void WritePortfolios(const CAccount& account, JsonText& json) {
+    json.BeginArray();
     for (const Portfolio& portfolio : account.GetPortfolios().All()) {
-        CJsonObject json = portfolio.ToJson();
-        json.Remove("is_default");
-        list.Append(json);
+        json.BeginObject();
+        for (const PortfolioField& field : kPortfolioFields) {
+            if (field.text != &Portfolio::isDefault) json.Member(field.key, portfolio.*field.text);
+        }
+        json.EndObject();
     }
-    return list;
+    json.EndArray();
 }
 
-CJsonObject PublishedJson(const CAccountList& accounts, const CAccount& account) {
-    CJsonObject json;
-    for (const AccountField field : kPublished) json.Set(InfoOf(field).key, account.Get(field));
-    json.Set("portfolios", PortfoliosJson(account));
-    json.Set("order", OrderOf(accounts, account));
-    return json;
+void WriteAccount(const CAccount& account, std::string_view order, JsonText& json) {
+    json.BeginObject();
+    for (const AccountField field : kPublished) json.Member(InfoOf(field).key, account.Get(field));
+    json.Name("portfolios");
+    WritePortfolios(account, json);
+    json.Member("order", order);
+    json.EndObject();
 }
 
 constexpr auto IsTold = [](const AccountFieldInfo& info) { return info.IsSerialised() && !info.isSecret; };
@@ -58,13 +64,13 @@ CQueueRespData CachePush(std::string_view topic) {
 
 }  // namespace
 
-bool CAccountManager::_publish(std::string_view key, const CJsonObject& data, const std::string& uuid) {
+bool CAccountManager::_publish(std::string_view key, const std::string& data, const std::string& uuid) {
     CQueueReqItem notification;
     notification.SetData("REQTYPE", kReqNotification);
     notification.SetData("UUID", NewGuid());
     CUIData params;
     params.SetData("_SUBKEY", key);
-    params.SetData("_SEND_DATA", data.ToText());
+    params.SetData("_SEND_DATA", data);
     params.SetData("_DATATYPE", kNotificationDataType);
     params.SetData("_UUID", uuid.empty() ? NewGuid() : uuid);
     notification.SetData("Params", params);
@@ -74,27 +80,26 @@ bool CAccountManager::_publish(std::string_view key, const CJsonObject& data, co
 }
 
 void CAccountManager::_publishAccounts(const Event&, const ResultEvent&) {
-    CDataList accounts, groups;
-    m_tokens.clear();
+    m_tokens.reset();
+    JsonText json(m_accounts.All().size() * kBytesOfAccount);
+    json.BeginObject();
+    json.Name("clientaccounts");
+    json.BeginArray();
     for (const CAccount* const account : m_accounts.InOrder()) {
-        if (!account) continue;
-        accounts.Append(PublishedJson(m_accounts, *account));
-        const std::string key(account->Get(AccountField::kAccountKey));
-        m_tokens.emplace(account->FundToken(), key);
-        for (const Portfolio& portfolio : account->GetPortfolios().All())
-            m_tokens.emplace(portfolio.fundToken, key);
+        if (account) WriteAccount(*account, OrderOf(m_accounts, *account), json);
     }
-    m_tokens.erase("");
+    json.EndArray();
+    json.Name("clientgroups");
+    json.BeginArray();
     for (const auto& [id, group] : m_groups.All()) {
-        CJsonObject json;
-        json.Set("groupid", id);
-        json.Set("accountlist", _membersText(*group));
-        groups.Append(json);
+        json.BeginObject();
+        json.Member("groupid", id);
+        json.Member("accountlist", _membersText(*group));
+        json.EndObject();
     }
-    CJsonObject data;
-    data.Set("clientaccounts", accounts);
-    data.Set("clientgroups", groups);
-    _publish("ClientAccountChanged", data);
+    json.EndArray();
+    json.EndObject();
+    _publish("ClientAccountChanged", json.Take());
 }
 
 CDataList CAccountManager::_groupsJson() const {
@@ -114,7 +119,7 @@ void CAccountManager::_tellGroups() {
     CJsonObject data;
     data.Set("clientgroups", _groupsJson());
     const int32_t self = GetHandle();
-    _publish("CLIENT_ACCOUNTGROUP_CHANGED", data);
+    _publish("CLIENT_ACCOUNTGROUP_CHANGED", data.ToText());
     if (!_isAlive(self)) return;
     CQueueRespData push = CachePush("AccountGroup");
     push.SetData("JsonData", data);
@@ -125,7 +130,7 @@ void CAccountManager::_publishStatus(const Event&, const ResultEvent& event) {
     CJsonObject data;
     for (const std::string_view name : kStatus) data.Set(name, event.payload.GetText(name));
     data.Set("AccountStatus", LoginState(event.payload.GetText("canuse")));
-    _publish("CLIENT_MODIFY_ACCOUNT_STATUS", data);
+    _publish("CLIENT_MODIFY_ACCOUNT_STATUS", data.ToText());
 }
 
 // Tells of who is logged in as soon as the next changes, which often come together, are in.

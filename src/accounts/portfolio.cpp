@@ -11,27 +11,11 @@
 namespace luadui {
 namespace {
 
-struct PortfolioField {
-    std::string_view key;     // in our JSON
-    std::string_view column;  // in the server's tables
-    std::string Portfolio::*text;
-};
-
-// In the order of the JSON.
-constexpr PortfolioField kFields[] = {
-    {"portfolioid", "portfolio_id", &Portfolio::id},
-    {"portfolioname", "portfolio_name", &Portfolio::name},
-    {"portfoliocode", "portfolio_code", &Portfolio::code},
-    {"portfolioremarks", "remarks", &Portfolio::remarks},
-    {"is_default", "is_default", &Portfolio::isDefault},
-    {"fund_token", "fund_token", &Portfolio::fundToken},
-};
-
 Portfolio FromCells(std::span<const JsonCell> cells) {
     Portfolio portfolio;
     for (const JsonCell& cell : cells) {
-        const auto* const field = std::ranges::find(kFields, cell.name, &PortfolioField::column);
-        if (field != std::end(kFields)) portfolio.*field->text = cell.text;
+        const auto* const field = std::ranges::find(kPortfolioFields, cell.name, &PortfolioField::column);
+        if (field != std::end(kPortfolioFields)) portfolio.*field->text = cell.text;
     }
     return portfolio;
 }
@@ -40,7 +24,7 @@ Portfolio FromCells(std::span<const JsonCell> cells) {
 
 CJsonObject Portfolio::ToJson() const {
     CJsonObject json;
-    for (const PortfolioField& field : kFields) json.Set(field.key, this->*field.text);
+    for (const PortfolioField& field : kPortfolioFields) json.Set(field.key, this->*field.text);
     return json;
 }
 
@@ -94,7 +78,7 @@ bool ReadPortfolios(std::string_view text, Portfolios& out) {
 
 Portfolio PortfolioOfRow(const CDataTable& table, int row) {
     Portfolio portfolio;
-    for (const PortfolioField& field : kFields)
+    for (const PortfolioField& field : kPortfolioFields)
         portfolio.*field.text = std::string_view(table.GetItemText(row, field.column));
     return portfolio;
 }

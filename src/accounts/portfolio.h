@@ -27,6 +27,22 @@ struct Portfolio {
     bool operator==(const Portfolio&) const = default;
 };
 
+struct PortfolioField {
+    std::string_view key;     // in our JSON
+    std::string_view column;  // in the server's tables
+    std::string Portfolio::*text;
+};
+
+// In the order of the JSON.
+inline constexpr PortfolioField kPortfolioFields[] = {
+    {"portfolioid", "portfolio_id", &Portfolio::id},
+    {"portfolioname", "portfolio_name", &Portfolio::name},
+    {"portfoliocode", "portfolio_code", &Portfolio::code},
+    {"portfolioremarks", "remarks", &Portfolio::remarks},
+    {"is_default", "is_default", &Portfolio::isDefault},
+    {"fund_token", "fund_token", &Portfolio::fundToken},
+};
+
 // The portfolios of an account, in ascending order of their ids (as texts). Threads: one at a time.
 class Portfolios {
   public:

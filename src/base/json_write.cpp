@@ -1,72 +1,88 @@
-// Writing JSON text. jsoncpp quotes strings; the order of the members and the form of numbers are ours.
+// Writing JSON text. jsoncpp escapes strings; the order of the members and the form of numbers are ours.
 #include <json/json.h>
 
+#include <array>
 #include <cmath>
 #include <memory>
 #include <sstream>
 
 #include "base/counters.h"
 #include "base/json_object.h"
+#include "base/json_text.h"
 #include "base/text.h"
+#include "platform/code_page.h"
 
 namespace luadui {
 namespace {
 
-// Characters that stand for themselves in a JSON string.
-bool IsPlain(std::string_view text) {
-    for (const char c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) >= 0x7F || c == '"' ||
-            c == '\\') {
-            return false;
+// By byte: ASCII characters that stand for themselves in a JSON string.
+constexpr std::array<bool, 256> kIsPlain = [] {
+    std::array<bool, 256> plain{};
+    for (unsigned c = 0x20; c < 0x7F; ++c) plain[c] = c != '"' && c != '\\';
+    return plain;
+}();
+
+// How many bytes at `at` stand for themselves, as characters of two bytes do too.
+size_t PlainBytes(std::string_view text, size_t at) {
+    const size_t start = at;
+    while (at < text.size()) {
+        if (kIsPlain[static_cast<unsigned char>(text[at])]) {
+            ++at;
+        } else if (code_page::CharLength(text, at) == 2) {
+            at += 2;
+        } else {
+            break;
         }
     }
-    return true;
+    return at - start;
+}
+
+// With the quotes. For texts with control characters or broken ones.
+std::string Quoted(std::string_view text) {
+    static const auto* const factory = [] {
+        auto* const builder = new Json::StreamWriterBuilder;
+        (*builder)["indentation"] = "";
+        (*builder)["emitUTF8"] = true;
+        return builder;
+    }();
+    const std::unique_ptr<Json::StreamWriter> writer(factory->newStreamWriter());
+    std::ostringstream quoted;
+    writer->write(Json::Value(GbkToUtf8(text)), &quoted);
+    return Utf8ToGbk(quoted.str());
 }
 
 class Writer {
   public:
-    std::string Take() { return std::move(m_out); }
+    std::string Take() { return m_out.Take(); }
 
     void Object(const CJsonObject& object, int depth) {
-        char separator = '{';
+        m_out.BeginObject();
         for (const auto [name, value] : object) {
-            m_out += separator;
-            _quote(name);
-            m_out += ':';
+            m_out.Name(name);
             _value(value, depth);
-            separator = ',';
         }
-        m_out += object.IsEmpty() ? "{}" : "}";
+        m_out.EndObject();
     }
 
   private:
     void _array(const CDataList& list, int depth) {
-        char separator = '[';
-        for (const auto [name, value] : list) {
-            m_out += separator;
-            _value(value, depth);
-            separator = ',';
-        }
-        m_out += list.IsEmpty() ? "[]" : "]";
+        m_out.BeginArray();
+        for (const auto [name, value] : list) _value(value, depth);
+        m_out.EndArray();
     }
 
     void _value(const ValueView& value, int depth) {
         switch (value.Kind()) {
             case kDataNull:
-                m_out += "null";
-                return;
+                return m_out.Json("null");
             case kDataBoolean:
-                m_out += value.AsBool() ? "true" : "false";
-                return;
+                return m_out.Json(value.AsBool() ? "true" : "false");
             case kDataString:
-                _quote(value.AsText());
-                return;
+                return m_out.Text(value.AsText());
             case kDataInteger:
-                _integer(value);
-                return;
+                return _integer(value);
             case kDataDouble:
-                _double(value.AsDouble());
-                return;
+                return _double(value.AsDouble());
             default:
                 _nested(value, depth + 1);
         }
@@ -88,47 +104,76 @@ class Writer {
 
     void _integer(const ValueView& value) {
         // Above the range of int64_t a value reads as a larger double than as an integer, which wraps.
-        m_out += value.AsLong() < 0 && value.AsDouble() > 0
-                     ? std::to_string(static_cast<uint64_t>(value.AsLong()))
-                     : std::to_string(value.AsLong());
+        m_out.Json(value.AsLong() < 0 && value.AsDouble() > 0
+                       ? std::to_string(static_cast<uint64_t>(value.AsLong()))
+                       : std::to_string(value.AsLong()));
     }
 
     void _double(double value) {
         if (!std::isfinite(value)) return _drop();
-        const std::string text = DoubleText(value);
-        m_out += text;
+        std::string text = DoubleText(value);
         if (text.find_first_of(".e") == std::string::npos)
-            m_out += ".0";  // or it would read back as an integer
+            text += ".0";  // or it would read back as an integer
+        m_out.Json(text);
     }
 
     void _drop() {
-        m_out += "null";
+        m_out.Json("null");
         CCounters::Add("json_value_dropped");
     }
 
-    void _quote(std::string_view text) {
-        if (IsPlain(text)) {
-            m_out.append(1, '"').append(text).append(1, '"');
-            return;
-        }
-        if (!m_quoter) {
-            Json::StreamWriterBuilder builder;
-            builder["indentation"] = "";
-            builder["emitUTF8"] = true;
-            m_quoter.reset(builder.newStreamWriter());
-        }
-        const std::string utf8 = GbkToUtf8(text);
-        m_quoted.str({});
-        m_quoter->write(Json::Value(utf8), &m_quoted);
-        m_out += Utf8ToGbk(m_quoted.str());
-    }
-
-    std::string m_out;
-    std::unique_ptr<Json::StreamWriter> m_quoter;
-    std::ostringstream m_quoted;
+    JsonText m_out;
 };
 
 }  // namespace
+
+void JsonText::Name(std::string_view name) {
+    _separate();
+    _quote(name);
+    m_text += ':';
+    m_isBehindValue = false;
+}
+
+void JsonText::Text(std::string_view text) {
+    _separate();
+    _quote(text);
+    m_isBehindValue = true;
+}
+
+void JsonText::Json(std::string_view json) {
+    _separate();
+    m_text += json;
+    m_isBehindValue = true;
+}
+
+void JsonText::_open(char bracket) {
+    _separate();
+    m_text += bracket;
+    m_isBehindValue = false;
+}
+
+void JsonText::_close(char bracket) {
+    m_text += bracket;
+    m_isBehindValue = true;
+}
+
+void JsonText::_quote(std::string_view text) {
+    const size_t start = m_text.size();
+    m_text += '"';
+    for (size_t at = 0; at < text.size();) {
+        const size_t plain = PlainBytes(text, at);
+        m_text.append(text, at, plain);
+        at += plain;
+        if (at == text.size()) break;
+        if (text[at] != '"' && text[at] != '\\') {
+            m_text.resize(start);
+            m_text += Quoted(text);
+            return;
+        }
+        (m_text += '\\') += text[at++];
+    }
+    m_text += '"';
+}
 
 std::string CJsonObject::ToText() const {
     Writer writer;
