@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <new>
 
-#include "base/counters.h"
-
 namespace luadui {
 
 CDataManager& CDataManager::Instance() {
@@ -13,20 +11,6 @@ CDataManager& CDataManager::Instance() {
     alignas(CDataManager) static std::byte place[sizeof(CDataManager)];
     static auto* const manager = new (place) CDataManager;
     return *manager;
-}
-
-void CDataManager::Update_CodeList(uint16_t, uint32_t, uint32_t, uint32_t) {
-    CCounters::Add("code_list_without_loader");
-}
-
-void CDataManager::InitKeyFairy(const std::string&) { CCounters::Add("code_list_without_loader"); }
-
-size_t CDataManager::KeyFairyCount() const { return 0; }
-
-std::wstring CDataManager::GetZqmcFromFairy(const std::wstring&, const std::wstring&) const { return {}; }
-
-std::wstring CDataManager::GetMarketByCodeAndZQMC(const std::wstring&, const std::wstring&) const {
-    return {};
 }
 
 void CDataManager::PushELK(CQueueLogElkItem& item) { m_elkQueue.Push(item); }

@@ -6,12 +6,16 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "codedata/code_candidates.h"
 #include "codedata/elk_queue.h"
+#include "platform/duilib.h"
 #include "platform/export.h"
 
 namespace luadui {
 
+class CDataTable;
 class CQueueLogElkItem;
 class CUIData;
 
@@ -48,15 +52,45 @@ class LUADUI_API CDataManager {
     // The host's word that its code list changed. Whatever it says changed, the whole list is asked for again in the
     // background, from where the last load had it; until that is there the old list answers.
     void Update_CodeList(uint16_t reason, uint32_t market, uint32_t first, uint32_t last);
-    // Loads the list in the background from the script or file at `path`.
-    void InitKeyFairy(const std::string& path);
-    // How many entries the keyboard wizard's table holds.
-    size_t KeyFairyCount() const;
+    // Loading (codedata/code_loader.h).
 
-    // The short name of a security; empty when there is none with this code in this market.
-    std::wstring GetZqmcFromFairy(const std::wstring& code, const std::wstring& market) const;
-    // The market id of the security with this code and short name; empty when there is none.
-    std::wstring GetMarketByCodeAndZQMC(const std::wstring& code, const std::wstring& name) const;
+    // Loads the list in the background from the source at `path` (code page 936; empty: the host's own). Every call is a
+    // load of its own, one after the other. False when no thread could be started.
+    static bool InitKeyFairy(const std::string& path);
+    // Adds the exchange-traded funds of a table that a page got from the server, so that lookups and search boxes find
+    // them: columns "stock_code" or "SecurityID", "stock_name" or "SecurityName", "stock_marketid" or "Market", and, if
+    // there, "stock_phonetic". A market is an id or an exchange code, which stands for the exchange's market of funds
+    // ("20" or "36"). Nothing that is there is replaced: what the list has, now or after a later load, stays as it
+    // is. Answers how many were added; lookups find them some moments later. Rows without code or market count as
+    // "code_list_row_unusable".
+    static int InitETFKeyFairy(const CDataTable& funds);
+
+    // The keyboard wizard. What a search key is: codedata/code_book.h. A lookup waits for a load that InitKeyFairy
+    // ordered (how long: codedata/code_loader.h); texts that are not found are empty.
+
+    // 1 when some search key contains the upper-cased query, else 0. An empty query is in none.
+    static int isFindCodeFromKeyFairy(const CDuiString& query);
+    // The market of the first entry, in key order, whose key contains the upper-cased query.
+    static CDuiString GetMarketFromKeyFairy(const CDuiString& query);
+    static CDuiString GetMarketCodeFromKeyFairy(const CDuiString& query);
+    // The short name of the first such entry whose market is exactly `market`.
+    static CDuiString GetZqmcFromKeyFairy(const CDuiString& query, const CDuiString& market);
+    // The short name of the security with just this code, upper and lower case being different, and its market; of several
+    // that of the market that the code list query names first. `market` is unchanged when there is none.
+    static CDuiString GetZqmcFromZqdmFairy(const CDuiString& code, CDuiString& market);
+    // How many entries there are.
+    static int Get_KeyFairy_Size();
+    // Up to `max` securities for a search box, best first, with what matched (codedata/code_candidates.h). Does not wait.
+    static std::vector<CodeCandidate> FindCandidates(const CDuiString& query, size_t max);
+
+    // The short name of the security with this code in this market, which is an id or, when the code has no entry with that
+    // id, an exchange code.
+    static CDuiString GetZqmcFromFairy(const CDuiString& code, const CDuiString& market);
+    // The market id of the security with this code and short name.
+    static CDuiString GetMarketByCodeAndZQMC(const CDuiString& code, const CDuiString& name);
+    // The same for texts of code page 936, which need no conversion.
+    static std::string SecurityName(std::string_view code, std::string_view market);
+    static std::string SecurityMarket(std::string_view code, std::string_view name);
 
     // Queues what the item holds for shipping; the item stays the caller's. What becomes of it when too many
     // wait: codedata/elk_queue.h.

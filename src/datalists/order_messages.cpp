@@ -211,10 +211,7 @@ int64_t NextMessageNumber() {
 
 std::string OrderText(const OrderWords& order) {
     std::string text(order.name);
-    if (text.empty()) {
-        text = WideToGbk(
-            CDataManager::Instance().GetZqmcFromFairy(GbkToWide(order.code), GbkToWide(order.market)));
-    }
+    if (text.empty()) text = CDataManager::SecurityName(order.code, order.market);
     text.append(Gbk("（")).append(order.code).append(Gbk("），")).append(order.price).append(Gbk("元，"));
     return text.append(order.account).append(order.side).append(order.quantity).append(Gbk("股"));
 }

@@ -50,7 +50,7 @@ std::string RateText(Decimal marketValue, Decimal totalAssets) {
 
 // The market that the code list knows for the security.
 std::string LookUpMarket(std::string_view code, std::string_view name) {
-    return WideToGbk(CDataManager::Instance().GetMarketByCodeAndZQMC(GbkToWide(code), GbkToWide(name)));
+    return CDataManager::SecurityMarket(code, name);
 }
 
 void SetRates(CDataTable& positions, Decimal totalAssets, const char* unreadable) {

@@ -74,23 +74,20 @@ int handle_keyboard_callback(uint16_t reason, uint32_t market, uint32_t first, u
     return 0;
 }
 
-void init_keyfairy(const char* path) {
-    Guarded(kExportThrew, [&] { CDataManager::Instance().InitKeyFairy(TextOf(path)); });
+int init_keyfairy(const char* path) {
+    return Answered(-1, [&] { return CDataManager::InitKeyFairy(TextOf(path)) ? 0 : -1; });
 }
 
 unsigned int get_securityname(const char* code, char* buffer, const char* market, unsigned int size) {
     return Answered(0U, [&] {
-        const std::wstring name =
-            CDataManager::Instance().GetZqmcFromFairy(GbkToWide(TextOf(code)), GbkToWide(TextOf(market)));
-        return CopyAnswer(WideToGbk(name) + ":" + TextOf(market), buffer, size);
+        return CopyAnswer(CDataManager::SecurityName(TextOf(code), TextOf(market)) + ":" + TextOf(market),
+                          buffer, size);
     });
 }
 
 unsigned int get_marketbycodeandzqmc(const char* code, char* buffer, const char* name, unsigned int size) {
     return Answered(0U, [&] {
-        const std::wstring market =
-            CDataManager::Instance().GetMarketByCodeAndZQMC(GbkToWide(TextOf(code)), GbkToWide(TextOf(name)));
-        return CopyAnswer(WideToGbk(market), buffer, size);
+        return CopyAnswer(CDataManager::SecurityMarket(TextOf(code), TextOf(name)), buffer, size);
     });
 }
 

@@ -38,11 +38,17 @@ LUADUI_API int luaopen_luadui(struct lua_State* L);
 LUADUI_API unsigned int start_dui_thread(void);
 
 // Tells that the host's code list changed: `reason` says what kind of change, the other three are details of
-// the host (market id, first and last row). The list is read again in the background. Always 0.
+// the host (market id, first and last row). The four are a notice only: whatever they are, the whole list is asked for
+// again in the background, from where the last init_keyfairy had it; until it is there the old one answers. Notices
+// that come meanwhile cause one more turn. Without effect before the first init_keyfairy. Always 0.
 LUADUI_API int handle_keyboard_callback(uint16_t reason, uint32_t market, uint32_t first, uint32_t last);
 
-// Loads the code list in the background with the script or file at `path` (may be null: the default).
-LUADUI_API void init_keyfairy(const char* path);
+// Loads the code list in the background: the request-sync callback is asked for it on a thread of its own, with `path`
+// (copied; null or empty: the host's default) as its source. Until it is there get_securityname and
+// get_marketbycodeandzqmc wait, ten seconds at most; not so when called inside that callback. An answer that holds no
+// list leaves the old one in place. Each call is a load of its own, one after the other. 0, or -1 when the thread could
+// not be started. The module stays in memory from then on.
+LUADUI_API int init_keyfairy(const char* path);
 
 // Writes "name:market" of a security into `buffer`, without a terminating zero, when it fits into `size`
 // bytes. Returns the length in either case, so that the caller can come back with a larger buffer. An unknown

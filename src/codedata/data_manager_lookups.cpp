@@ -1,0 +1,135 @@
+// The keyboard wizard, names and markets of securities: answers from the code book of the moment.
+#include <optional>
+
+#include "base/data_table.h"
+#include "base/text.h"
+#include "codedata/code_book.h"
+#include "codedata/code_loader.h"
+#include "codedata/data_manager.h"
+#include "codedata/market_map.h"
+
+namespace luadui {
+namespace {
+
+using Reading = CurrentBook::Reading;
+
+std::wstring_view View(const CDuiString& text) {
+    return {text.GetData(), static_cast<size_t>(text.GetLength())};
+}
+
+CDuiString Text(std::wstring_view text) { return {text.data(), static_cast<int>(text.size())}; }
+
+std::string Narrow(const CDuiString& text) { return WideToGbk(View(text)); }
+
+// Nothing upper-cases a query that is longer than any key.
+std::optional<size_t> Search(const CodeBook& book, const CDuiString& query) {
+    if (View(query).size() > book.Index().LongestKey()) return std::nullopt;
+    CDuiString upper(query);
+    upper.MakeUpper();
+    return book.Search(View(upper));
+}
+
+CDuiString MarketOf(const CDuiString& query) {
+    const Reading book = CodeLoader::Instance().Read();
+    const auto entry = Search(*book, query);
+    return entry ? Text(book->WideMarket(*entry)) : CDuiString();
+}
+
+// The first of the columns that the table has.
+std::string_view Cell(const CDataTable& table, int row, std::initializer_list<const char*> columns) {
+    for (const char* const column : columns) {
+        if (const int at = table.FindColumn(column); at >= 0) return table.GetItemText(row, at);
+    }
+    return {};
+}
+
+// Servers tell the exchange where the list has the market.
+std::string_view FundMarketOf(std::string_view market) {
+    if (MarketNameOf(market) != kUnknownMarketName) return market;
+    for (const std::string_view funds : {"20", "36"}) {
+        if (IsMarketOfExchange(funds, market)) return funds;
+    }
+    return market;
+}
+
+}  // namespace
+
+bool CDataManager::InitKeyFairy(const std::string& path) { return CodeLoader::Instance().Load(path); }
+
+void CDataManager::Update_CodeList(uint16_t, uint32_t, uint32_t, uint32_t) {
+    CodeLoader::Instance().Reload();
+}
+
+int CDataManager::InitETFKeyFairy(const CDataTable& funds) {
+    std::vector<CodeLoader::Addition> additions;
+    for (int row = 0; row < funds.GetRowNumber(); ++row) {
+        const std::string_view market = Cell(funds, row, {"stock_marketid", "Market"});
+        additions.push_back({std::string(Cell(funds, row, {"stock_code", "SecurityID"})),
+                             std::string(Cell(funds, row, {"stock_name", "SecurityName"})),
+                             std::string(FundMarketOf(market)),
+                             std::string(Cell(funds, row, {"stock_phonetic"}))});
+    }
+    return static_cast<int>(CodeLoader::Instance().Add(std::move(additions)));
+}
+
+int CDataManager::isFindCodeFromKeyFairy(const CDuiString& query) {
+    const Reading book = CodeLoader::Instance().Read();
+    return Search(*book, query) ? 1 : 0;
+}
+
+CDuiString CDataManager::GetMarketFromKeyFairy(const CDuiString& query) { return MarketOf(query); }
+
+CDuiString CDataManager::GetMarketCodeFromKeyFairy(const CDuiString& query) { return MarketOf(query); }
+
+CDuiString CDataManager::GetZqmcFromKeyFairy(const CDuiString& query, const CDuiString& market) {
+    const Reading book = CodeLoader::Instance().Read();
+    if (View(query).size() > book->Index().LongestKey()) return {};
+    CDuiString upper(query);
+    upper.MakeUpper();
+    const auto entry = book->Search(View(upper), View(market));
+    return entry ? Text(book->WideName(*entry)) : CDuiString();
+}
+
+CDuiString CDataManager::GetZqmcFromZqdmFairy(const CDuiString& code, CDuiString& market) {
+    const Reading book = CodeLoader::Instance().Read();
+    const auto entry = book->Find(Narrow(code));
+    if (!entry) return {};
+    market = Text(book->WideMarket(*entry));
+    return Text(book->WideName(*entry));
+}
+
+int CDataManager::Get_KeyFairy_Size() { return static_cast<int>(CodeLoader::Instance().Read()->Size()); }
+
+std::vector<CodeCandidate> CDataManager::FindCandidates(const CDuiString& query, size_t max) {
+    const Reading book = CodeLoader::Instance().ReadNow();
+    if (View(query).size() > book->Index().LongestKey()) return {};
+    CDuiString upper(query);
+    upper.MakeUpper();
+    return luadui::FindCandidates(*book, View(upper), max);
+}
+
+CDuiString CDataManager::GetZqmcFromFairy(const CDuiString& code, const CDuiString& market) {
+    const Reading book = CodeLoader::Instance().Read();
+    const auto entry = book->Find(Narrow(code), Narrow(market));
+    return entry ? Text(book->WideName(*entry)) : CDuiString();
+}
+
+CDuiString CDataManager::GetMarketByCodeAndZQMC(const CDuiString& code, const CDuiString& name) {
+    const Reading book = CodeLoader::Instance().Read();
+    const auto entry = book->FindByName(Narrow(code), Narrow(name));
+    return entry ? Text(book->WideMarket(*entry)) : CDuiString();
+}
+
+std::string CDataManager::SecurityName(std::string_view code, std::string_view market) {
+    const Reading book = CodeLoader::Instance().Read();
+    const auto entry = book->Find(code, market);
+    return entry ? std::string(book->At(*entry).name) : std::string();
+}
+
+std::string CDataManager::SecurityMarket(std::string_view code, std::string_view name) {
+    const Reading book = CodeLoader::Instance().Read();
+    const auto entry = book->FindByName(code, name);
+    return entry ? std::string(book->At(*entry).market) : std::string();
+}
+
+}  // namespace luadui
