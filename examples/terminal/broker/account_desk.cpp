@@ -45,6 +45,17 @@ const DeskUser* AccountDesk::Find(std::string_view user) const {
     return found == m_users.end() ? nullptr : &found->second;
 }
 
+bool AccountDesk::ChangePassword(std::string_view user, std::string_view key, std::string password) {
+    const auto found = m_users.find(user);
+    if (found == m_users.end()) return false;
+    for (DeskAccount& account : found->second.accounts) {
+        if (account.code + "|" + account.broker + "|" + account.tradeType != key) continue;
+        account.password = std::move(password);
+        return true;
+    }
+    return false;
+}
+
 bool AccountDesk::_matches(const std::string& password, std::string_view cipher) const {
     if (cipher.empty()) return password.empty();
     auto clear = DecryptPassword(m_privateKey, cipher);

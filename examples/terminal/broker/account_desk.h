@@ -55,6 +55,9 @@ class AccountDesk {
     // The answer to such a request; an error ("DATATYPE" -1) when it is refused or unknown.
     luadui::CUIData Answer(const luadui::CUIData& request);
 
+    // The holder got another password, at a branch for instance. False when there is no such account ("1001|8|1").
+    bool ChangePassword(std::string_view user, std::string_view key, std::string password);
+
     // Null when there is no such user.
     const DeskUser* Find(std::string_view user) const;
 

@@ -222,6 +222,12 @@ bool Broker::ComeOnline(const std::string& fundToken) {
     return done;
 }
 
+bool Broker::ChangePassword(const std::string& user, const std::string& key, const std::string& password) {
+    bool done = false;
+    _call([&] { done = m_desk.ChangePassword(user, key, password); });
+    return done;
+}
+
 void Broker::PlanFault(Fault fault, int count, std::chrono::milliseconds delay) {
     _call([&] { m_faults.Add(fault, count, delay); });
 }

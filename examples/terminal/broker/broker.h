@@ -72,6 +72,8 @@ class Broker {
     void FeedQuotes(int rows);
     // Tells the client that this account logged in. False when there is none. Waits for the broker's thread.
     bool ComeOnline(const std::string& fundToken);
+    // See AccountDesk::ChangePassword.
+    bool ChangePassword(const std::string& user, const std::string& key, const std::string& password);
     // See FaultPlan::Add.
     void PlanFault(Fault fault, int count, std::chrono::milliseconds delay);
 

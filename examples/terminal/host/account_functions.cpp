@@ -64,11 +64,18 @@ int DeskGroups(lua_State* L) {
     });
 }
 
+int ChangePassword(lua_State* L) {
+    const char* const user = luaL_checkstring(L, 1);
+    const char* const key = luaL_checkstring(L, 2);
+    const char* const password = luaL_checkstring(L, 3);
+    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
+        AddOutcome(answer, terminal.GetBroker().ChangePassword(user, key, password), "no such account");
+    });
+}
+
 constexpr luaL_Reg kFunctions[] = {
-    {"account_command", AccountCommand},
-    {"take_host_call", TakeHostCall},
-    {"desk_accounts", DeskAccounts},
-    {"desk_groups", DeskGroups},
+    {"account_command", AccountCommand}, {"take_host_call", TakeHostCall},    {"desk_accounts", DeskAccounts},
+    {"desk_groups", DeskGroups},         {"change_password", ChangePassword},
 };
 
 }  // namespace

@@ -102,6 +102,7 @@ int BrokerStats(lua_State* L) {
         record.SetData("answers", stats.answers);
         record.SetData("notices", stats.notices);
         record.SetData("pushes", stats.pushes);
+        record.SetData("quote_rows", stats.quoteRows);
         for (const auto& [type, count] : stats.requestsByType) record.SetData(std::to_string(type), count);
         answer.Add(record);
     });

@@ -15,6 +15,8 @@ constexpr int kMaxWait = 60'000;
 std::span<const luaL_Reg> BrokerFunctions();
 // Those that are about accounts.
 std::span<const luaL_Reg> AccountFunctions();
+// Those about securities and quotes.
+std::span<const luaL_Reg> QuoteFunctions();
 
 inline HostFunctions& Context(lua_State* L) {
     return *static_cast<HostFunctions*>(lua_touserdata(L, lua_upvalueindex(1)));

@@ -156,19 +156,6 @@ int CreatePage(lua_State* L) {
     });
 }
 
-int SecurityName(lua_State* L) {
-    const char* code = luaL_checkstring(L, 1);
-    const char* market = luaL_checkstring(L, 2);
-    return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
-        const auto getName = terminal.GetLibrary().getSecurityName;
-        if (!getName) return answer.Fail("the library is not attached");
-        std::string name(getName(code, nullptr, market, 0), '\0');
-        name.resize(std::min<size_t>(name.size(),
-                                     getName(code, name.data(), market, static_cast<unsigned>(name.size()))));
-        answer.Add(luadui::GbkToUtf8(name));
-    });
-}
-
 int Counters(lua_State* L) {
     return Run(L, [](Terminal&, LuaAnswer& answer) {
         CUIData record;
@@ -197,7 +184,6 @@ constexpr luaL_Reg kFunctions[] = {
     {"take_frame", TakeFrame},
     {"take_record", TakeRecord},
     {"create_page", CreatePage},
-    {"security_name", SecurityName},
     {"counters", Counters},
 };
 
@@ -207,6 +193,7 @@ void HostFunctions::Register(LuaState& state) {
     for (const luaL_Reg& function : kFunctions) state.Register(function.name, function.func, this);
     for (const luaL_Reg& function : BrokerFunctions()) state.Register(function.name, function.func, this);
     for (const luaL_Reg& function : AccountFunctions()) state.Register(function.name, function.func, this);
+    for (const luaL_Reg& function : QuoteFunctions()) state.Register(function.name, function.func, this);
 }
 
 }  // namespace terminal

@@ -31,7 +31,6 @@ class Terminal;
 //     take_record()              the oldest report of a record that a page received (see page/page_view.h), texts in code
 //                                page 936; nil when there is none
 //     create_page(name, library, info, asynchronous)   through the exported function, under the main window
-//     security_name(code, market)
 //     counters()                 {name = value}: what was dropped or refused, and how often
 //   broker
 //     books()                    array of totals by account, money as whole cents: see broker/books.h
@@ -43,7 +42,17 @@ class Terminal;
 //     replay()                   pushes the orders and deals of the day again; answers how many pushes that were
 //     come_online(fund_token)    the account logs in
 //     fault(kind, count, ms)
-//     broker_stats()             {requests, answers, notices, pushes}, and by request type {["1201"] = requests}
+//     broker_stats()             {requests, answers, notices, pushes, quote_rows}, and by request type {["1201"] = requests}
+//   securities and quotes
+//     load_code_list(path)       lets the library load its code list, in the background (see init_keyfairy)
+//     code_list_changed()        tells it that the list is another one
+//     security_name(code, market)   "name:market"
+//     security_market(code, name)   the market id; `name` in code page 936
+//     list_securities(text)      what the broker has quotes of: lines "code<tab>market<tab>name"; answers how many
+//     feed_quotes(rows)          the broker pushes so many rows of quotes a second; 0: none
+//     quotes()                   array of the broker's quotes: prices and counts as texts, names in code page 936
+//     probe_ui(window)           measures how long the thread of that window is busy, until
+//     probed()                   answers {probes, longest, above10}: milliseconds, and the part of the probes above 10 ms
 class HostFunctions {
   public:
     explicit HostFunctions(Terminal& terminal) : m_terminal(terminal) {}

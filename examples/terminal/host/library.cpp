@@ -26,7 +26,10 @@ bool Library::Find(std::string& error) {
            FindFunction(module, "start_dui_thread", startUiThread, error) &&
            FindFunction(module, "handle_response_callback", handleResponse, error) &&
            FindFunction(module, "create_dui_page", createPage, error) &&
-           FindFunction(module, "get_securityname", getSecurityName, error);
+           FindFunction(module, "get_securityname", getSecurityName, error) &&
+           FindFunction(module, "get_marketbycodeandzqmc", getMarket, error) &&
+           FindFunction(module, "init_keyfairy", initKeyFairy, error) &&
+           FindFunction(module, "handle_keyboard_callback", handleKeyboard, error);
 }
 
 }  // namespace terminal

@@ -20,6 +20,9 @@ struct Library {
     decltype(&::handle_response_callback) handleResponse = nullptr;
     decltype(&::create_dui_page) createPage = nullptr;
     decltype(&::get_securityname) getSecurityName = nullptr;
+    decltype(&::get_marketbycodeandzqmc) getMarket = nullptr;
+    decltype(&::init_keyfairy) initKeyFairy = nullptr;
+    decltype(&::handle_keyboard_callback) handleKeyboard = nullptr;
 };
 
 }  // namespace terminal

@@ -9,6 +9,7 @@
 #include "host/lua_interface.h"
 #include "host/news.h"
 #include "host/options.h"
+#include "host/ui_probe.h"
 #include "settings/settings_store.h"
 
 namespace terminal {
@@ -35,6 +36,7 @@ class Terminal {
     Broker& GetBroker() { return m_broker; }
     News& GetNews() { return m_news; }
     LuaInterface& GetInterface() { return m_interface; }
+    UiProbe& Probe() { return m_probe; }
     const Library& GetLibrary() const { return m_library; }
     DWORD UiThreadId() const { return m_uiThread; }
 
@@ -48,6 +50,7 @@ class Terminal {
     Library m_library;
     News m_news;
     Broker m_broker;
+    UiProbe m_probe;
     DWORD m_uiThread = 0;
 };
 

@@ -2,10 +2,8 @@
 
 #include <memory>
 
-#include "base/counters.h"
 #include "base/text.h"
 #include "page/page_exports.h"
-#include "page/page_view.h"
 #include "page/text_table.h"
 
 namespace terminal {
@@ -57,6 +55,12 @@ std::string Listed(const CJsonObject& news, const char* name, std::string (*text
     return text;
 }
 
+// What the answer to a question lists.
+std::string TextOfLists(const CJsonObject& data) {
+    return Listed(data, "clientaccounts", TextOfAccount) + Listed(data, "grouplist", TextOfGroup) +
+           Listed(data, "AllAccountOrder", TextOfOrder);
+}
+
 std::string TextOf(std::string_view topic, const CJsonObject& news) {
     if (topic == "ClientAccountChanged") return Listed(news, "clientaccounts", TextOfAccount);
     if (topic == "CLIENT_ACCOUNTGROUP_CHANGED") return Listed(news, "clientgroups", TextOfGroup);
@@ -65,7 +69,7 @@ std::string TextOf(std::string_view topic, const CJsonObject& news) {
         return news.GetString("accountkey") + " " + news.GetString("AccountStatus") + " " +
                news.GetString("AccountMsg");
     const CJsonObject result = news.GetSub("result");
-    return result.GetString("code") + " " + result.GetString("message");
+    return result.GetString("code") + " " + result.GetString("message") + TextOfLists(result.GetSub("data"));
 }
 
 }  // namespace
@@ -138,17 +142,10 @@ void AccountPage::_onResponse(const luadui::CQueueRespData& response) {
         return _changed();
     }
     ++m_count.answers;
-    CUIData report("page_record");
-    report.SetData("page", m_name);
-    report.SetData("kind", topic);
-    report.SetData("accounts", "");
-    report.SetData("why", "news");
-    report.SetData("rows", -1);
-    report.SetData("code", 0);
-    report.SetData("message", TextOf(topic, news));
-    m_lines.push_back(topic + ": " + report.GetDataString("message"));
+    const std::string text = TextOf(topic, news);
+    m_lines.push_back(topic + ": " + text);
     if (m_lines.size() > kMaxLines) m_lines.erase(m_lines.begin());
-    if (!PostToHost(m_screen, kMsgPageRecord, report)) luadui::CCounters::Add("page_record_dropped");
+    _reportRecord({.kind = topic, .why = "news", .message = text});
     _changed();
 }
 

@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "base/counters.h"
-#include "base/data_list.h"
 #include "base/text.h"
 #include "page/page_exports.h"
-#include "page/page_view.h"
+#include "page/record_text.h"
 #include "page/text_table.h"
 
 namespace terminal {
@@ -35,13 +34,6 @@ constexpr std::string_view kCommonEntries[] = {"handle",      "pageName",  "fund
 template <class Names>
 bool IsOneOf(std::string_view name, const Names& names) {
     return std::ranges::find(names, name) != std::end(names);
-}
-
-std::vector<std::string> NamesOf(std::string_view list) {
-    std::vector<std::string> names;
-    for (const std::string_view name : luadui::SplitText(list, ','))
-        if (!name.empty()) names.emplace_back(name);
-    return names;
 }
 
 CDataSet SetOf(std::string_view list) {
@@ -78,19 +70,6 @@ int RowsOf(const CUIData& record) {
         if (value.Get(table)) rows = std::max(rows, 0) + table.GetRowNumber();
     }
     return rows;
-}
-
-std::string TextOf(const luadui::ValueView& value) {
-    CDataSet set;
-    luadui::CDataList list;
-    if (value.Get(set)) return Joined(set);
-    if (value.Get(list)) {
-        for (const auto [key, item] : list) set.Insert(item.AsText());
-        return Joined(set);
-    }
-    if (value.Kind() == luadui::kDataInteger) return std::to_string(value.AsLong());
-    if (value.Kind() == luadui::kDataBoolean) return value.AsBool() ? "yes" : "no";
-    return value.AsText();
 }
 
 // The entries that are no tables, "name=value" separated by blanks.
@@ -291,16 +270,13 @@ void DataPage::_addToView(CUIData& view) const {
 }
 
 void DataPage::_report(const CUIData& record, const std::string& why) const {
-    CUIData report("page_record");
-    report.SetData("page", m_name);
-    report.SetData("kind", record.GetType());
-    report.SetData("accounts", Joined(AccountsOf(record)));
-    report.SetData("why", why);
-    report.SetData("rows", RowsOf(record));
-    report.SetData("code", record.GetDataLong("ret_code"));
     const bool isError = record.GetTypeText() == "error_msg";
-    report.SetData("message", record.GetDataString(isError ? "error_msg" : "ret_message"));
-    if (!PostToHost(m_screen, kMsgPageRecord, report)) luadui::CCounters::Add("page_record_dropped");
+    _reportRecord({.kind = record.GetType(),
+                   .why = why,
+                   .accounts = Joined(AccountsOf(record)),
+                   .rows = RowsOf(record),
+                   .code = record.GetDataLong("ret_code"),
+                   .message = record.GetDataString(isError ? "error_msg" : "ret_message")});
 }
 
 std::string DataPage::_text(size_t columns) const {

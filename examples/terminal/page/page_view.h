@@ -13,6 +13,7 @@ namespace terminal {
 //
 //   "page"  the page's name             "asleep" "focused"     booleans
 //   "text"  what it shows               "width" "height"       its size in pixels; 0 while unknown
+//   "window" its handle
 //   "queries" "answers" "errors" "unreadable"                  what it sent and received so far
 //   "tables"                                                   a record of the tables that a data page shows, each under
 //                                                              "kind account", or "kind" when it is of all accounts

@@ -78,6 +78,18 @@ void TextPage::OnFinalMessage(HWND window) {
     delete this;
 }
 
+void TextPage::_reportRecord(const RecordReport& report) const {
+    luadui::CUIData record("page_record");
+    record.SetData("page", m_name);
+    record.SetData("kind", report.kind);
+    record.SetData("why", report.why);
+    record.SetData("accounts", report.accounts);
+    record.SetData("rows", report.rows);
+    record.SetData("code", report.code);
+    record.SetData("message", report.message);
+    if (!PostToHost(m_screen, kMsgPageRecord, record)) luadui::CCounters::Add("page_record_dropped");
+}
+
 void TextPage::_changed() {
     if (!m_hWnd || m_showPosted) return;
     m_showPosted = ::PostMessageW(m_hWnd, kMsgShow, 0, 0) != 0;
@@ -88,6 +100,7 @@ void TextPage::_show() {
     luadui::CUIData view("page_view");
     view.SetData("page", m_name);
     view.SetData("text", _text(static_cast<size_t>(std::max(m_width, 0) / kPixelsPerColumn)));
+    view.SetData("window", HandleNumber(m_hWnd));
     view.SetData("asleep", m_asleep);
     view.SetData("focused", m_focused);
     view.SetData("width", m_width);

@@ -38,6 +38,15 @@ class TextPage : public luadui::CDuiBaseWnd {
     virtual std::string _text(size_t columns) const = 0;
     // More for the host about what the page shows.
     virtual void _addToView(luadui::CUIData&) const {}
+    // Tells the host of a record that the page received (see kMsgPageRecord).
+    struct RecordReport {
+        std::string kind, why;
+        std::string accounts = {};
+        int rows = -1;
+        int64_t code = 0;
+        std::string message = {};
+    };
+    void _reportRecord(const RecordReport& report) const;
     // Shows the page anew.
     void _changed();
 

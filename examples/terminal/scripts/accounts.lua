@@ -5,17 +5,18 @@ local json = require "cjson"
 local step = steps.step
 
 local accounts = {}
-local PAGE, KEY = "账户", "demo_answer"
+local PAGE, KEY, ORDER_PAGE = "账户", "demo_answer", "账户排序"
 local LI, WANG, CHEN = "1001|8|1", "1002|8|1", "1003|8|1"
 
 -- They are searched for afterwards, by what all have in common, and must be found nowhere.
 local PASSWORD = {li = "Plant3d-Li#7", tx = "Plant3d-Tx!2", wang = "Plant3d-Wang#4", chen = "Plant3d-Chen#9",
-                  credit = "Plant3d-Credit#3", zhao = "Plant3d-Zhao#5", wrong = "Plant3d-wrong"}
+                  credit = "Plant3d-Credit#3", new = "Plant3d-New|8", zhao = "Plant3d-Zhao#5", wrong = "Plant3d-wrong"}
 local CREDIT, ZHAO = "1001|8|2", "2002|8|2"
 local ALL, GROUPS, ORDER, STATUS = "ClientAccountChanged: ", "CLIENT_ACCOUNTGROUP_CHANGED: ",
     "ClientAccountOrderChanged: ", "CLIENT_MODIFY_ACCOUNT_STATUS: "
 
 function accounts.run(session)
+    local last_bytes = "" -- of the last list of accounts, in code page 936
     local to_codepage, to_utf8, object = terminal.to_codepage, terminal.to_utf8, session.json_of
 
     local function command(name, params)
@@ -54,6 +55,7 @@ function accounts.run(session)
         local function collect()
             for record in session.take_record do
                 local kind = record.kind == KEY and "answer" or record.kind
+                if record.kind .. ": " == ALL then last_bytes = record.bytes end
                 if record.page == PAGE then take(kind .. ": " .. record.message) end
             end
             for call in terminal.take_host_call do
@@ -206,6 +208,42 @@ function accounts.run(session)
             command("refreshSelAccountList", {accountkeys = LI})
         end)
         return good and back and out == false and at_broker("demo", LI).online == true, seen .. "\n              " .. seen2
+    end)
+
+    step("Pages ask", "for the accounts, the groups and the order: as commands, and the order as data (1801); nothing is sent",
+         function()
+        local before = terminal.broker_stats().requests - session.requests(1466)
+        local order = "1003|8|1=1; 1001|8|1=2; 1002|8|1=3"
+        local good, seen = check({"answer: 0 *1003|8|1 陈静_样例证券 [默认单元] 正常; *1001|8|1 李明_样例证券 " ..
+                                      "[默认单元,量化单元] 正常; 1002|8|1 王芳一号(自营) [默认单元] 密码为空",
+                                  'answer: 0 1 核心 ["1001"]', "answer: 0 " .. order}, function()
+            for _, name in ipairs({"getAccountList", "getGroupList", "queryOrderFromPage"}) do command(name) end
+        end)
+        session.open_data_page(ORDER_PAGE, "kinds=all_account_order")
+        local rows = session.wait(function() return session.table_of(ORDER_PAGE, "all_account_order", "") end) or {}
+        local texts = {}
+        for i, row in ipairs(rows) do texts[i] = row.AccountKey .. "=" .. row.AccountOrder end
+        local sent = terminal.broker_stats().requests - session.requests(1466) - before
+        local text = table.concat(texts, "; ")
+        return good and text == order and sent == 0, ("%s\n              1801: %s; %d requests sent"):format(seen, text, sent)
+    end)
+
+    step("A password that was changed elsewhere", "the accounts are refreshed (1807): the broker refuses the old one, in its own " ..
+         "bytes; the other account stays; the new one logs in again", function()
+        assert(terminal.change_password("demo", LI, PASSWORD.new))
+        local good, seen = check({"answer: 0", ALL .. "*1003|8|1 陈静_样例证券 [默认单元] 正常; *1001|8|1 李明_样例证券 " ..
+                                      "[默认单元,量化单元] 密码错误", "host refresh: 1003|8|1=login,1001|8|1=logout"}, function()
+            command("refreshSelAccountList", {accountkeys = LI .. ";" .. CHEN})
+        end)
+        local as_bytes = last_bytes:find("\195\220\194\235\180\237\206\243;", 1, true) ~= nil
+        local out, other = at_broker("demo", LI).online, at_broker("demo", CHEN).online
+        local back, seen2 = check({"answer: 0", ALL .. "*1003|8|1 陈静_样例证券 [默认单元] 正常; *1001|8|1 李明_样例证券 " ..
+                                       "[默认单元,量化单元] 正常", STATUS .. "1001|8|1 login 正常",
+                                   "host login: 1001|8|1=login"}, function()
+            command("editPassword", {accountkey = LI, password = PASSWORD.new, txpassword = PASSWORD.tx})
+        end)
+        return good and back and out == false and other == true and as_bytes and at_broker("demo", LI).online == true,
+               seen .. "\n              " .. seen2
     end)
 
     step("An account is deleted", "pages, host and broker follow", function()

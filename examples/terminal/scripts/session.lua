@@ -119,7 +119,10 @@ end
 -- is none.
 function session.take_record()
     local record = terminal.take_record()
-    if record then record.page, record.message = to_utf8(record.page), to_utf8(record.message) end
+    if record then
+        record.bytes = record.message -- as they came
+        record.page, record.message = to_utf8(record.page), to_utf8(record.message)
+    end
     return record
 end
 

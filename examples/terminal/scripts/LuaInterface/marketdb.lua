@@ -18,17 +18,23 @@ end
 
 local function rows(query)
     local cursor = assert(database():execute(query))
+    local row = {} -- one for all: a code list has many
     return function()
-        local row = cursor:fetch({}, "a")
-        if not row then cursor:close() end
-        return row
+        local found = cursor:fetch(row, "a")
+        if not found then cursor:close() end
+        return found
     end
 end
 
--- A field of the code list: in double quotes, or as a long string when it has one itself.
-local function quoted(text)
-    if text:find('"', 1, true) then return "[[" .. text .. "]]" end
-    return '"' .. text .. '"'
+local function reference(character) return ("&#%03d;"):format(character:byte()) end
+
+-- A field of the code list: in double quotes, or as a long string when it has one itself, or in double quotes written as
+-- references when it could end that, too. Blanks are references, line breaks and the like are blanks.
+local function quoted(value)
+    local text = tostring(value or ""):gsub("&#", "&#038;#"):gsub("%c", " "):gsub(" ", reference)
+    if not text:find('"', 1, true) then return '"' .. text .. '"' end
+    if not text:find("]", 1, true) then return "[[" .. text .. "]]" end
+    return '"' .. text:gsub('"', reference) .. '"'
 end
 
 -- Runs a query over the table "codelist" (stock_code, stock_name, marketcode, stock_phonetic) and answers one line a

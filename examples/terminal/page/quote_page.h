@@ -1,0 +1,62 @@
+// The page "quotes": a list of securities and what the market says of them.
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/data_table.h"
+#include "datamgr/ui_page_data.h"
+#include "page/text_page.h"
+
+namespace terminal {
+
+// Shows the securities that it was told to show. It subscribes to their quotes and asks for them; from then on it hears of
+// those that changed, twice a second, and while asleep of nothing: what it missed is asked for when it wakes. It reports
+// every record to the host (see kMsgPageRecord): "rows" is the number of quotes in it, "why" is "answer", "push" or "asked on
+// waking".
+//
+// Its parameter "codes" are the first securities, "600000:17" each, separated by commas. The host's scripts tell it what to
+// do by messages to the page sign "quotepage:<name>": {"do": ..., "codes": ...}, where "do" is "show" (more securities),
+// "forget" (these), "single" (asks for one quote only, which is reported), "search" ("query", "max") or "close". A search
+// asks the code list (see page/search.h); its results are the table "candidates" and the text of the page.
+//
+// The view's table "quotes" has a row for each security.
+class QuotePage : public TextPage {
+  public:
+    // Null when the window cannot be created or the name is taken.
+    static QuotePage* Create(const luadui::PageInit& init);
+
+    void Sleep(bool asleep) override;
+    void OnNotify(void* data) override;
+
+  protected:
+    LPCWSTR GetWindowClassName() const override { return L"SampleQuotePage"; }
+    LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+    std::string _text(size_t columns) const override;
+    void _addToView(luadui::CUIData& view) const override;
+
+  private:
+    explicit QuotePage(const luadui::PageInit& init);
+
+    void _start();
+    void _run(const luadui::CUIData& command);
+    void _show(std::string_view codes);
+    void _forget(std::string_view codes);
+    void _subscribe(const std::string& kind, const std::string& codes, bool isOn);
+    void _ask(const std::string& kind, const std::string& codes, const char* flag);
+    void _search(const luadui::CUIData& command);
+
+    int _take(const luadui::CUIData& record);
+    void _takeQuote(int row, const luadui::CUIData& quote);
+    void _report(const luadui::CUIData& record, int rows) const;
+
+    luadui::CUIPageData m_data;
+    luadui::CDataTable m_quotes;
+    std::map<std::string, int, std::less<>> m_rows;  // of the securities, by "code:market"
+    luadui::CDataTable m_candidates;                 // of the last search
+    std::string m_searched;
+};
+
+}  // namespace terminal
