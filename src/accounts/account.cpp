@@ -118,7 +118,7 @@ bool CAccount::EditPassword(const CUIData& values, const PasswordCipher& cipher)
     if (uuid.empty()) uuid = NewGuid();
     auto encrypted = EncryptPasswords(values, cipher);
     if (!encrypted) {
-        _fail(kEditPassword, uuid, LocalFailure(kEditPassword.unsent));
+        _fail(kEditPassword, uuid, LocalFailure(kEditPassword.unsent), _key());
         return true;
     }
     encrypted->SetData("UUID", uuid);
@@ -136,7 +136,7 @@ bool CAccount::_refuse(const AccountOperation& operation) {
 
 bool CAccount::_request(const AccountOperation& operation, const CUIData& values) {
     CQueueReqItem request = MakeAccountRequest(operation, _complete(operation, values));
-    _send(operation, request, _subject());
+    _send(operation, request, _subject(), _key());
     return true;
 }
 
@@ -163,8 +163,7 @@ void CAccount::_onAnswer(const Answer& answer) {
             _applyEdit(answer);
             break;
         case kEditPassword.type:
-            if (!_applyLogin(answer))
-                return _fail(answer.operation, answer.uuid, MissingTable(answer.response));
+            if (!_applyLogin(answer)) return _fail(answer, MissingTable(answer.response));
             if (CanUse() && newPasswords) _accept(std::move(newPasswords.mapped()));
             break;
         case kLogoutAccount.type:
@@ -173,7 +172,7 @@ void CAccount::_onAnswer(const Answer& answer) {
             break;
     }
     _log(answer.operation.done);
-    _succeed(answer.operation, answer.uuid, ToJson());
+    _succeed(answer, ToJson());
 }
 
 void CAccount::_applyEdit(const Answer& answer) {

@@ -75,14 +75,13 @@ class CAccount final : public CAccountRequester {
     };
 
     void _onAnswer(const Answer& answer) override;
-    std::string _eventKey() const override { return std::string(Get(AccountField::kAccountKey)); }
     bool _refuse(const AccountOperation& operation);
     bool _request(const AccountOperation& operation, const CUIData& values);
-    void _forget(const std::string& uuid) override { m_newPasswords.erase(uuid); }
     CUIData _complete(const AccountOperation& operation, const CUIData& values) const;
     void _applyEdit(const Answer& answer);
     bool _applyLogin(const Answer& answer);
     void _accept(NewPasswords passwords);
+    std::string _key() const { return std::string(Get(AccountField::kAccountKey)); }
     std::string _subject() const;
     void _log(std::string_view end) const;
 

@@ -104,7 +104,7 @@ void CAccountGroup::_onAnswer(const Answer& answer) {
     CJsonObject payload;
     payload.Set("groupinfo", ToJson());
     payload.Set("accountid", accountId);
-    _succeed(answer.operation, answer.uuid, payload);
+    _succeed(answer, payload);
 }
 
 void CAccountGroup::_add(const std::string& accountId) {

@@ -63,7 +63,8 @@ class CAccountGroup final : public CAccountRequester {
     uint64_t m_changes = 0;
 };
 
-// All groups of the user. The answer to a query is the whole list: groups that are not in it go. An answer that may be
+// All groups of the user. The answer to a query is the whole list: groups that are not in it go. Requests of a group that goes
+// end as failed ("账户组不存在！"). An answer that may be
 // older than a change that was confirmed while it was on its way is not followed: the query is sent again under its UUID
 // ("account_group_answer_outdated").
 //
@@ -97,15 +98,15 @@ class CAccountGroupList final : public CAccountRequester {
 
   private:
     void _onAnswer(const Answer& answer) override;
-    void _forget(const std::string& uuid) override { m_queries.erase(uuid); }
     bool _request(const AccountOperation& operation, const CUIData& values, bool isRefused);
     CUIData _withUser(const CUIData& values) const;
     void _answerQuery(const Answer& answer);
-    void _follow(const CDataTable& rows);
+    std::vector<ResultEvent> _follow(const CDataTable& rows);
     void _takeRow(const CDataTable& rows, int row);
     CAccountGroup& _ensure(const std::string& groupId);
     CJsonObject _create(const CUIData& params);
-    CJsonObject _remove(const std::string& groupId);
+    CJsonObject _remove(const std::string& groupId, std::vector<ResultEvent>& ended);
+    void _tell(const std::vector<ResultEvent>& events);
     uint64_t _allChanges() const;
 
     Groups m_groups;

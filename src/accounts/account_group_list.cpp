@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "accounts/account_group.h"
@@ -18,6 +19,8 @@ constexpr InfoColumn kInfoColumns[] = {
     {"grouptype", &GroupInfo::type},
     {"issimulate", &GroupInfo::isSimulated},
 };
+
+constexpr std::string_view kNoGroup = "账户组不存在！";
 
 CJsonObject AboutGroup(const CJsonObject& info) {
     CJsonObject payload;
@@ -84,9 +87,20 @@ void CAccountGroupList::_onAnswer(const Answer& answer) {
     if (HasFailed(answer.response)) return _failAsAnswered(answer);
     const std::string groupId = answer.params.GetDataString("groupid");
     const bool isAdded = answer.operation.type == kAddGroup.type;
-    const CJsonObject info = isAdded ? _create(answer.params) : _remove(groupId);
+    std::vector<ResultEvent> ended;
+    const CJsonObject info = isAdded ? _create(answer.params) : _remove(groupId, ended);
     LogAbout(GroupSubject(groupId), answer.operation.done);
-    _succeed(answer.operation, answer.uuid, AboutGroup(info));
+    const int32_t handle = GetHandle();
+    _succeed(answer, AboutGroup(info));
+    if (IsAlive(handle)) _tell(ended);
+}
+
+void CAccountGroupList::_tell(const std::vector<ResultEvent>& events) {
+    const int32_t handle = GetHandle();
+    for (const ResultEvent& event : events) {
+        _sink().OnResultEvent(event);
+        if (!IsAlive(handle)) return;
+    }
 }
 
 void CAccountGroupList::_answerQuery(const Answer& answer) {
@@ -94,7 +108,7 @@ void CAccountGroupList::_answerQuery(const Answer& answer) {
     if (HasFailed(answer.response)) return _failAsAnswered(answer);
     CDataTable rows;
     if (!TableOf(answer.response, rows) || rows.FindColumn("groupid") < 0)
-        return _fail(answer.operation, answer.uuid, MissingTable(answer.response));
+        return _fail(answer, MissingTable(answer.response));
     if (query && query.mapped() != _allChanges()) {
         CCounters::Add("account_group_answer_outdated");
         CUIData values = answer.params;
@@ -102,13 +116,15 @@ void CAccountGroupList::_answerQuery(const Answer& answer) {
         Query(values);
         return;
     }
-    _follow(rows);
+    const std::vector<ResultEvent> ended = _follow(rows);
     CJsonObject payload;
     payload.Set("clientgroups", ToJson());
-    _succeed(answer.operation, answer.uuid, payload);
+    const int32_t handle = GetHandle();
+    _succeed(answer, payload);
+    if (IsAlive(handle)) _tell(ended);
 }
 
-void CAccountGroupList::_follow(const CDataTable& rows) {
+std::vector<ResultEvent> CAccountGroupList::_follow(const CDataTable& rows) {
     std::set<std::string, std::less<>> named;
     for (int row = 0; row < rows.GetRowNumber(); ++row) {
         const std::string_view id = rows.GetItemText(row, "groupid");
@@ -119,11 +135,14 @@ void CAccountGroupList::_follow(const CDataTable& rows) {
         named.emplace(id);
         _takeRow(rows, row);
     }
+    std::vector<ResultEvent> ended;
     std::erase_if(m_groups, [&](const auto& group) {
         if (named.contains(group.first)) return false;
         m_changes += group.second->Changes();  // the sum never falls
+        std::ranges::move(group.second->Abandon(kNoGroup), std::back_inserter(ended));
         return true;
     });
+    return ended;
 }
 
 void CAccountGroupList::_takeRow(const CDataTable& rows, int row) {
@@ -154,11 +173,12 @@ CJsonObject CAccountGroupList::_create(const CUIData& params) {
     return json;
 }
 
-CJsonObject CAccountGroupList::_remove(const std::string& groupId) {
+CJsonObject CAccountGroupList::_remove(const std::string& groupId, std::vector<ResultEvent>& ended) {
     const auto found = m_groups.find(groupId);
     if (found == m_groups.end()) return GroupInfo{groupId, {}, {}, {}}.ToJson();
     CJsonObject json = found->second->ToJson();
     m_changes += found->second->Changes() + 1;
+    ended = found->second->Abandon(kNoGroup);
     m_groups.erase(found);
     return json;
 }

@@ -16,24 +16,24 @@ namespace {
 struct UserValue {
     std::string_view name;
     std::string AccountUser::*text;
+    AccountField own = AccountField::kCount;  // that of an account counts more
 };
 constexpr UserValue kUserValues[] = {
     {"useraccount", &AccountUser::name},
-    {"user_id", &AccountUser::id},
+    {"user_id", &AccountUser::id, AccountField::kUserId},
     {"client_user_id", &AccountUser::id},
     {"institutionid", &AccountUser::institutionId},
-    {"institution_id", &AccountUser::institutionId},
+    {"institution_id", &AccountUser::institutionId, AccountField::kInstitutionId},
     {"token", &AccountUser::token},
     {"version", &AccountUser::version},
 };
 
 // Events of accounts after which an older answer to a query tells less than the account itself.
 constexpr std::string_view kConfirmations[] = {kBindAccount.success, kUnbindAccount.success,
-                                               kEditAccount.success, kEditPassword.success,
-                                               kLogoutAccount.success};
+                                               kEditAccount.success};
 
 void SetDefault(CUIData& values, std::string_view name, std::string_view text) {
-    if (!values.Has(name)) values.SetData(name, text);
+    if (!values.Has(name) && !text.empty()) values.SetData(name, text);
 }
 
 }  // namespace
@@ -44,17 +44,6 @@ CAccountList::CAccountList(ResultEventSink& sink, PasswordEncryption encryption)
       m_externalFunctions(FindExternalFunctions()) {}
 
 CAccountList::~CAccountList() = default;
-
-void CAccountList::SetUser(AccountUser user) {
-    const bool isAnother = !m_user.name.empty() && m_user.name != user.name;
-    m_user = std::move(user);
-    if (!isAnother) return;
-    for (const auto& [key, account] : m_accounts) {
-        account->WipePasswords();
-        account->SetUnusable(Gbk(kAwaitingLogin));
-    }
-    m_dropped.clear();
-}
 
 CAccount* CAccountList::Find(std::string_view key) const {
     const auto found = m_accounts.find(key);
@@ -68,9 +57,12 @@ std::vector<CAccount*> CAccountList::InOrder() const {
     return accounts;
 }
 
-CUIData CAccountList::_withUser(const CUIData& values) const {
+CUIData CAccountList::_withUser(const CUIData& values, const CAccount* account) const {
     CUIData completed = values;
-    for (const UserValue& value : kUserValues) SetDefault(completed, value.name, m_user.*value.text);
+    for (const UserValue& value : kUserValues) {
+        const bool hasOwn = account && value.own != AccountField::kCount && !account->Get(value.own).empty();
+        if (!hasOwn) SetDefault(completed, value.name, m_user.*value.text);
+    }
     if (completed.GetDataText("UUID").empty()) completed.SetData("UUID", NewGuid());
     return completed;
 }
@@ -94,18 +86,26 @@ bool CAccountList::Request(CQueueReqItem& request) {
 }
 
 bool CAccountList::_sendAbout(const AccountOperation& operation, CQueueReqItem& request, Context context,
-                              const std::string& subject) {
+                              const std::string& key) {
     context.turn = ++m_turn;
-    m_eventKey = context.key;
     m_contexts.try_emplace(request.GetDataString("UUID"), std::move(context));
-    return _send(operation, request, subject);
+    return _send(operation, request, {}, key);
+}
+
+// False when the list has gone meanwhile.
+bool CAccountList::_tell(const std::vector<ResultEvent>& events) {
+    const int32_t handle = GetHandle();
+    for (const ResultEvent& event : events) {
+        _sink().OnResultEvent(event);
+        if (!IsAlive(handle)) return false;
+    }
+    return true;
 }
 
 void CAccountList::_onAnswer(const Answer& answer) {
     auto node = m_contexts.extract(answer.uuid);
     if (node.empty()) return;
     Context& context = node.mapped();
-    m_eventKey = context.key;
     switch (answer.operation.type) {
         case kQueryAccounts.type:
             return _onQueryAnswer(answer, context.turn);
@@ -139,24 +139,25 @@ void CAccountList::_forgetRequestsOfGone() {
 void CAccountList::OnResultEvent(const ResultEvent& event) {
     const auto request = m_accountRequests.extract(event.uuid);
     CAccount* const account = Find(event.accountKey);
-    if (!account || std::ranges::count(kConfirmations, event.name) == 0) return _sink().OnResultEvent(event);
-
     ResultEvent told = event;
-    m_touched[event.accountKey] = m_turn;
-    if (event.name == kLogoutAccount.success || event.name == kEditPassword.success) {
+    if (account && std::ranges::count(kConfirmations, event.name) > 0) m_touched[event.accountKey] = m_turn;
+    if (account && (event.name == kLogoutAccount.success || event.name == kEditPassword.success)) {
         _settleLogin(*account, request.empty() ? m_turn : request.mapped().turn);
         told.payload = account->ToJson();
-    }
-    if (event.name == kEditPassword.success && account->CanUse()) {
         const int32_t handle = GetHandle();
-        SavePassInfo(
-            *this, m_user, told.accountKey,
-            {account->Password(AccountField::kPassword), account->Password(AccountField::kTxPassword),
-             account->Password(AccountField::kDynamicPassword)});
+        if (event.name == kEditPassword.success && account->CanUse()) _remember(*account);
         if (!IsAlive(handle)) return;
     }
     _forgetOldTurns();
     _sink().OnResultEvent(told);
+}
+
+// What was not entered again stays as the host has it: a logged-out account holds no passwords.
+void CAccountList::_remember(const CAccount& account) {
+    SavePassInfo(*this, m_user, std::string(account.Get(AccountField::kAccountKey)),
+                 {account.Password(AccountField::kPassword), account.Password(AccountField::kTxPassword),
+                  account.Password(AccountField::kDynamicPassword)},
+                 Remembered::kKeptWhereEmpty);
 }
 
 // The account has taken over what its own request led to. When a later request was answered before, that one counts.
@@ -172,23 +173,36 @@ void CAccountList::_settleLogin(CAccount& account, uint64_t turn) {
                std::string(account.Get(AccountField::kCanUse))};
 }
 
-CUIData CAccountList::_noteRequest(const CUIData& values) {
-    CUIData completed = _withUser(values);
-    Context context;
-    context.turn = ++m_turn;
-    context.key = values.GetDataString("accountkey");
-    m_accountRequests[completed.GetDataString("UUID")] = std::move(context);
+CUIData CAccountList::_noteRequest(const CUIData& values, const CAccount& account) {
+    CUIData completed = _withUser(values, &account);
+    m_accountRequests.try_emplace(completed.GetDataString("UUID"),
+                                  AccountRequest{++m_turn, values.GetDataString("accountkey")});
     return completed;
+}
+
+bool CAccountList::Bind(const CUIData& values) {
+    CAccount* const account = Find(values.GetDataText("accountkey"));
+    return account && account->Bind(_withUser(values, account));
+}
+
+bool CAccountList::Unbind(const CUIData& values) {
+    CAccount* const account = Find(values.GetDataText("accountkey"));
+    return account && account->Unbind(_withUser(values, account));
+}
+
+bool CAccountList::Edit(const CUIData& values) {
+    CAccount* const account = Find(values.GetDataText("accountkey"));
+    return account && account->Edit(_withUser(values, account));
 }
 
 bool CAccountList::Logout(const CUIData& values) {
     CAccount* const account = Find(values.GetDataText("accountkey"));
-    return account && account->Logout(_noteRequest(values));
+    return account && account->Logout(_noteRequest(values, *account));
 }
 
 bool CAccountList::EditPassword(const CUIData& values) {
     CAccount* const account = Find(values.GetDataText("accountkey"));
-    return account && account->EditPassword(_noteRequest(values), m_encryption.Cipher());
+    return account && account->EditPassword(_noteRequest(values, *account), m_encryption.Cipher());
 }
 
 }  // namespace luadui

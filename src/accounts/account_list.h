@@ -25,8 +25,9 @@ namespace luadui {
 inline constexpr AccountField kTradeServer = AccountField::kSpare1;
 inline constexpr std::string_view kOrdinaryTradeType = "1";
 inline constexpr std::string_view kCreditTradeType = "2";
-// The message of accounts that nobody tried to log in yet (UTF-8).
+// The message of accounts that nobody tried to log in yet, and that of requests whose account went (UTF-8).
 inline constexpr std::string_view kAwaitingLogin = "待验证";
+inline constexpr std::string_view kAccountGone = "账户不存在！";
 
 // Asks the account service for the accounts, keeps them and their order, logs them in, adds and deletes them.
 //
@@ -54,9 +55,8 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     explicit CAccountList(ResultEventSink& sink, PasswordEncryption encryption = PasswordEncryption());
     ~CAccountList() override;
 
-    // Who is signed in; before the first request. Logins and passwords of another user before end here: an account that both
-    // have starts anew.
-    void SetUser(AccountUser user);
+    // Who is signed in; before the first request, and when something about him changes. Another user gets another list.
+    void SetUser(AccountUser user) { m_user = std::move(user); }
     const AccountUser& User() const { return m_user; }
 
     // The account; null when there is none. Look up again after every call out: answers and sinks remove accounts.
@@ -80,7 +80,10 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     bool DeleteAccount(const CUIData& values);
     // "AccountKey" names the account; all other texts of `values` go out as they are.
     bool AddPortfolio(const CUIData& values);
-    // CAccount's operations on the account "accountkey", here because they bear on logins.
+    // CAccount's operations on the account "accountkey". False also when the account's state refuses it.
+    bool Bind(const CUIData& values);
+    bool Unbind(const CUIData& values);
+    bool Edit(const CUIData& values);
     bool Logout(const CUIData& values);
     bool EditPassword(const CUIData& values);
 
@@ -103,10 +106,13 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     // What a request is about, until its answer.
     struct Context {
         uint64_t turn = 0;   // see m_turn
-        std::string key;     // of a request about one account
         PassInfo passwords;  // of an account that is being added
         std::unordered_multimap<std::string, std::string>
             uploaded;  // account keys by the token they went out with
+    };
+    struct AccountRequest {
+        uint64_t turn = 0;
+        std::string key;
     };
     struct LoginState {
         uint64_t turn = 0;  // of the request that settled it
@@ -114,7 +120,9 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     };
     struct Changes {
         std::vector<std::string> added, removed;
+        std::vector<ResultEvent> ended;  // requests of accounts that went
         bool isOrderChanged = false;
+        bool isOutdated = false;  // rows were passed over
     };
     struct UploadPlan {
         CDataTable rows;
@@ -124,25 +132,25 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     };
     template <class Value>
     using ByText = std::map<std::string, Value, std::less<>>;
+    static constexpr size_t kMaxDropped = 10'000;
 
     // Requests and answers.
     bool Request(CQueueReqItem& request) override;
     bool _sendAbout(const AccountOperation& operation, CQueueReqItem& request, Context context,
-                    const std::string& subject = {});
-    void _forget(const std::string& uuid) override { m_contexts.erase(uuid); }
-    std::string _eventKey() const override { return m_eventKey; }
+                    const std::string& key = {});
     void _onAnswer(const Answer& answer) override;
-    CUIData _withUser(const CUIData& values) const;
+    CUIData _withUser(const CUIData& values, const CAccount* account = nullptr) const;
+    bool _tell(const std::vector<ResultEvent>& events);
     void _forgetOldTurns();
     void _forgetRequestsOfGone();
 
     // Answers to queries.
     void _onQueryAnswer(const Answer& answer, uint64_t turn);
     bool _build(const Answer& answer, uint64_t turn, Changes& changes);
-    void _merge(const CDataTable& rows, uint64_t turn, Changes& changes);
+    void _merge(const CDataTable& rows, uint64_t turn, const AccountNumbers& saved, Changes& changes);
     CAccount& _accountOf(const std::string& key, Changes& changes);
     void _dropUnseen(const std::unordered_set<const CAccount*>& seen, uint64_t turn, Changes& changes);
-    void _numberAccounts(Changes& changes);
+    void _numberAccounts(const AccountNumbers& saved, Changes& changes);
     bool _isTouchedSince(std::string_view key, uint64_t turn) const;
     bool _reportQuery(const Answer& answer, bool isFirst, const Changes& changes);
 
@@ -165,8 +173,9 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     void _onDeleteAnswer(const Answer& answer);
     void _onPortfolioAnswer(const Answer& answer);
     void OnResultEvent(const ResultEvent& event) override;
-    CUIData _noteRequest(const CUIData& values);
+    CUIData _noteRequest(const CUIData& values, const CAccount& account);
     void _settleLogin(CAccount& account, uint64_t turn);
+    void _remember(const CAccount& account);
 
     AccountUser m_user;
     Accounts m_accounts;
@@ -175,17 +184,17 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     std::string m_productInfo;
     const PasswordEncryption m_encryption;
     void* const m_externalFunctions;  // of the terminal, for later use; null where there are none
-    std::string m_eventKey;           // the account that the next event is about
 
     // Requests are numbered as they are sent. Changes of accounts that are confirmed get the number of the last request:
     // it and the ones before may have been answered without knowing of the change.
     uint64_t m_turn = 0;
-    uint64_t m_lastMerged = 0;          // of the query whose answer the list shows
-    ByText<Context> m_contexts;         // by UUID
-    ByText<Context> m_accountRequests;  // requests of single accounts that bear on logins, by UUID
-    ByText<uint64_t> m_touched;         // last confirmed change of what a query answers, by account key
-    ByText<LoginState> m_logins;        // last settled login, by account key
-    ByText<LoginState> m_dropped;       // how accounts stood when the service no longer named them
+    uint64_t m_lastMerged = 0;                 // of the query whose answer the list shows
+    ByText<Context> m_contexts;                // by UUID
+    ByText<AccountRequest> m_accountRequests;  // those of accounts that bear on logins, by UUID
+    ByText<uint64_t> m_touched;   // last confirmed change of what a query answers, by account key
+    ByText<LoginState> m_logins;  // last settled login, by account key
+    ByText<LoginState>
+        m_dropped;  // how accounts stood when the service no longer named them; up to kMaxDropped
 };
 
 }  // namespace luadui

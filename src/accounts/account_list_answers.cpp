@@ -4,6 +4,7 @@
 #include "accounts/account_list.h"
 #include "accounts/account_log.h"
 #include "base/counters.h"
+#include "base/secret_fields.h"
 #include "base/text.h"
 
 namespace luadui {
@@ -56,9 +57,9 @@ std::string ArrayText(const ValueView& value) {
     return text.substr(5, text.size() - 6);  // without {"a": and }
 }
 
-std::string KeyOfRow(const CDataTable& asked) {
-    return MakeAccountKey(asked.GetItemText(0, "account_code"), asked.GetItemText(0, "broker_id"),
-                          asked.GetItemText(0, "trade_type"));
+template <class TextNamed>
+std::string KeyOf(TextNamed text) {
+    return MakeAccountKey(text("account_code"), text("broker_id"), text("trade_type"));
 }
 
 }  // namespace
@@ -70,16 +71,16 @@ bool CAccountList::AddAccount(const CUIData& values) {
                                        TextOf(completed.GetDataView("broker_name")));
     }
     const auto encrypted = EncryptPasswords(completed, m_encryption.Cipher());
+    const std::string key = KeyOf([&](auto name) { return TextOf(completed.GetDataView(name)); });
     if (!encrypted) {
-        m_eventKey.clear();
-        _fail(kAddAccount, completed.GetDataString("UUID"), LocalFailure(kAddAccount.unsent));
+        _fail(kAddAccount, completed.GetDataString("UUID"), LocalFailure(kAddAccount.unsent), key);
         return true;
     }
     CQueueReqItem request = MakeAccountRequest(kAddAccount, *encrypted);
     Context context;
     context.passwords = {SecretOf(completed.GetDataView("password")),
                          SecretOf(completed.GetDataView("txpassword")), Secret()};
-    _sendAbout(kAddAccount, request, std::move(context));
+    _sendAbout(kAddAccount, request, std::move(context), key);
     return true;
 }
 
@@ -88,10 +89,10 @@ void CAccountList::_onAddAnswer(const Answer& answer, Context context) {
     CDataTable asked;
     if (HasFailed(answer.response)) return _failAsAnswered(answer);
     answer.params.GetData("Table", asked);
-    if (!answer.response.GetData("JsonData", data) || !ReadObject(data.Find("return_info"), info))
-        return _fail(answer.operation, answer.uuid, LocalFailure(answer.operation.failed));
+    if (!ReadReason(answer.response, data) || !ReadObject(data.Find("return_info"), info))
+        return _fail(answer, LocalFailure(answer.operation.failed));
 
-    const std::string key = KeyOfRow(asked);
+    const std::string& key = answer.key;
     CAccount& account = _accountFrom(asked, info, key);
     const std::string code = TextOf(info.Find("error_code"));
     if (ParseLong(code) == 0) {
@@ -113,10 +114,9 @@ void CAccountList::_onAddAnswer(const Answer& answer, Context context) {
     SavePassInfo(*this, m_user, key, std::move(context.passwords));
     if (!IsAlive(handle)) return;
     _forgetOldTurns();
-    m_eventKey = key;
     const CAccount* const added = Find(key);
     _report(isSecondStep ? kSecondStep : answer.operation.success, answer.uuid,
-            added ? added->ToJson() : CJsonObject());
+            added ? added->ToJson() : CJsonObject(), key);
     if (IsAlive(handle) && isOrderChanged && m_isInitialised) NotifyOrder(kTellPages);
 }
 
@@ -124,7 +124,9 @@ CAccount& CAccountList::_accountFrom(const CDataTable& asked, const CJsonObject&
                                      const std::string& key) {
     Changes unused;
     CAccount& account = _accountOf(key, unused);
-    for (const auto& [name, field] : kAskedFields) account.Set(field, asked.GetItemText(0, name));
+    for (const auto& [name, field] : kAskedFields) {
+        if (const TextView text = asked.GetItemText(0, name); !text.empty()) account.Set(field, text);
+    }
     for (const auto& [name, field] : kAnsweredFields) {
         if (const std::string text = TextOf(answer.Find(name)); !text.empty()) account.Set(field, text);
     }
@@ -144,15 +146,14 @@ bool CAccountList::DeleteAccount(const CUIData& values) {
         if (!values.Has(name)) completed.SetData(name, account->Get(field));
     }
     CQueueReqItem request = MakeAccountRequest(kDeleteAccount, completed);
-    Context context;
-    context.key = key;
-    _sendAbout(kDeleteAccount, request, std::move(context));
+    _sendAbout(kDeleteAccount, request, {}, key);
     return true;
 }
 
 void CAccountList::_onDeleteAnswer(const Answer& answer) {
     if (HasFailed(answer.response)) return _failAsAnswered(answer);
-    const std::string key = m_eventKey;
+    const std::string& key = answer.key;
+    std::vector<ResultEvent> ended;
     CJsonObject payload;
     payload.Set("accountkey", key);
     std::string code = key;
@@ -161,6 +162,7 @@ void CAccountList::_onDeleteAnswer(const Answer& answer) {
         account->Set(AccountField::kCanUse, "0");
         payload = account->ToJson();
         code = account->Get(AccountField::kAccountId);
+        ended = account->Abandon(kAccountGone);
     } else {
         payload.Set("canuse", "0");
         CCounters::Add("account_answer_without_account");
@@ -176,8 +178,8 @@ void CAccountList::_onDeleteAnswer(const Answer& answer) {
     SavePassInfo(*this, m_user, key, {});
     if (!IsAlive(handle)) return;
     _forgetOldTurns();
-    m_eventKey = key;
-    _report(answer.operation.success, answer.uuid, payload);
+    _succeed(answer, payload);
+    if (IsAlive(handle)) _tell(ended);
 }
 
 bool CAccountList::AddPortfolio(const CUIData& values) {
@@ -187,19 +189,17 @@ bool CAccountList::AddPortfolio(const CUIData& values) {
     CUIData params;
     request.GetData("Params", params);
     for (const auto [name, value] : values) {
-        if (name != "UUID" && !params.Has(name)) params.SetData(name, TextOf(value));
+        if (name != "UUID" && !params.Has(name) && !IsSecretField(name)) params.SetData(name, TextOf(value));
     }
     request.SetData("Params", params);
-    Context context;
-    context.key = key;
-    _sendAbout(kAddPortfolio, request, std::move(context));
+    _sendAbout(kAddPortfolio, request, {}, key);
     return true;
 }
 
 void CAccountList::_onPortfolioAnswer(const Answer& answer) {
     CDataTable rows;
     if (HasFailed(answer.response) || !TableOf(answer.response, rows)) return _failAsAnswered(answer);
-    CAccount* const account = Find(m_eventKey);
+    CAccount* const account = Find(answer.key);
     if (!account) CCounters::Add("account_answer_without_account");
     CJsonObject payload;
     for (int row = 0; row < rows.GetRowNumber(); ++row) {
@@ -210,9 +210,9 @@ void CAccountList::_onPortfolioAnswer(const Answer& answer) {
         if (account) account->PutPortfolio(portfolio);
         LogAbout(Gbk("单元名称:") + portfolio.name, answer.operation.done);
     }
-    m_touched[m_eventKey] = m_turn;
+    m_touched[answer.key] = m_turn;
     _forgetOldTurns();
-    _report(answer.operation.success, answer.uuid, payload);
+    _succeed(answer, payload);
 }
 
 }  // namespace luadui

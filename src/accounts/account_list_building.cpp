@@ -53,6 +53,12 @@ class RowReader {
 
     // Without these nobody can tell which account a row is about.
     bool HasKeys() const { return m_code >= 0 && m_broker >= 0 && m_tradeType >= 0; }
+    bool HasAccounts() const {
+        for (int row = 0; row < m_rows.GetRowNumber(); ++row) {
+            if (!m_rows.GetRow(row)[m_code].empty()) return true;
+        }
+        return false;
+    }
     // Empty for a row without an account code.
     std::string Key(int row) const {
         const TableRow cells = m_rows.GetRow(row);
@@ -94,7 +100,9 @@ void CAccountList::_onQueryAnswer(const Answer& answer, uint64_t turn) {
     Changes changes;
     std::vector<std::string> fresh;
     UploadPlan plan;
-    if (!HasFailed(answer.response) && _build(answer, turn, changes)) {
+    const bool isBuilt = !HasFailed(answer.response) && _build(answer, turn, changes);
+    if (!IsAlive(handle)) return;
+    if (isBuilt) {
         if (m_productInfo.empty()) {
             const std::string info = SendLuaSync("get_ProductInfo", "", std::string(kModuleAccountManager));
             if (!IsAlive(handle)) return;
@@ -104,12 +112,14 @@ void CAccountList::_onQueryAnswer(const Answer& answer, uint64_t turn) {
         if (!_takePasswords(fresh)) return;
         plan = _planUpload(fresh, {});
     }
-    if (!_reportQuery(answer, isFirst, changes)) return;
+    if (!_reportQuery(answer, isFirst, changes) || !_tell(changes.ended)) return;
     if (changes.isOrderChanged && !isFirst) {
         NotifyOrder(kTellPages);
         if (!IsAlive(handle)) return;
     }
     if (!fresh.empty()) _sendUpload(std::move(plan), {});
+    if (changes.isOutdated && IsAlive(handle))
+        Query();  // for what the rows that were passed over said besides
 }
 
 // False when the list has gone meanwhile.
@@ -118,12 +128,10 @@ bool CAccountList::_reportQuery(const Answer& answer, bool isFirst, const Change
     const bool hasFailed = HasFailed(answer.response);
     CJsonObject payload;
     payload.Set("req_from", TextOf(answer.params.GetDataView("req_from")));
-    m_eventKey.clear();
     if (isFirst || !hasFailed) {
         _report(isFirst ? "initialize_finished" : kQueryAccounts.success, answer.uuid, payload);
         if (!IsAlive(handle)) return false;
     }
-    m_eventKey.clear();
     if (hasFailed) {
         _failAsAnswered(answer);
     } else if (!isFirst && !(changes.added.empty() && changes.removed.empty())) {
@@ -138,23 +146,29 @@ bool CAccountList::_reportQuery(const Answer& answer, bool isFirst, const Change
 // False, and nothing changed, when the answer is none.
 bool CAccountList::_build(const Answer& answer, uint64_t turn, Changes& changes) {
     CDataTable rows;
-    if (!TableOf(answer.response, rows) || !RowReader(rows).HasKeys()) {
+    TableOf(answer.response, rows);
+    const RowReader reader(rows);
+    if (!reader.HasKeys()) {
         CCounters::Add("account_answer_unreadable");
         LogAccount("query accout result!",
                    "InitAccountList:: result[" + answer.response.GetDataString("RawData") + "]");
         return false;
     }
+    const int32_t handle = GetHandle();
+    const AccountNumbers saved = reader.HasAccounts() ? AccountOrder::ReadSavedOnce() : AccountNumbers();
+    if (!IsAlive(handle)) return false;
     if (turn < m_lastMerged) {
         CCounters::Add("account_answer_superseded");
         return true;
     }
     m_lastMerged = turn;
-    _merge(rows, turn, changes);
+    _merge(rows, turn, saved, changes);
     _forgetOldTurns();
     return true;
 }
 
-void CAccountList::_merge(const CDataTable& rows, uint64_t turn, Changes& changes) {
+void CAccountList::_merge(const CDataTable& rows, uint64_t turn, const AccountNumbers& saved,
+                          Changes& changes) {
     const RowReader reader(rows);
     std::unordered_set<const CAccount*> seen;
     seen.reserve(static_cast<size_t>(rows.GetRowNumber()));
@@ -166,6 +180,7 @@ void CAccountList::_merge(const CDataTable& rows, uint64_t turn, Changes& change
         }
         if (_isTouchedSince(key, turn)) {
             CCounters::Add("account_row_superseded");
+            changes.isOutdated = true;
             continue;
         }
         CAccount& account = _accountOf(key, changes);
@@ -174,7 +189,7 @@ void CAccountList::_merge(const CDataTable& rows, uint64_t turn, Changes& change
         if (const auto number = reader.Order(row)) changes.isOrderChanged |= m_order.Learn(key, *number);
     }
     _dropUnseen(seen, turn, changes);
-    _numberAccounts(changes);
+    _numberAccounts(saved, changes);
 }
 
 // Whether the answer to the request with that number may not know of a change that was confirmed since.
@@ -202,8 +217,13 @@ void CAccountList::_dropUnseen(const std::unordered_set<const CAccount*>& seen, 
     std::erase_if(m_accounts, [&](const auto& entry) {
         const auto& [key, account] = entry;
         if (seen.contains(account.get()) || _isTouchedSince(key, turn)) return false;
-        m_dropped[key] = {0, std::string(account->Get(AccountField::kMessage)),
-                          std::string(account->Get(AccountField::kCanUse))};
+        std::ranges::move(account->Abandon(kAccountGone), std::back_inserter(changes.ended));
+        if (m_dropped.size() < kMaxDropped) {
+            m_dropped[key] = {0, std::string(account->Get(AccountField::kMessage)),
+                              std::string(account->Get(AccountField::kCanUse))};
+        } else {
+            CCounters::Add("account_state_forgotten");
+        }
         changes.removed.push_back(key);
         return true;
     });
@@ -211,8 +231,8 @@ void CAccountList::_dropUnseen(const std::unordered_set<const CAccount*>& seen, 
     if (!changes.removed.empty()) _forgetRequestsOfGone();
 }
 
-void CAccountList::_numberAccounts(Changes& changes) {
-    for (const auto& [key, number] : m_accounts.empty() ? AccountNumbers() : AccountOrder::ReadSavedOnce()) {
+void CAccountList::_numberAccounts(const AccountNumbers& saved, Changes& changes) {
+    for (const auto& [key, number] : saved) {
         if (!m_accounts.contains(key)) {
             CCounters::Add("account_order_unknown");
         } else {

@@ -32,11 +32,8 @@ bool CAccountList::SaveOrder(const CUIData& values) {
         rows.SetItemText(row, "product_id", account->Get(AccountField::kProductId));
     }
     CQueueReqItem request = MakeAccountRequest(kSaveAccountOrder, completed, rows);
-    const int32_t handle = GetHandle();
-    m_order.SetSaved();
-    const bool isSent = _sendAbout(kSaveAccountOrder, request, {});
-    if (!isSent && IsAlive(handle)) m_order.SetSaved(false);
-    return isSent;
+    m_order.SetSaved();  // until its answer says that it is not
+    return _sendAbout(kSaveAccountOrder, request, {});
 }
 
 void CAccountList::NotifyOrder(OrderNotice mode) {
@@ -49,7 +46,6 @@ void CAccountList::NotifyOrder(OrderNotice mode) {
     }
     CJsonObject payload;
     payload.Set("accounts", accounts);
-    m_eventKey.clear();
     _report(mode == kTellPages ? "notifyOrderToPage" : "modifyAccountOrder", {}, payload);
 }
 

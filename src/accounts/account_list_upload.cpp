@@ -128,8 +128,7 @@ bool CAccountList::Upload(const CUIData& values) {
     for (const std::string& key : plan.refused) {
         const CAccount* const account = Find(key);
         if (!account) continue;
-        m_eventKey = key;
-        _report("modify_account_status", completed.GetDataString("UUID"), account->ToJson());
+        _report("modify_account_status", completed.GetDataString("UUID"), account->ToJson(), key);
         if (!IsAlive(handle)) return true;
     }
     _sendUpload(std::move(plan), completed);
@@ -200,7 +199,6 @@ void CAccountList::_sendUpload(UploadPlan plan, const CUIData& values) {
     CUIData completed = _withUser(values);
     const bool isSelected = IsTrue(completed.GetDataView("selrefresh"));
     if (plan.rows.GetRowNumber() == 0) {
-        m_eventKey.clear();
         return _report(isSelected ? kSelectedFinished : kUploadAccounts.success,
                        completed.GetDataString("UUID"), CJsonObject());
     }
@@ -217,9 +215,8 @@ void CAccountList::_onUploadAnswer(const Answer& answer, const Context& context)
     if (HasFailed(answer.response)) return _failAsAnswered(answer);
     if (!TableOf(answer.response, rows)) {
         CJsonObject reason;
-        return answer.response.GetData("JsonData", reason) && !reason.IsEmpty()
-                   ? _failAsAnswered(answer)
-                   : _fail(answer.operation, answer.uuid, MissingTable(answer.response));
+        return ReadReason(answer.response, reason) ? _failAsAnswered(answer)
+                                                   : _fail(answer, MissingTable(answer.response));
     }
     const int token = rows.FindColumn("fund_token");
     for (int row = 0; row < rows.GetRowNumber(); ++row) {
@@ -248,7 +245,6 @@ void CAccountList::_settleRow(const CDataTable& rows, int row, const std::string
     } else {
         account->SetUnusable(rows.GetItemText(row, "msg"));
     }
-    m_touched[key] = m_turn;
     m_logins[key] = {turn, std::string(account->Get(AccountField::kMessage)),
                      std::string(account->Get(AccountField::kCanUse))};
 }

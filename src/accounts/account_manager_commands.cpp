@@ -152,26 +152,21 @@ void CAccountManager::_addPortfolio(const Call& call) {
 
 void CAccountManager::_bindAccount(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        CAccount* const account = m_accounts.Find(values.GetDataText("accountkey"));
-        if (!account) return kNoAccount;
-        return account->Bind(values) ? std::string_view() : kBindAccount.refused;
+        if (!m_accounts.Find(values.GetDataText("accountkey"))) return kNoAccount;
+        return m_accounts.Bind(values) ? std::string_view() : kBindAccount.refused;
     });
 }
 
 void CAccountManager::_unbindAccount(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        CAccount* const account = m_accounts.Find(values.GetDataText("accountkey"));
-        if (!account) return kNoAccount;
-        return account->Unbind(values) ? std::string_view() : kUnbindAccount.refused;
+        if (!m_accounts.Find(values.GetDataText("accountkey"))) return kNoAccount;
+        return m_accounts.Unbind(values) ? std::string_view() : kUnbindAccount.refused;
     });
 }
 
 void CAccountManager::_editAccount(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        CAccount* const account = m_accounts.Find(values.GetDataText("accountkey"));
-        if (!account) return kNoAccount;
-        account->Edit(values);
-        return std::string_view();
+        return m_accounts.Edit(values) ? std::string_view() : kNoAccount;
     });
 }
 

@@ -1,7 +1,6 @@
 #include "accounts/account_order.h"
 
 #include <algorithm>
-#include <atomic>
 #include <charconv>
 #include <limits>
 #include <utility>
@@ -115,8 +114,9 @@ CDataTable AccountOrder::Table() const {
     return table;
 }
 
+std::atomic<bool> AccountOrder::s_wasRead = false;
+
 AccountNumbers AccountOrder::ReadSavedOnce() {
-    static std::atomic<bool> s_wasRead = false;
     if (s_wasRead.exchange(true)) return {};
     return ParseOrderText(ReadConfig(std::string(kFile), std::string(kKey)));
 }

@@ -1,6 +1,7 @@
 // The order in which accounts are shown, and the text in which it is remembered.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -53,12 +54,15 @@ class AccountOrder {
     // Reads what the settings file remembers, once per process: later calls, of other objects too, answer nothing without
     // asking the host.
     static AccountNumbers ReadSavedOnce();
+    // Lets the next call read again. For tests.
+    static void ReadAgain() { s_wasRead = false; }
     // Writes all numbers into the settings file.
     void Write() const;
 
   private:
     bool _put(std::string_view key, int number);
 
+    static std::atomic<bool> s_wasRead;
     AccountNumbers m_numbers;
     bool m_hasUnsaved = false;
 };

@@ -6,6 +6,7 @@
 #include "accounts/result_event.h"
 #include "base/text.h"
 #include "messaging/guid.h"
+#include "trade/server_result.h"
 
 namespace luadui {
 namespace {
@@ -97,14 +98,12 @@ CJsonObject AccountFailure::ToJson() const {
 
 bool HasFailed(const CUIData& response) { return response.GetDataLong("DATATYPE") == -1; }
 
-AccountFailure FailureOf(const CUIData& response) {
-    CJsonObject json;
-    response.GetData("JsonData", json);
-    return FailureOf(json);
+bool ReadReason(const CUIData& response, CJsonObject& reason) {
+    return ReadJsonData(response, reason) && !reason.IsEmpty();
 }
 
-AccountFailure FailureOf(const CJsonObject& json) {
-    return {ReasonText(FirstOf(json, "error_code", "code")), ReasonText(FirstOf(json, "msg", "message"))};
+AccountFailure FailureOf(const CJsonObject& reason) {
+    return {ReasonText(FirstOf(reason, "error_code", "code")), ReasonText(FirstOf(reason, "msg", "message"))};
 }
 
 AccountFailure LocalFailure(std::string_view message) { return {std::string(kLocalErrorCode), Gbk(message)}; }

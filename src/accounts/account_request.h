@@ -43,11 +43,10 @@ struct AccountFailure {
 
 // DATATYPE -1.
 bool HasFailed(const CUIData& response);
-// The server's reason, from "JsonData": "error_code" or, if absent, "code"; "msg" or, if absent, "message"; numbers with
-// three decimals. Without "JsonData" both are empty.
-AccountFailure FailureOf(const CUIData& response);
-// The same for any record, such as a member of "JsonData".
-AccountFailure FailureOf(const CJsonObject& json);
+// What the server says of it: "JsonData", an object or the text of one. False when it says nothing.
+bool ReadReason(const CUIData& response, CJsonObject& reason);
+// "error_code" or, if absent, "code"; "msg" or, if absent, "message"; numbers with three decimals.
+AccountFailure FailureOf(const CJsonObject& reason);
 // A failure of this side: kLocalErrorCode and `message` (UTF-8 literal).
 AccountFailure LocalFailure(std::string_view message);
 // The same for an answer without the table that it should have; the message tells its "RawData".

@@ -65,12 +65,17 @@ std::optional<PassInfos> GetPassInfo(CRequestBase& asker, const AccountUser& use
     return std::nullopt;
 }
 
-void SavePassInfo(CRequestBase& asker, const AccountUser& user, const std::string& key, PassInfo info) {
+void SavePassInfo(CRequestBase& asker, const AccountUser& user, const std::string& key, PassInfo info,
+                  Remembered before) {
     const AccountUser whom = user;  // may go with the asker
     const int32_t handle = asker.GetHandle();
     PassInfos infos = GetPassInfo(asker, whom).value_or(PassInfos());
     if (!CBaseObject::Find(handle)) return;
-    infos.insert_or_assign(key, std::move(info));
+    PassInfo& remembered = infos[key];
+    for (const auto& [name, secret] : kMembers) {
+        if (before == Remembered::kReplaced || !(info.*secret).IsEmpty())
+            remembered.*secret = std::move(info.*secret);
+    }
     CJsonObject params;
     params.Set("useraccount", whom.name);
     params.Set("accountList", ToJson(infos));

@@ -24,8 +24,11 @@ using PassInfos = std::map<std::string, PassInfo, std::less<>>;  // by account k
 // Threads: the UI thread, as for all here.
 std::optional<PassInfos> GetPassInfo(CRequestBase& asker, const AccountUser& user);
 
+// What becomes of the texts that the host remembers of the account itself.
+enum class Remembered { kReplaced, kKeptWhereEmpty };
 // Has the host remember ("save_passInfo") `info` for `key`, empty texts for an account that is to be forgotten. What it
 // remembers for other accounts goes out again with it, so that a host which replaces all loses none.
-void SavePassInfo(CRequestBase& asker, const AccountUser& user, const std::string& key, PassInfo info);
+void SavePassInfo(CRequestBase& asker, const AccountUser& user, const std::string& key, PassInfo info,
+                  Remembered before = Remembered::kReplaced);
 
 }  // namespace luadui

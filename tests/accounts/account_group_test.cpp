@@ -216,6 +216,7 @@ TEST_F(AccountGroupTest, AnswersThatCrossEndInTheServersState) {
     EXPECT_EQ(Text(), "all=()");
     EXPECT_THAT(m_service.Events(),
                 ElementsAre("delete_accountgroup_success MODULE_ACCOUNTGROUP_LIST",
+                            "add_account_ingroup_failed MODULE_GROUP -8989 账户组不存在！",
                             "delete_accountgroup_failed MODULE_ACCOUNTGROUP_LIST -8989 删除失败！"));
     m_groups.AddGroup(About("g"));
     const CQueueReqItem again = m_service.host.pushed.back();

@@ -13,8 +13,8 @@ using testing::Not;
 
 class AccountList : public AccountListProbe {};
 
-// First of all cases: the settings file is read once per process.
 TEST_F(AccountList, TheFirstAnswerIsNumberedByTheSettingsFile) {
+    AccountOrder::ReadAgain();
     orderText = "[1002|7|1=5;gone|7|1=90;1001|7|1=x;]";
     Load({ListRow("1003"), ListRow("1001"), ListRow("1002")});
     EXPECT_EQ(Describe(list->Order().Table()),
@@ -325,7 +325,7 @@ TEST_F(AccountList, AnAccountIsAddedAndDeleted) {
     list->AddAccount(Values({{"account_code", "9"}, {"password", "pw9"}, {"UUID", "page"}}));
     EXPECT_EQ(service.events.back().uuid, "page");
     EXPECT_THAT(service.Events(),
-                ElementsAre("add_account_failed MODULE_ACCOUNT_LIST -8989 发送添加账户请求失败！"));
+                ElementsAre("add_account_failed MODULE_ACCOUNT_LIST 9|| -8989 发送添加账户请求失败！"));
 }
 
 TEST_F(AccountList, PortfoliosAreAdded) {
