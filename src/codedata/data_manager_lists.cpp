@@ -1,16 +1,17 @@
 // CDataManager: the securities of a family of markets.
-#include <algorithm>
 #include <string_view>
+#include <vector>
 
 #include "codedata/code_loader.h"
 #include "codedata/data_manager.h"
+#include "codedata/market_map.h"
 #include "codedata/zqdm_info.h"
 #include "trade/trade.h"
 
 namespace luadui {
 namespace {
 
-// Which securities belong: all of these markets, each between blanks, and where asked for those of some types only.
+// Which securities belong: those of these markets, ids between blanks, and where asked for only some types of them.
 struct Family {
     std::string_view markets;  // empty: every one
     bool (*takes)(StockType type) = nullptr;
@@ -28,21 +29,13 @@ constexpr Family kShanghaiConnect{" 153 156 "};
 constexpr Family kShenzhenConnect{" 73 76 "};
 constexpr Family kBonds{" 19 35 "};
 
-bool HasMarket(const Family& family, std::string_view market) {
-    std::string_view rest = family.markets;
-    if (rest.empty()) return true;
-    for (size_t end; (end = rest.find(' ', 1)) != rest.npos; rest.remove_prefix(end))
-        if (rest.substr(1, end - 1) == market) return true;
-    return false;
-}
-
 int Collect(const Family& family, std::string_view code, CUIData& out) {
     std::vector<HelperZqdmInfo> found;  // the book is left before anything else is called
     {
         const auto book = CodeLoader::Instance().Read();
         for (const uint32_t entry : book->EntriesOf(code)) {
             const auto [own, name, market, phonetic] = book->At(entry);
-            if (HasMarket(family, market))
+            if (family.markets.empty() || IsMarketIn(family.markets, market))
                 found.push_back(
                     {std::string(own), std::string(name), std::string(market), std::string(phonetic)});
         }

@@ -20,17 +20,6 @@ constexpr size_t NumberOf(std::string_view id) {
     return number <= kMaxId ? number : kMaxId + 1;
 }
 
-constexpr bool Holds(const ExchangeCode& exchange, std::string_view id) {
-    std::string_view rest = exchange.markets;
-    while (rest.size() > 1) {
-        rest.remove_prefix(1);
-        const std::string_view market = rest.substr(0, rest.find(' '));
-        if (market == id) return true;
-        rest.remove_prefix(market.size());
-    }
-    return false;
-}
-
 struct Market {
     std::string_view name = kUnknownMarketName;
     int type = kUnknownMarketType;
@@ -65,14 +54,14 @@ int MarketTypeOf(std::string_view id) { return kMarkets[NumberOf(id)].type; }
 
 std::string_view ExchangeCodeOf(std::string_view id) {
     for (const ExchangeCode& exchange : kExchangeCodes) {
-        if (Holds(exchange, id)) return exchange.code;
+        if (IsMarketIn(exchange.markets, id)) return exchange.code;
     }
     return {};
 }
 
 bool IsMarketOfExchange(std::string_view id, std::string_view exchangeCode) {
     for (const ExchangeCode& exchange : kExchangeCodes) {
-        if (exchange.code == exchangeCode) return Holds(exchange, id);
+        if (exchange.code == exchangeCode) return IsMarketIn(exchange.markets, id);
     }
     return false;
 }

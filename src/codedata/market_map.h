@@ -13,7 +13,7 @@ struct MarketType {
     std::string_view id;
     int type;
 };
-// A code under which counters and servers know an exchange, and the market ids, each in blanks, that it stands for.
+// A code under which counters and servers know an exchange, and the market ids between blanks that it stands for.
 struct ExchangeCode {
     std::string_view code, markets;
 };
@@ -44,6 +44,13 @@ inline constexpr ExchangeCode kExchangeCodes[] = {
     {"5", kShanghaiMarkets},  {"6", kStarMarkets},      {"7", kStarMarkets},      {"71", kShanghaiMarkets},
     {"81", kShenzhenMarkets}, {"82", kShanghaiMarkets}, {"91", kShenzhenMarkets}, {"92", kShanghaiMarkets},
 };
+
+// Whether `markets`, ids between blanks, has one.
+constexpr bool IsMarketIn(std::string_view markets, std::string_view id) {
+    for (size_t end; (end = markets.find(' ', 1)) != markets.npos; markets.remove_prefix(end))
+        if (markets.substr(1, end - 1) == id) return true;
+    return false;
+}
 
 // Lookups in these tables, by market id as text ("17"; "017" is unknown). Threads: any; no allocation.
 

@@ -1,6 +1,7 @@
 // The UI thread of the page manager: its start in the order that pages rely on, its loop and its end.
 #include "base/guard.h"
 #include "base/text.h"
+#include "codedata/data_manager.h"
 #include "datamgr/account_bridge.h"
 #include "datamgr/client_log.h"
 #include "datamgr/ui_stock_data_manager.h"
@@ -14,6 +15,7 @@ namespace luadui {
 
 void CPageManagerWnd::_start() {
     PinModule();  // by the caller, before there is a thread whose code could be taken away
+    CDataManager::InitMarketMap();
     DWORD threadId = 0;
     const HANDLE thread = StartMessageThread(
         [](void* manager) { static_cast<CPageManagerWnd*>(manager)->_runUiThread(); }, this, threadId);
