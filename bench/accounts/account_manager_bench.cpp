@@ -30,7 +30,7 @@ class Desk : public AccountEvents {
         CHostLink::Instance().SetRequestSyncCallback([](CQueueReqItem* request) {
             CUIData params;
             request->GetData("Params", params);
-            if (params.GetDataText("method") == "OnAccountChanged") Hear(params.GetDataString("params"));
+            if (params.GetDataText("method") == "OnAccountChanged") Hear(params.GetDataText("params"));
             return 0;
         });
     }
@@ -50,8 +50,13 @@ class Desk : public AccountEvents {
                                     R"(","code":"5","msg":"gone"})");
         m_manager->OnResponse(&push);
     }
-    // The last texts about accounts that everybody and the host got.
-    static std::vector<std::string> TakeTold() { return std::exchange(s_told, {}); }
+    // The texts that everybody and the host got.
+    std::vector<std::string> WhatFillTells() {
+        s_isListening = true;
+        Fill();
+        s_isListening = false;
+        return std::exchange(s_told, {});
+    }
 
   private:
     void _deliver(const CQueueRespData& answer) {
@@ -60,8 +65,8 @@ class Desk : public AccountEvents {
         DeliverResponse(HandleFromText(s_request.GetDataText("From")), response);
     }
 
-    static void Hear(std::string text) {
-        if (s_told.size() < 3) s_told.push_back(std::move(text));
+    static void Hear(std::string_view text) {
+        if (s_isListening) s_told.emplace_back(text);
     }
 
     AccountUser User() const override {
@@ -74,7 +79,7 @@ class Desk : public AccountEvents {
     bool Publish(CQueueReqItem& notification) override {
         CUIData params;
         notification.GetData("Params", params);
-        Hear(params.GetDataString("_SEND_DATA"));
+        Hear(params.GetDataText("_SEND_DATA"));
         return true;
     }
     void HandlePush(const CQueueRespData&) override {}
@@ -82,6 +87,7 @@ class Desk : public AccountEvents {
     bool StopTimer(uint32_t) override { return true; }
 
     static inline CQueueReqItem s_request;
+    static inline bool s_isListening = false;
     static inline std::vector<std::string> s_told;
     CQueueRespData m_answer;
     std::unique_ptr<CAccountManager> m_manager;
@@ -146,9 +152,8 @@ struct Told {
 
 LUADUI_REPORT(TellingOfAccounts) {
     Desk desk(kAccounts), small(kAccounts / 10), few(10);
-    desk.Fill();
     std::vector<Told> all;
-    for (const std::string& text : desk.TakeTold()) all.emplace_back(text);
+    for (const std::string& text : desk.WhatFillTells()) all.emplace_back(text);
     if (all.size() != 3 || all[2].accounts.size() != kAccounts) std::abort();
 
     const auto withJsoncpp = [&] {

@@ -3,6 +3,8 @@
 
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <sstream>
 
@@ -22,12 +24,24 @@ constexpr std::array<bool, 256> kIsPlain = [] {
     return plain;
 }();
 
+// Whether eight bytes are all such characters. A borrow may only spoil what is above a byte that is none.
+bool ArePlain(const char* bytes) {
+    constexpr uint64_t kOnes = 0x0101010101010101, kHigh = 0x8080808080808080;
+    uint64_t eight = 0;
+    std::memcpy(&eight, bytes, sizeof eight);
+    const auto hasZero = [](uint64_t each) { return (each - kOnes) & ~each; };
+    const uint64_t isControl = eight - kOnes * 0x20;
+    const uint64_t isAbove = eight + kOnes;  // 0x7F
+    return ((eight | isControl | isAbove | hasZero(eight ^ kOnes * '"') | hasZero(eight ^ kOnes * '\\')) &
+            kHigh) == 0;
+}
+
 // How many bytes at `at` stand for themselves, as characters of two bytes do too.
 size_t PlainBytes(std::string_view text, size_t at) {
     const size_t start = at;
     while (at < text.size()) {
         if (kIsPlain[static_cast<unsigned char>(text[at])]) {
-            ++at;
+            at += at + 8 <= text.size() && ArePlain(text.data() + at) ? 8 : 1;
         } else if (code_page::CharLength(text, at) == 2) {
             at += 2;
         } else {

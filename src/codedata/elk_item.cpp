@@ -30,6 +30,7 @@ const char* CQueueLogElkItem::ClassName() const { return "CQueueLogElkItem"; }
 void CQueueLogElkItem::SetField(std::string_view name, std::string_view value) {
     CUIData fields;
     GetData("Fields", fields);
+    Remove("Fields");  // held once, they are not copied
     SetMasked(fields, name, value);
     SetData("Fields", fields);
 }

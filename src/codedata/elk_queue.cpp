@@ -7,7 +7,7 @@
 
 #include "base/data_table.h"
 #include "base/guard.h"
-#include "base/json_object.h"
+#include "base/json_text.h"
 #include "base/secret_fields.h"
 #include "codedata/elk_item.h"
 
@@ -28,11 +28,13 @@ std::string TimeText(const LogTime& time) {
 std::string FieldsText(const CUIData& item) {
     CUIData fields;
     item.GetData("Fields", fields);
-    CJsonObject json;
+    JsonText json;
+    json.BeginObject();
     for (auto [name, value] : fields) {
-        json.Set(name, IsSecretField(name) ? kSecretMask : std::string_view(value.AsText()));
+        json.Member(name, IsSecretField(name) ? kSecretMask : std::string_view(value.AsText()));
     }
-    return json.ToText();
+    json.EndObject();
+    return json.Take();
 }
 
 }  // namespace
@@ -40,7 +42,10 @@ std::string FieldsText(const CUIData& item) {
 ElkQueue::ElkQueue(Limits limits, CTextLog::Clock clock) : m_limits(limits), m_clock(std::move(clock)) {}
 
 ElkQueue::Line ElkQueue::_line(const CQueueLogElkItem& item) const {
-    Line line{{TimeText(m_clock()), std::to_string(item.Tag())}, sizeof(Line)};
+    Line line{{}, sizeof(Line)};
+    line.cells.reserve(std::size(kItemColumns) + 3);
+    line.cells.push_back(TimeText(m_clock()));
+    line.cells.push_back(std::to_string(item.Tag()));
     for (const char* column : kItemColumns) line.cells.push_back(item.GetDataString(column));
     line.cells.push_back(FieldsText(item));
     for (const std::string& cell : line.cells) line.bytes += sizeof cell + cell.size();
