@@ -78,8 +78,7 @@ int LoadCodeList(lua_State* L) {
     return Run(L, [=](Terminal& terminal, LuaAnswer& answer) {
         const auto load = terminal.GetLibrary().initKeyFairy;
         if (!load) return answer.Fail("the library is not attached");
-        load(path);
-        answer.Add(true);
+        AddOutcome(answer, load(path) == 0, "no thread could be started");
     });
 }
 

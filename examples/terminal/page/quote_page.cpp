@@ -187,14 +187,20 @@ void QuotePage::_report(const CUIData& record, int rows) const {
                    .message = record.GetDataString(isError ? "error_msg" : "ret_message")});
 }
 
-void QuotePage::_search(const CUIData&) {}
+void QuotePage::_search(const CUIData& command) {
+    constexpr int64_t kMost = 1000;
+    const auto max = static_cast<size_t>(std::clamp<int64_t>(command.GetDataLong("max"), 1, kMost));
+    m_found = SearchSecurities(command.GetDataText("queries"), max);
+    _reportRecord({.kind = "search", .why = "answer", .rows = m_found.candidates.GetRowNumber()});
+    _changed();
+}
 
 void QuotePage::_addToView(CUIData& view) const {
     CUIData tables;
     tables.SetData("quotes", m_quotes);
-    tables.SetData("candidates", m_candidates);
+    tables.SetData("candidates", m_found.candidates);
+    tables.SetData("lookups", m_found.lookups);
     view.SetData("tables", tables);
-    view.SetData("searched", m_searched);
 }
 
 std::string QuotePage::_text(size_t columns) const {

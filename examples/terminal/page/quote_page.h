@@ -8,6 +8,7 @@
 
 #include "base/data_table.h"
 #include "datamgr/ui_page_data.h"
+#include "page/security_search.h"
 #include "page/text_page.h"
 
 namespace terminal {
@@ -19,10 +20,10 @@ namespace terminal {
 //
 // Its parameter "codes" are the first securities, "600000:17" each, separated by commas. The host's scripts tell it what to
 // do by messages to the page sign "quotepage:<name>": {"do": ..., "codes": ...}, where "do" is "show" (more securities),
-// "forget" (these), "single" (asks for one quote only, which is reported), "search" ("query", "max") or "close". A search
-// asks the code list (see page/search.h); its results are the table "candidates" and the text of the page.
+// "forget" (these), "single" (asks for one quote only, which is reported), "search" ("queries", "max"; see
+// page/security_search.h) or "close".
 //
-// The view's table "quotes" has a row for each security.
+// The view has the tables "quotes", a row for each security, "candidates" and "lookups", those of the last search.
 class QuotePage : public TextPage {
   public:
     // Null when the window cannot be created or the name is taken.
@@ -55,8 +56,7 @@ class QuotePage : public TextPage {
     luadui::CUIPageData m_data;
     luadui::CDataTable m_quotes;
     std::map<std::string, int, std::less<>> m_rows;  // of the securities, by "code:market"
-    luadui::CDataTable m_candidates;                 // of the last search
-    std::string m_searched;
+    SearchResult m_found;                            // of the last search
 };
 
 }  // namespace terminal

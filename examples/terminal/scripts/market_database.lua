@@ -43,20 +43,25 @@ local function fill(connection, list, source)
     run(("INSERT INTO source VALUES (%s)"):format(quoted(source)))
 end
 
--- Makes the database at `path` of the CSV file `csv`, grown to `count` securities (0: as it is), unless it was made of
--- just that before. Answers what was done: {count =, made =, left_out = {text...}}, or nil and a text.
-function market_database.make(path, csv, count)
-    local found, luasql = pcall(require, "luasql.sqlite3")
-    if not found then return nil, "the SQLite binding of Lua is not installed" end
+-- The securities of the CSV file `csv`, grown to `count` (0: as they are): {list =, left_out = {text...}, source =}, the last
+-- a text that says what they are made of. Nil and a text when there are none.
+function market_database.read(csv, count)
     local text, reason = read_file(csv)
     if not text then return nil, "the list of securities cannot be read: " .. reason end
     local list, left_out = securities.parse(text)
     if not list then return nil, csv .. ": " .. left_out end
     securities.grow(list, count)
+    return {list = list, left_out = left_out, source = ("%s, %d bytes, %d securities"):format(csv, #text, #list)}
+end
 
+-- Makes the database at `path` of what `read` answered, unless it was made of just that before. Answers what was done:
+-- {count =, made =, left_out = {text...}}, or nil and a text.
+function market_database.make(path, read)
+    local found, luasql = pcall(require, "luasql.sqlite3")
+    if not found then return nil, "the SQLite binding of Lua is not installed" end
+    local list, source = read.list, read.source
     local environment = luasql.sqlite3()
-    local source = ("%s, %d bytes, %d securities"):format(csv, #text, #list)
-    local answer = {count = #list, made = false, left_out = left_out}
+    local answer = {count = #list, made = false, left_out = read.left_out}
     if source_of(environment, path) == source then
         environment:close()
         return answer

@@ -6,6 +6,8 @@ local session = {
     data_library = "/datapage.dll",
     account_library = "/accountpage.dll",
     luadui = nil, -- the library's Lua functions, once started
+    quote_library = "/quotepage.dll",
+    securities = {}, -- those of the list: {code, name, market, pinyin}
     market = nil, -- what became of the market database: {count, made, left_out}, or nil
     market_fault = nil, -- and why not
     started_in = nil, -- milliseconds
@@ -13,10 +15,24 @@ local session = {
 
 local to_codepage, to_utf8 = terminal.to_codepage, terminal.to_utf8
 
+-- The broker has quotes of what is in the list.
+local function list_at_broker()
+    local lines = {}
+    for i, security in ipairs(session.securities) do
+        lines[i] = security.code .. "\t" .. security.market .. "\t" .. security.name
+    end
+    if #lines > 0 then terminal.list_securities(table.concat(lines, "\n")) end
+end
+
 function session.start(options)
     local csv = options.securities ~= "" and options.securities or options.home .. "/data/securities_list.csv"
-    session.market, session.market_fault =
-        require("market_database").make(options.data .. "/market.db", csv, options.securities_count)
+    local database = require "market_database"
+    local read, fault = database.read(csv, options.securities_count)
+    session.market_fault = fault
+    if read then
+        session.securities = read.list
+        session.market, session.market_fault = database.make(options.data .. "/market.db", read)
+    end
 
     local began = terminal.ms()
     local loaded, luadui = pcall(require, "luadui")
@@ -24,10 +40,12 @@ function session.start(options)
     session.luadui = type(luadui) == "table" and luadui or package.loaded.luadui
     local attached, reason = terminal.attach()
     if not attached then return nil, reason end
-    local thread, fault = terminal.start_ui()
-    if not thread then return nil, fault end
+    list_at_broker()
+    local thread, why = terminal.start_ui()
+    if not thread then return nil, why end
     session.ui_thread = thread
     session.luadui.on_set_hWnd(terminal.window())
+    if session.market then session.luadui.on_init_marketcodelist("") end
     session.started_in = terminal.ms() - began
     return true
 end
@@ -73,6 +91,17 @@ end
 -- Opens a page that gets data by name; `info` is its init string (see page/data_page.h).
 function session.open_data_page(page, info)
     return session.luadui.on_init(to_codepage(page), session.data_library, to_codepage(info), terminal.window(), 0, 0, 0, true)
+end
+
+-- Opens a page of quotes and searches; `codes` are its first securities, "600000:17" each (see page/quote_page.h).
+function session.open_quote_page(page, codes)
+    return session.luadui.on_init(to_codepage(page), session.quote_library, "codes=" .. (codes or ""), terminal.window(), 0, 0,
+                                  0, true)
+end
+
+-- What it is to do: {["do"] = "show", codes = "600000:17,600036:17"}...
+function session.quote_command(page, command)
+    session.luadui.on_error("quotepage:" .. to_codepage(page), to_codepage(session.json_of(command)))
 end
 
 -- Opens the page that hears of accounts and signs its user in (see page/account_page.h).
