@@ -24,7 +24,7 @@ namespace luadui {
 // Threads:   one, on which all that is attached is read, too.
 class CHqData : public CUIData {
   public:
-    static constexpr size_t kMostQuotes = 200'000;
+    static constexpr size_t kMostQuotes = 100'000;
     static constexpr size_t kMostCodeBytes = 64;  // a longer code is none
 
     // `kind` is the type of the record and of outputs.

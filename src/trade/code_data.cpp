@@ -1,9 +1,11 @@
 // What the code list knows of single securities.
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
 #include <unordered_map>
+#include <utility>
 
 #include "base/counters.h"
 #include "trade/trade.h"
@@ -15,12 +17,14 @@ namespace {
 struct CodeData {
     bool isRiskWarned = false;
     int64_t boardLot = 0;
+    bool operator==(const CodeData&) const = default;
 };
 
 struct Registry {
     std::shared_mutex mutex;
     // Only those about which there is something to know, by KeyOf.
     std::unordered_map<uint64_t, CodeData> codes;
+    std::atomic<uint64_t> version{1};
 };
 
 Registry& Registered() {
@@ -82,12 +86,16 @@ void CTrade::AddCodeData(std::string_view code, std::string_view market, std::st
     const CodeData data{IsRiskWarnedName(name), std::max<int64_t>(boardLot, 0)};
     Registry& registry = Registered();
     const std::unique_lock lock(registry.mutex);
+    bool isChanged = false;
     if (data.isRiskWarned || data.boardLot > 0) {
-        registry.codes[*key] = data;
+        isChanged = std::exchange(registry.codes[*key], data) != data;
     } else {
-        registry.codes.erase(*key);
+        isChanged = registry.codes.erase(*key) != 0;
     }
+    if (isChanged) registry.version.fetch_add(1, std::memory_order_release);
 }
+
+uint64_t CTrade::CodeDataVersion() { return Registered().version.load(std::memory_order_acquire); }
 
 int64_t CTrade::GetBoardLot(std::string_view code, std::string_view market) {
     return Find(code, market).boardLot;

@@ -86,6 +86,8 @@ class CTrade {
     // Connect's (0: not known). What can be no code of the market is counted as "code_data_refused".
     static void AddCodeData(std::string_view code, std::string_view market, std::string_view name,
                             int64_t boardLot = 0);
+    // Becomes another number whenever AddCodeData changed what is known, for those who keep what followed from it.
+    static uint64_t CodeDataVersion();
     // The board lot; 0 when it is not known.
     static int64_t GetBoardLot(std::string_view code, std::string_view market);
     static bool IsRiskWarned(std::string_view code, std::string_view market);
