@@ -41,6 +41,10 @@ bool CDataSet::Remove(std::string_view text) {
 
 bool CDataSet::Contains(std::string_view text) const { return _texts().contains(text); }
 
+CDataSet::Texts::const_iterator CDataSet::LowerBound(std::string_view text) const {
+    return _texts().lower_bound(text);
+}
+
 size_t CDataSet::Size() const noexcept { return _texts().size(); }
 
 void CDataSet::Clear() { _assign(nullptr); }

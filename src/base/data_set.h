@@ -24,6 +24,8 @@ class TESSEL_API CDataSet : public SharedValue<DataSetBody> {
     // False when `text` was not in the set.
     bool Remove(std::string_view text);
     bool Contains(std::string_view text) const;
+    // The first text that is not less than `text`; end() when there is none.
+    const_iterator LowerBound(std::string_view text) const;
     size_t Size() const noexcept;
     bool IsEmpty() const noexcept { return Size() == 0; }
     void Clear();

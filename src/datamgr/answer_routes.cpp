@@ -2,6 +2,7 @@
 
 #include "datamgr/answer_handlers.h"
 #include "datamgr/kind_table.h"
+#include "datamgr/quote_handlers.h"
 #include "datamgr/type_code_table.h"
 
 namespace luadui {
@@ -10,9 +11,9 @@ namespace {
 constexpr AnswerRoute kRoutes[] = {
     {1034, "account", HandleAccounts, HandleAccountsCredit},
     {1035, "accountgroup", HandleGroups, HandleGroupsCredit},
-    {1051, "hq", DeliverAnswer},
-    {1055, "hq_quote", DeliverAnswer},
-    {1058, "hq_zq", DeliverAnswer},
+    {1051, "hq", HandleQuotes},
+    {1055, "hq_quote", HandleQuoteOnce},
+    {1058, "hq_zq", HandleQuotes},
     {1059, "http_req_min_groung", DeliverAnswer},
     {1060, "etf_allcode", DeliverAnswer},
     {1061, "etf_info", DeliverAnswer},

@@ -8,11 +8,13 @@
 #include "datalists/entrust_list.h"
 #include "datalists/fund_list.h"
 #include "datalists/ggt_reference.h"
+#include "datalists/hq_data.h"
 #include "datalists/order_list.h"
 #include "datalists/page_lists.h"
 #include "datalists/position_list.h"
 #include "datalists/trade_data.h"
 #include "datamgr/kind_table.h"
+#include "datamgr/quote_names.h"
 
 namespace luadui {
 namespace {
@@ -36,7 +38,14 @@ std::unique_ptr<CUIData> Make(ListOwner* owner) {
     }
 }
 
+template <size_t kKind>
+std::unique_ptr<CUIData> MakeQuotes(ListOwner*) {
+    return std::make_unique<CHqData>(kQuoteKinds[kKind]);
+}
+
 constexpr std::array kMakers = std::to_array<ListMaker>({
+    {kQuoteKinds[0], MakeQuotes<0>, false},
+    {kQuoteKinds[1], MakeQuotes<1>, false},
     {"entrust", Make<CEntrustList>},
     {"entrustcredit", Make<CEntrustListCredit>},
     {"entrust_ggt", Make<CEntrustListGGT>},

@@ -6,6 +6,7 @@
 #include "datamgr/kind_table.h"
 #include "datamgr/local_sources.h"
 #include "datamgr/trade_factories.h"
+#include "datamgr/ui_stock_data_manager.h"
 #include "trade/trade.h"
 
 namespace luadui {
@@ -66,6 +67,16 @@ PriceRange LimitsOf(const CUIData& quote, const Security& security) {
     return limits;
 }
 
+// The one that the request brings; failing that the one that is held here, if it is not an old one.
+CUIData QuoteFor(const CUIData& request, const Security& security, const Level& level) {
+    CUIData quote;
+    if (request.GetData("quote", quote)) return quote;
+    const std::string_view own[] = {level.field, "PriceZxjg", "PriceZrsp"};
+    if (std::ranges::any_of(own, [&](std::string_view field) { return request.Has(field); })) return request;
+    const QuoteFeed& feed = CUIStockDataManager::get_mutable_instance().CommonData().Quotes();
+    return feed.FindCurrent(security.code, security.market, quote) ? quote : request;
+}
+
 std::string PriceText(const Security& security, Decimal price, const PriceRange& limits) {
     using enum Decimal::Rounding;
     const Decimal step = security.StepAt(price);
@@ -89,8 +100,7 @@ Refusal ComputePriceLevel(CUIDataManager&, CUIData& request) {
     if (!level) return chosen.empty() ? "缺少价格档位" : "价格档位无效";
     const Security security{NameOf(request, "stock_code"), NameOf(request, "stock_marketid")};
     if (security.code.empty()) return "缺少证券代码";
-    CUIData quote;
-    if (!request.GetData("quote", quote)) quote = request;
+    const CUIData quote = QuoteFor(request, security, *level);
     const auto price = PriceOf(quote.GetDataView(level->field));
     if (!price) return "行情价格无效";
     if (*price == 0) return "该档位没有价格";

@@ -20,22 +20,6 @@ struct Merged {
     bool isNew = false;     // the list changed
 };
 
-void FindRows(Push& push) {
-    if (push.hasTable) return;
-    for (const auto [name, value] : CUIData(push.fields)) {
-        if (value.Get(push.table)) {
-            push.hasTable = true;
-            return;
-        }
-    }
-}
-
-// What a failed push carries is no content.
-bool HasFailed(const Push& push) {
-    if (push.code != 0) CCounters::Add("push_failed_not_merged");
-    return push.code != 0;
-}
-
 std::string AccountOf(const Push& push) { return MakePushRecord(push, {}).GetDataString("fund_token"); }
 
 // The list that knows the account; failing all of them the first.
@@ -109,6 +93,21 @@ bool PublishTable(CUIDataManager& manager, const Push& push, const Merged& merge
 }
 
 }  // namespace
+
+void FindRows(Push& push) {
+    if (push.hasTable) return;
+    for (const auto [name, value] : CUIData(push.fields)) {
+        if (value.Get(push.table)) {
+            push.hasTable = true;
+            return;
+        }
+    }
+}
+
+bool HasFailed(const Push& push) {
+    if (push.code != 0) CCounters::Add("push_failed_not_merged");
+    return push.code != 0;
+}
 
 void PublishPush(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds) {
     for (const std::string_view kind : kinds) {

@@ -46,11 +46,15 @@ inline constexpr PushedList kPushedLists[] = {
 };
 using PushedListIndex = KindIndex<kPushedLists, &PushedList::key>;
 
+// Finds the rows of a push: its "Table" or the first array of objects among its fields.
+void FindRows(Push& push);
+// Whether the push says that something failed, counted as "push_failed_not_merged": what it carries is no content.
+bool HasFailed(const Push& push);
+
 // Publishes the push as it is.
 void PublishPush(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
 
-// Those that kPushedLists names give their rows to a list: the push's "Table" or the first array of objects among
-// its fields.
+// Those that kPushedLists names give their rows to a list.
 //
 // Of one account: what is published under the kind of the list is the account's whole table; under the other kinds
 // it is the rows that were pushed, as the list holds them then, or, where a push stands for the whole table, that.

@@ -5,6 +5,8 @@
 
 #include "datamgr/kind_table.h"
 #include "datamgr/push_handlers.h"
+#include "datamgr/quote_handlers.h"
+#include "datamgr/quote_names.h"
 #include "datamgr/ui_registry.h"
 #include "datamgr/ui_registry_tables.h"
 
@@ -27,13 +29,19 @@ constexpr KindPushKey kMoreKinds[] = {
     {"condition_order", "condition_order"},
 };
 
-constexpr size_t kPairCount = std::size(registry::kPushKeys) + std::size(kMoreKinds);
+// Quotes are pushed under their kind, yet nobody subscribes to that: one subscribes to securities.
+constexpr KindPushKey kQuotePushes[] = {{"hq", "hq"}, {"hq_zq", "hq_zq"}};
+static_assert(std::ranges::equal(kQuotePushes, kQuoteKinds, {}, &KindPushKey::kind));
+
+constexpr size_t kPairCount =
+    std::size(registry::kPushKeys) + std::size(kMoreKinds) + std::size(kQuotePushes);
 
 // Every pair of kind and key, those of a key together, in the order of the tables.
 constexpr auto JoinPairs() {
     std::array<KindPushKey, kPairCount> pairs{};
-    auto* const rest = std::ranges::copy(registry::kPushKeys, pairs.data()).out;
-    std::ranges::copy(kMoreKinds, rest);
+    auto* rest = std::ranges::copy(registry::kPushKeys, pairs.data()).out;
+    rest = std::ranges::copy(kMoreKinds, rest).out;
+    std::ranges::copy(kQuotePushes, rest);
     // The standard library's stable sort does not run at compile time.
     for (size_t i = 1; i < kPairCount; ++i) {
         for (size_t k = i; k > 0 && pairs[k].key < pairs[k - 1].key; --k) std::swap(pairs[k], pairs[k - 1]);
@@ -56,6 +64,7 @@ constexpr size_t CountKeys() {
 }
 
 constexpr PushHandler HandlerOf(std::string_view key) {
+    if (std::ranges::find(kQuoteKinds, key) != std::end(kQuoteKinds)) return MergeQuotes;
     const auto* const row = std::ranges::find(kPushedLists, key, &PushedList::key);
     if (row == std::end(kPushedLists)) return PublishPush;
     switch (row->rows) {

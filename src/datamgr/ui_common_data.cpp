@@ -31,6 +31,7 @@ bool CUICommonData::_isToldElsewhere(uint32_t listener, const CUIData& record, i
 void CUICommonData::_onTick() {
     constexpr int kBatches = 10;  // at most, so that a flood of log records does not hold up the pages
     for (int batch = 0; batch < kBatches && CDataManager::Instance().ShipELK() > 0;) ++batch;
+    m_quotes.Tick();
 }
 
 }  // namespace luadui

@@ -1,6 +1,7 @@
 // CUICommonData: the one manager of the data that all pages share.
 #pragma once
 
+#include "datamgr/quote_feed.h"
 #include "datamgr/ui_data_manager.h"
 
 namespace luadui {
@@ -15,12 +16,19 @@ class LUADUI_API CUICommonData : public CUIDataManager {
     // only of common kinds.
     void ResponseNotify(CUIData* record, int handle, bool notifyOthers) override;
 
+    // The quotes of all pages.
+    QuoteFeed& Quotes() { return m_quotes; }
+
   protected:
     // A window that its page tells already is not told twice. Of orders and risks a page with a message center of
     // its own tells its windows itself, since its list hears of all of them; of requests that failed it
     // only knows its own, so those of others come from here.
     bool _isToldElsewhere(uint32_t listener, const CUIData& record, int64_t asker) const override;
     void _onTick() override;
+    bool _findQuotes(CUIData& request) const override { return m_quotes.AnswerFrom(request); }
+
+  private:
+    QuoteFeed m_quotes{*this};
 };
 
 }  // namespace luadui

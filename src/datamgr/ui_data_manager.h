@@ -152,6 +152,8 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
     }
     // At each tick of the timer, every 500 ms.
     virtual void _onTick() {}
+    // Answers a request for quotes from those that are current.
+    virtual bool _findQuotes(CUIData& /*request*/) const { return false; }
 
     // Delivers to one window or object. False when it has gone.
     bool _deliver(const CUIData& record, int64_t handle);
@@ -185,6 +187,8 @@ class LUADUI_API CUIDataManager : public CRequestBase, public ListOwner, public 
 
     // Subscribing (ui_data_subscribe.cpp)
     void _handleSubRequest(const CUIData& record, bool subscribe);
+    template <class Names>
+    void _subscribeEach(const CUIData& record, const char* key, const Names& names, bool subscribe);
     void _handleSingeSubReq(const CUIData& record, bool subscribe);
     void _leaveTopicsOfGone();
     void _sendSubscription(int type, const CUIData& params);

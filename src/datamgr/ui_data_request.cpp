@@ -4,6 +4,7 @@
 
 #include "base/counters.h"
 #include "datamgr/quote_fields.h"
+#include "datamgr/quote_names.h"
 #include "datamgr/request_route.h"
 #include "datamgr/ui_data_manager.h"
 #include "datamgr/ui_registry.h"
@@ -120,6 +121,7 @@ bool CUIDataManager::_GetData(CUIData& request) {
     if (request.GetDataLong("refresh") != 0) return false;
     if (_handleFactoryData(request)) return true;
     const std::string_view kind = request.GetTypeText();
+    if (IsQuoteKind(kind)) return _findQuotes(request);
     if (const auto family = ListStore::FamilyOf(kind); family != ListStore::kFamilies) {
         const AccountDataList* const list = m_lists.Accounts(family);
         return list && list->GetData(request);

@@ -4,6 +4,7 @@
 #include "base/counters.h"
 #include "datamgr/push_routes.h"
 #include "datamgr/quote_fields.h"
+#include "datamgr/quote_names.h"
 #include "datamgr/ui_data_manager.h"
 #include "messaging/request_types.h"
 #include "messaging/subscription_dispatcher.h"
@@ -73,12 +74,26 @@ std::string TopicOf(const CUIData& params) {
 
 void CUIDataManager::_handleSubRequest(const CUIData& record, bool subscribe) {
     CDataSet tokens;
-    if (!record.GetData("fund_token", tokens)) return _handleSingeSubReq(record, subscribe);
-    if (tokens.IsEmpty()) CCounters::Add("request_without_account");
+    // Each is left on its own, whatever was subscribed to together.
+    const auto securities =
+        IsQuoteKind(record.GetTypeText()) ? SecuritiesOf(record) : std::vector<std::string>();
+    if (securities.size() > 1) {
+        _subscribeEach(record, record.Has("stock_code") ? "stock_code" : "code", securities, subscribe);
+    } else if (record.GetData("fund_token", tokens)) {
+        if (tokens.IsEmpty()) CCounters::Add("request_without_account");
+        _subscribeEach(record, "fund_token", tokens, subscribe);
+    } else {
+        _handleSingeSubReq(record, subscribe);
+    }
+}
+
+template <class Names>
+void CUIDataManager::_subscribeEach(const CUIData& record, const char* key, const Names& names,
+                                    bool subscribe) {
     const int32_t self = GetHandle();
     CUIData single = record;
-    for (const std::string& token : tokens) {
-        single.SetData("fund_token", token);
+    for (const std::string& name : names) {
+        single.SetData(key, name);
         _handleSingeSubReq(single, subscribe);
         if (CBaseObject::Find(self) != this) return;
     }

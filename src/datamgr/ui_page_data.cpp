@@ -79,6 +79,7 @@ CUIPageData::~CUIPageData() {
         }
     }
     Router().UnRegisterPage(m_name);
+    _leaveQuotes();
 }
 
 bool CUIPageData::Init() {
@@ -114,6 +115,7 @@ void CUIPageData::_ownWindow(unsigned int handle) {
 
 bool CUIPageData::GetData(CUIData& request, bool cacheOnly, bool flag) {
     if (!_adopt(request)) return false;
+    _noteAsk(request);
     const auto family = ListStore::FamilyOf(request.GetTypeText());
     if (family != ListStore::kFamilies) {
         SaveCurAccountGroup(request, family);
@@ -155,6 +157,13 @@ bool CUIPageData::GetDataShared(const std::string& kind, CUIData& out) {
 
 void CUIPageData::SetData(CUIData* record, SET_DATA mode) {
     if (!record || !_adopt(*record)) return;
+    const bool isSubscription = mode == kSetSubscribe || mode == kSetUnsubscribe;
+    if (isSubscription && IsQuoteKind(record->GetTypeText())) return _setQuoteSubscription(record, mode);
+    if (mode == kSetRequest) _noteAsk(*record);
+    _send(record, mode);
+}
+
+void CUIPageData::_send(CUIData* record, SET_DATA mode) {
     if (record->GetDataText("force_sendmoudle") == kCommonModule) {
         Router().CommonData().SetData(record, mode);
     } else {
@@ -168,12 +177,14 @@ void CUIPageData::RegisterNotify(unsigned int handle, std::string kind) {
 }
 
 void CUIPageData::UnRegisterNotify(unsigned int handle, std::string kind) {
-    CUIDataManager::UnRegisterNotify(handle, std::move(kind));
+    CUIDataManager::UnRegisterNotify(handle, kind);
+    if (IsQuoteKind(kind) && !Wants(handle, kind)) Router().CommonData().Quotes().Leave(kind, handle);
 }
 
 void CUIPageData::Listen(uint32_t window, const std::string& kind, NotifyTable::Reason reason, bool wants) {
     if (IsHeardThere(kind)) Router().CommonData().Listen(window, kind, reason, wants);
     CUIDataManager::Listen(window, kind, reason, wants);
+    _noteListening(window, kind);
 }
 
 void CUIPageData::_kindWanted(const std::string& kind) {
@@ -225,6 +236,7 @@ void CUIPageData::_ask(CUIData request) {
 void CUIPageData::_sendNoted() {
     const int32_t self = GetHandle();
     for (CUIData& request : m_requeries.Take()) {
+        if (!_dropUnshown(request)) continue;
         _ask(std::move(request));
         if (CBaseObject::Find(self) != this) return;
     }
@@ -238,6 +250,10 @@ void CUIPageData::_onTick() {
 
 bool CUIPageData::PreHandleNotify(const CUIData* record, int handle, bool flag) {
     if (!record || !CUIStockDataManager::IsCommonData(record)) return false;
+    if (!IsAsked(*record, handle) && _showsNone(*record)) {
+        CCounters::Add("quotes_not_shown");
+        return true;
+    }
     bool isNoted = false;
     if (m_pushToQuery && !IsAsked(*record, handle)) TransPushData2Query(record, isNoted);
     if (isNoted) CCounters::Add("record_noted_for_query");
@@ -249,7 +265,7 @@ bool CUIPageData::TransPushData2Query(const CUIData* record, bool& isNoted) {
     const std::string_view kind = record->GetTypeText();
     if (IsNeverConverted(kind)) return false;
     const std::string_view query = QueryKindOfPush(kind);
-    isNoted = !query.empty() && CanBeAsked(query, *record) && m_requeries.Add(query, *record);
+    isNoted = !query.empty() && CanBeAsked(query, *record) && _noteForQuery(query, *record);
     return true;
 }
 

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "datamgr/quote_interest.h"
+#include "datamgr/quote_names.h"
 #include "datamgr/requery_store.h"
 #include "datamgr/ui_data_manager.h"
 
@@ -65,6 +67,20 @@ class LUADUI_API CUIPageData : public CUIDataManager {
 
   private:
     bool _adopt(CUIData& record);
+    void _send(CUIData* record, SET_DATA mode);
+    // Quotes (ui_page_quotes.cpp)
+    QuoteInterest* _interestIn(std::string_view kind);
+    void _noteAsk(const CUIData& record);
+    void _noteQuotes(const CUIData& request, int32_t window);
+    void _setQuoteSubscription(CUIData* record, SET_DATA mode);
+    void _noteListening(uint32_t window, std::string_view kind);
+    void _leaveQuotes();
+    // Whether the record tells of quotes, but of none that the page's windows show.
+    bool _showsNone(const CUIData& record);
+    // Notes what the page is to ask again; of quotes what it shows.
+    bool _noteForQuery(std::string_view query, const CUIData& record);
+    // Takes the securities out of a query for quotes that are shown no longer. False when none is left.
+    bool _dropUnshown(CUIData& query);
     void _ownWindow(unsigned int handle);
     // What the record is to be asked as. False for kinds that never are; `isNoted`: it is in the store now.
     bool TransPushData2Query(const CUIData* record, bool& isNoted);
@@ -91,6 +107,7 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     bool m_pushToQuery = false;
     Group m_groups[ListStore::kFamilies];
     RequeryStore m_requeries;
+    QuoteInterest m_quotes[kQuoteKindCount];
 };
 
 }  // namespace luadui

@@ -1,4 +1,4 @@
-// What the broker answers, and what the window that asked receives: a row for every kind asked for.
+// What the broker answers, and what the window that asked receives: a row for every kind asked for but quotes.
 #pragma once
 
 #include <string_view>
@@ -19,9 +19,6 @@ constexpr char kAnswerEnd[] = " fund_token=F1 handle=H ret_code=0 ret_message=";
 
 // clang-format off
 constexpr AnswerCase kAnswerCases[] = {
-    {1051, "hq", kRows, "hq Total=1 hq=[No|1]"},
-    {1055, "hq_quote", kRows, "hq_quote Total=1 hq_quote=[No|1]"},
-    {1058, "hq_zq", kRows, "hq_zq Total=1 hq_zq=[No|1]"},
     {1059, "http_req_min_groung", kBody, R"(http_req_min_groung retcode=0 body={"no":1})"},
     {1060, "etf_allcode", kRows, "etf_allcode Total=1 etf_allcode=[No|1]"},
     {1061, "etf_info", kRows, "etf_info Total=1 etf_info=[No|1]"},

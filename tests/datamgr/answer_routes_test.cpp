@@ -60,7 +60,8 @@ TEST_F(AnswerRoutesTest, TheAskerReceives) {
     }
     for (const std::string kind : {"rate_ggt", "tb_price_spred_ggt"})
         EXPECT_EQ(m_manager.GetData(kind).GetDataType(kind), kDataTable) << kind;
-    for (const int type : {1034, 1035, 1099, 1201, 1205}) types.insert(type);  // below
+    for (const int type : {1034, 1035, 1099, 1201, 1205, 1051, 1055, 1058})
+        types.insert(type);  // below; of quotes see quotes_test.cpp
     EXPECT_EQ(types.size(), AnswerRoutes().size());
     for (const AnswerRoute& route : AnswerRoutes()) EXPECT_TRUE(types.contains(route.type)) << route.type;
 }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/counters.h"
+#include "datamgr/quote_names.h"
 #include "datamgr/ui_registry.h"
 #include "tests/datamgr/push_cases.h"
 #include "tests/datamgr/traffic.h"
@@ -54,6 +55,10 @@ TEST_F(PushRoutesTest, TheListenersReceive) {
             << row.topic;
         const PushRoute* const route = FindPushRoute(row.topic);
         if (route) keys.insert(route->key);
+    }
+    for (const std::string_view kind : kQuoteKinds) {  // told at ticks
+        EXPECT_EQ(Pushed(kind, PushOf("3,4,10;17,600000,1")), "");
+        if (FindPushRoute(kind)) keys.insert(kind);
     }
     EXPECT_EQ(keys.size(), PushRoutes().size());
 }

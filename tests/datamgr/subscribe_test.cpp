@@ -69,7 +69,7 @@ TEST_F(SubscribeTest, ThePageGetsTheTopic) {
         EXPECT_FALSE(Gets(topic)) << record;
     }
     EXPECT_EQ(CSubscriptionDispatcher::Instance().TopicCount(), topics);
-    EXPECT_TRUE(host.pushed.empty());
+    for (const CQueueReqItem& sent : host.pushed) EXPECT_FALSE(IsSubscription(RequestTypeOf(sent)));
     const auto before = CCounters::Get("request_without_account");
     Set(kSetSubscribe, "fund handle=H fund_token=<>");
     EXPECT_EQ(CCounters::Get("request_without_account"), before + 1);

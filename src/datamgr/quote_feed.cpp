@@ -1,0 +1,187 @@
+#include "datamgr/quote_feed.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/base_object.h"
+#include "base/counters.h"
+#include "datalists/hq_data.h"
+#include "datamgr/quote_handlers.h"
+#include "datamgr/ui_data_manager.h"
+#include "platform/win32.h"
+
+namespace luadui {
+namespace {
+
+// "code:market" taken apart.
+bool FindQuote(const CHqData& list, std::string_view key, CUIData& quote) {
+    const size_t colon = key.find(':');
+    return colon != key.npos && list.FindQuote(key.substr(0, colon), key.substr(colon + 1), quote);
+}
+
+}  // namespace
+
+const CHqData* QuoteFeed::_list(size_t kind) const {
+    return m_manager.Lists().Find<CHqData>(kQuoteKinds[kind]);
+}
+
+// Subscriptions.
+
+bool QuoteFeed::_hold(std::string_view kind, const Names& securities, uint32_t holder, Names& current,
+                      Names& others) {
+    const size_t number = QuoteKindOf(kind);
+    if (number == kQuoteKindCount) return false;
+    Kind& entry = m_kinds[number];
+    for (const std::string& name : securities) {
+        if (entry.securities.size() >= kMaxSecurities && !entry.securities.contains(name)) {
+            CCounters::Add("quote_subscription_refused");
+            continue;
+        }
+        Security& security = entry.securities[name];
+        if (entry.holders[holder].insert(name).second) ++security.holders;
+        (security.keys.empty() ? others : current).push_back(name);
+    }
+    return true;
+}
+
+void QuoteFeed::Subscribe(std::string_view kind, const Names& securities, uint32_t holder) {
+    Names current, others;
+    if (!_hold(kind, securities, holder, current, others)) return;
+    if (!others.empty()) _send(kind, others, holder, "isSub");
+    if (current.empty()) return;
+    CUIData news(kind);
+    news.SetData("handle", static_cast<int32_t>(holder));
+    news.SetData("stock_code", JoinSecurities(current));
+    m_manager.GetData(news, false, false);
+}
+
+void QuoteFeed::NoteSubscribed(std::string_view kind, const Names& securities, uint32_t holder) {
+    Names current, others;
+    _hold(kind, securities, holder, current, others);
+}
+
+QuoteFeed::Names QuoteFeed::_release(Kind& kind, const Names& securities, uint32_t holder) {
+    Names free;
+    const auto held = kind.holders.find(holder);
+    if (held == kind.holders.end()) return free;
+    for (const std::string& name : securities) {
+        if (held->second.erase(name) == 0) continue;
+        const auto security = kind.securities.find(name);
+        if (--security->second.holders != 0) continue;
+        kind.securities.erase(security);
+        free.push_back(name);
+    }
+    if (held->second.empty()) kind.holders.erase(held);
+    return free;
+}
+
+void QuoteFeed::Unsubscribe(std::string_view kind, const Names& securities, uint32_t holder) {
+    const size_t number = QuoteKindOf(kind);
+    if (number == kQuoteKindCount) return;
+    const Names free = _release(m_kinds[number], securities, holder);
+    if (!free.empty()) _send(kind, free, 0, "unsub");
+}
+
+void QuoteFeed::Leave(std::string_view kind, uint32_t holder) {
+    const size_t number = QuoteKindOf(kind);
+    if (number == kQuoteKindCount) return;
+    const auto held = m_kinds[number].holders.find(holder);
+    if (held == m_kinds[number].holders.end()) return;
+    const Names names(held->second.begin(), held->second.end());
+    Unsubscribe(kind, names, holder);
+}
+
+void QuoteFeed::_leaveGone() {
+    for (size_t kind = 0; kind < kQuoteKindCount; ++kind) {
+        std::vector<uint32_t> gone;
+        for (const auto& [holder, names] : m_kinds[kind].holders) {
+            if (!CBaseObject::Find(holder)) gone.push_back(holder);
+        }
+        for (const uint32_t holder : gone) Leave(kQuoteKinds[kind], holder);
+    }
+}
+
+void QuoteFeed::_send(std::string_view kind, const Names& securities, uint32_t holder, const char* flag) {
+    CUIData request(kind);
+    if (holder != 0) request.SetData("handle", static_cast<int32_t>(holder));
+    request.SetData("stock_code", JoinSecurities(securities));
+    request.SetData(flag, "true");
+    m_manager.SetData(&request, kSetRequest);
+}
+
+// Answers.
+
+void QuoteFeed::Answered(std::string_view kind, const Names& asked, const CDataSet& keys) {
+    const size_t number = QuoteKindOf(kind);
+    if (number == kQuoteKindCount) return;
+    Kind& entry = m_kinds[number];
+    for (const std::string& name : asked) {
+        const auto security = entry.securities.find(name);
+        if (security == entry.securities.end()) continue;
+        const std::string prefix = QuotePrefixOf(name);
+        auto key = FindPrefix(keys, prefix);
+        if (key != keys.end()) security->second.keys.clear();
+        for (; key != keys.end() && HasPrefix(*key, prefix); ++key) security->second.keys.push_back(*key);
+    }
+    for (const std::string& key : keys) entry.answered[key] = GetTickCount();
+    if (entry.answered.size() <= entry.answersAllowed) return;
+    std::erase_if(entry.answered, [&](const auto& answer) { return !_isFresh(entry, answer.first); });
+    entry.answersAllowed = std::max<size_t>(1024, 2 * entry.answered.size());
+}
+
+bool QuoteFeed::_isFresh(const Kind& kind, std::string_view key) {
+    const auto answered = kind.answered.find(key);
+    return answered != kind.answered.end() && GetTickCount() - answered->second < kFreshTime;
+}
+
+QuoteFeed::Names QuoteFeed::_currentKeys(const Kind& kind, std::string_view name) {
+    if (const auto security = kind.securities.find(name); security != kind.securities.end())
+        return security->second.keys;
+    // One that is subscribed to in all markets is in each of them.
+    const auto security = kind.securities.find(name.substr(0, name.find(':')));
+    if (security == kind.securities.end() ||
+        std::ranges::find(security->second.keys, name) == security->second.keys.end())
+        return {};
+    return {std::string(name)};
+}
+
+bool QuoteFeed::AnswerFrom(CUIData& request) const {
+    const size_t number = QuoteKindOf(request.GetTypeText());
+    const CHqData* const list = number == kQuoteKindCount ? nullptr : _list(number);
+    const Names asked = SecuritiesOf(request);
+    if (!list || asked.empty()) return false;
+    std::map<std::string, CUIData> quotes;
+    CDataSet keys;
+    for (const std::string& name : asked) {
+        const Names current = _currentKeys(m_kinds[number], name);
+        if (current.empty()) return false;
+        for (const std::string& key : current) {
+            if (!FindQuote(*list, key, quotes[key])) return false;
+            keys.Insert(key);
+        }
+    }
+    for (const auto& [key, quote] : quotes) request.SetData(key, quote);
+    request.SetData("updatecode", keys);
+    request.SetData("is_push", 0);
+    return true;
+}
+
+bool QuoteFeed::FindCurrent(std::string_view code, std::string_view market, CUIData& quote) const {
+    for (size_t number = 0; number < kQuoteKindCount; ++number) {
+        const Kind& kind = m_kinds[number];
+        std::string name(code);
+        if (!market.empty()) name.append(":").append(market);
+        const Names keys = _currentKeys(kind, name);
+        const CHqData* const list = _list(number);
+        if (!list || keys.size() > 1 || (keys.empty() && !_isFresh(kind, name))) continue;
+        if (FindQuote(*list, keys.empty() ? name : keys[0], quote)) return true;
+    }
+    return false;
+}
+
+void QuoteFeed::Tick() {
+    for (const std::string_view kind : kQuoteKinds) PublishQuotes(m_manager, kind);
+    if (++m_ticks % kTicksBetweenLooks == 0) _leaveGone();
+}
+
+}  // namespace luadui

@@ -1,0 +1,90 @@
+// What the terminal has subscribed to at the quote server, and which quotes are current because of it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/text_map.h"
+#include "base/ui_data.h"
+#include "datamgr/quote_names.h"
+
+namespace luadui {
+
+class CHqData;
+class CUIDataManager;
+
+// The server pushes the securities that somebody here holds, and nobody asks it twice: the first holder of a security
+// lets a query with "isSub" = "true" leave, and when the last one lets go of it, or has gone, a query with "unsub" =
+// "true" does. Securities are named as pages name them (see datamgr/quote_names.h).
+//
+// A quote is current from the answer that follows the subscription until the subscription ends. Current quotes answer
+// whoever asks for them; all others may be old, and are asked of the server.
+//
+// Threads: the UI thread. What is sent and told may end any page.
+class QuoteFeed {
+  public:
+    // `manager` is not owned: it sends, tells, and holds the lists of quotes.
+    explicit QuoteFeed(CUIDataManager& manager) : m_manager(manager) {}
+
+    // `holder`: the handle of the window, or of the page. It is told what is current now, and when the server answers,
+    // the rest.
+    void Subscribe(std::string_view kind, const std::vector<std::string>& securities, uint32_t holder);
+    // The same where the holder's own query, which leaves now, subscribes.
+    void NoteSubscribed(std::string_view kind, const std::vector<std::string>& securities, uint32_t holder);
+    void Unsubscribe(std::string_view kind, const std::vector<std::string>& securities, uint32_t holder);
+    // Ends all that the holder subscribed to of that kind.
+    void Leave(std::string_view kind, uint32_t holder);
+
+    // The server answered: `asked` are the securities that it was asked for, `keys` those of the quotes that came.
+    void Answered(std::string_view kind, const std::vector<std::string>& asked, const CDataSet& keys);
+
+    // Puts the quotes that the record asks for into it, as an answer has them. False, and nothing changed, when one of
+    // them is not current.
+    bool AnswerFrom(CUIData& request) const;
+    // The quote of a security for use at once: when it is current, or was answered less than kFreshTime ago. `market`
+    // may be empty where the security was subscribed to without one and is quoted in one market.
+    bool FindCurrent(std::string_view code, std::string_view market, CUIData& quote) const;
+
+    // Publishes what was pushed since the last tick.
+    void Tick();
+
+    static constexpr uint32_t kFreshTime = 5'000;  // ms
+    static constexpr size_t kMaxSecurities =
+        200'000;  // further ones are refused, "quote_subscription_refused"
+    static constexpr unsigned kTicksBetweenLooks = 16;  // for holders that have gone
+
+  private:
+    using Names = std::vector<std::string>;
+    struct Security {
+        size_t holders = 0;
+        Names keys;  // of its quotes; none before the answer
+    };
+    struct Kind {
+        TextMap<Security> securities;
+        std::map<uint32_t, std::set<std::string>> holders;
+        TextMap<uint32_t> answered;  // key -> GetTickCount()
+        size_t answersAllowed = 1024;
+    };
+
+    // False for a kind that is not one of quotes.
+    bool _hold(std::string_view kind, const Names& securities, uint32_t holder, Names& current,
+               Names& others);
+    Names _release(Kind& kind, const Names& securities, uint32_t holder);
+    void _send(std::string_view kind, const Names& securities, uint32_t holder, const char* flag);
+    void _leaveGone();
+    static Names _currentKeys(const Kind& kind, std::string_view security);
+    static bool _isFresh(const Kind& kind, std::string_view key);
+    const CHqData* _list(size_t kind) const;
+
+    CUIDataManager& m_manager;
+    std::array<Kind, kQuoteKindCount> m_kinds;
+    unsigned m_ticks = 0;
+};
+
+}  // namespace luadui
