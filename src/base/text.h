@@ -4,6 +4,7 @@
 // Threads: any. Nothing depends on the locale. Pure ASCII is never converted.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -25,6 +26,18 @@ TESSEL_API std::string WideToGbk(std::wstring_view text);
 
 // The helper for literals: Gbk("主窗口") is the text in code page 936. Source files are UTF-8.
 inline std::string Gbk(std::string_view utf8Literal) { return Utf8ToGbk(utf8Literal); }
+
+// The same where it is needed many times: GbkText<"主窗口">() converts once.
+template <size_t kSize>
+struct Utf8Literal {
+    consteval Utf8Literal(const char (&literal)[kSize]) { std::copy_n(literal, kSize, text); }
+    char text[kSize];
+};
+template <Utf8Literal kLiteral>
+const std::string& GbkText() {
+    static const auto* const text = new std::string(Gbk(kLiteral.text));
+    return *text;
+}
 
 // The path that `text` (code page 936) names; '/' and '\\' both separate.
 TESSEL_API std::filesystem::path PathFromText(std::string_view text);

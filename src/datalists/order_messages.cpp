@@ -41,25 +41,21 @@ constexpr NamedKind kInstructionTypes[] = {{"0", kBasket}, {"1", kMulti}, {"2", 
 constexpr NamedKind kActions[] = {{"grid_order", kGrid}, {"condition_order", kConditional}};
 
 struct StatusMessage {
-    std::string_view status;
-    std::string_view type;
-    std::string_view text;  // empty: what the server says
+    std::string status;
+    std::string type;
+    std::string text;  // empty: what the server says
     bool hasStatusInId;
 };
-constexpr StatusMessage kStatusMessages[] = {{"废单", "废单提示", "", false},
-                                             {"未成交", "委托回报", "委托成功", true},
-                                             {"部分成交", "成交回报", "部分成交", true},
-                                             {"全部成交", "成交回报", "全部成交", true}};
 
 const StatusMessage* MessageOf(std::string_view status) {
-    static const auto* const statuses = [] {
-        auto* const texts = new std::array<std::string, std::size(kStatusMessages)>;
-        std::ranges::transform(kStatusMessages, texts->begin(),
-                               [](const auto& row) { return Gbk(row.status); });
-        return texts;
-    }();
-    const auto found = std::ranges::find(*statuses, status);
-    return found == statuses->end() ? nullptr : &kStatusMessages[found - statuses->begin()];
+    using Messages = std::array<StatusMessage, 4>;
+    static const auto* const messages =
+        new Messages{{{Gbk("废单"), Gbk("废单提示"), "", false},
+                      {Gbk("未成交"), Gbk("委托回报"), Gbk("委托成功"), true},
+                      {Gbk("部分成交"), Gbk("成交回报"), Gbk("部分成交"), true},
+                      {Gbk("全部成交"), Gbk("成交回报"), Gbk("全部成交"), true}}};
+    const auto found = std::ranges::find(*messages, status, &StatusMessage::status);
+    return found == messages->end() ? nullptr : &*found;
 }
 
 template <size_t Size>
@@ -94,7 +90,7 @@ std::string LocalIdOf(const CUIData& push, const OrderKind& kind) {
 std::string SideName(const CDataTable& table, int row) {
     const TextView name = table.GetItemText(row, "SideName"), side = table.GetItemText(row, "Side");
     if (!name.empty() || side.empty()) return name;
-    return side == "0" ? Gbk("买入") : Gbk("卖出");
+    return side == "0" ? GbkText<"买入">() : GbkText<"卖出">();
 }
 
 // Writes the messages into the cells of a table of pushed orders.
@@ -104,6 +100,7 @@ class Writer {
         : m_push(push),
           m_table(table),
           m_kind(kOrderKinds[KindOf(push)]),
+          m_shown(Gbk(m_kind.shown)),
           m_localId(LocalIdOf(push, m_kind)),
           m_account(FirstText(push, {"account"})),
           m_isSingle(isSingle) {
@@ -114,15 +111,14 @@ class Writer {
     }
 
     void Write(int row, const StatusMessage& message) {
-        const std::string type = Gbk(message.type);
-        _set(row, "InstrctionType", Gbk(m_kind.shown));
+        _set(row, "InstrctionType", m_shown);
         _set(row, "OrderMessage", _orderText(row));
         _set(row, "NoteMessage", _note(row));
         _set(row, "MsgTime", m_time);
-        _set(row, "MsgType", type);
-        _set(row, "MsgTypeContents", type);
-        _set(row, "LocalID", _localId(row) + (message.hasStatusInId ? "_" + Gbk(message.status) : ""));
-        _set(row, "Text", message.text.empty() ? _serverText(row) : Gbk(message.text));
+        _set(row, "MsgType", message.type);
+        _set(row, "MsgTypeContents", message.type);
+        _set(row, "LocalID", _localId(row) + (message.hasStatusInId ? "_" + message.status : ""));
+        _set(row, "Text", message.text.empty() ? _serverText(row) : message.text);
     }
 
   private:
@@ -136,7 +132,7 @@ class Writer {
         const std::string text =
             OrderText({_cell(row, "SecurityID"), market, _cell(row, "OrderPrice"), m_account, side,
                        _cell(row, "OrderQty"), _cell(row, "SecurityName")});
-        return orderId.empty() ? text : text + Gbk("，合同编号") + orderId;
+        return orderId.empty() ? text : text + GbkText<"，合同编号">() + orderId;
     }
 
     // Whose order it is, of which instruction, and what the server says about it.
@@ -144,9 +140,9 @@ class Writer {
         std::string note = m_account;
         const std::string instance = FirstText(m_push, {"InstanceID"});
         const std::string status = _cell(row, kServerWords);
-        for (const std::string& part : {instance.empty() ? "" : Gbk("指令") + instance,
+        for (const std::string& part : {instance.empty() ? "" : GbkText<"指令">() + instance,
                                         status.empty() ? _cell(row, "OrderStatus") : status}) {
-            if (!note.empty() && !part.empty()) note += Gbk("，");
+            if (!note.empty() && !part.empty()) note += GbkText<"，">();
             note += part;
         }
         return note;
@@ -170,7 +166,7 @@ class Writer {
     const CUIData& m_push;
     CDataTable& m_table;
     const OrderKind& m_kind;
-    const std::string m_localId, m_account;
+    const std::string m_shown, m_localId, m_account;
     const bool m_isSingle;
     const std::string m_time = MessageTimeText();
 };
@@ -212,8 +208,9 @@ int64_t NextMessageNumber() {
 std::string OrderText(const OrderWords& order) {
     std::string text(order.name);
     if (text.empty()) text = CDataManager::SecurityName(order.code, order.market);
-    text.append(Gbk("（")).append(order.code).append(Gbk("），")).append(order.price).append(Gbk("元，"));
-    return text.append(order.account).append(order.side).append(order.quantity).append(Gbk("股"));
+    text.append(GbkText<"（">()).append(order.code).append(GbkText<"），">()).append(order.price);
+    text.append(GbkText<"元，">()).append(order.account).append(order.side).append(order.quantity);
+    return text.append(GbkText<"股">());
 }
 
 CDataTable OrderMessages(const CUIData& push) {
