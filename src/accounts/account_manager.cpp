@@ -66,8 +66,9 @@ bool IsPlain(const ValueView& value) {
 }  // namespace
 
 CAccountManager::CAccountManager(AccountEvents& events, PasswordEncryption encryption)
-    : m_events(events), m_accounts(*this, encryption), m_groups(*this) {
+    : m_events(events), m_encryption(encryption) {
     SetRequestSource(std::string(kModuleAccountManager));
+    _makeLists();
 }
 
 CAccountManager::~CAccountManager() = default;
@@ -75,20 +76,48 @@ CAccountManager::~CAccountManager() = default;
 void CAccountManager::OnUser() {
     const AccountUser user = m_events.User();
     if (user.name.empty()) return;
-    if (!std::exchange(m_isSubscribed, true)) {
-        m_events.Subscribe(std::string(kTopic), GetHandle());
-        m_events.Subscribe(std::string(kSessionEvent), GetHandle());
-        if (user.isPbMode) {
-            m_events.Subscribe(std::string(kErrorInfo), GetHandle());
-            m_events.Subscribe(std::string(kPermission), GetHandle());
-        }
-    }
-    m_accounts.SetUser(user);
-    m_groups.SetUserAccount(user.name);
-    if (std::exchange(m_user, user.name) == user.name) return;
     const int32_t self = GetHandle();
-    m_groups.Query();
-    if (_isAlive(self)) m_accounts.Query();
+    if (!_subscribe(user)) return;
+    const std::string before = std::exchange(m_user, user.name);
+    const bool isAnother = !before.empty() && before != user.name;
+    const auto askers = isAnother ? std::exchange(m_askers, {}) : decltype(m_askers)();
+    if (isAnother) _makeLists();
+    m_accounts->SetUser(user);
+    m_groups->SetUserAccount(user.name);
+    if (before == user.name) return;
+    if (isAnother) _tellOfAnotherUser(askers);
+    // Whoever was told may have signed somebody else in.
+    if (_isAlive(self) && m_user == user.name) m_groups->Query();
+    if (_isAlive(self) && m_user == user.name) m_accounts->Query();
+}
+
+// Once. False when the manager has gone meanwhile.
+bool CAccountManager::_subscribe(const AccountUser& user) {
+    const int32_t self = GetHandle();
+    if (std::exchange(m_isSubscribed, true)) return true;
+    for (const std::string_view topic : {kTopic, kSessionEvent, kErrorInfo, kPermission}) {
+        const bool isForAll = topic == kTopic || topic == kSessionEvent;
+        if (isForAll || user.isPbMode) m_events.Subscribe(std::string(topic), self);
+        if (!_isAlive(self)) return false;
+    }
+    return true;
+}
+
+void CAccountManager::_makeLists() {
+    ResultEventSink& sink = *this;
+    m_accounts = std::make_unique<CAccountList>(sink, m_encryption);
+    m_groups = std::make_unique<CAccountGroupList>(sink);
+    m_groupOrders.clear();
+    m_tokens.reset();
+}
+
+void CAccountManager::_tellOfAnotherUser(const std::map<std::string, AccountAsker, std::less<>>& askers) {
+    const int32_t self = GetHandle();
+    for (const auto& [uuid, asker] : askers) {
+        _refuse(asker, LocalFailure("用户已切换！"));
+        if (!_isAlive(self)) return;
+    }
+    OnResultEvent({"account_user_changed", {}, {}, CJsonObject(), {}, {}, kModuleAccountManager});
 }
 
 // Commands.
@@ -161,7 +190,7 @@ void CAccountManager::OnResponse(const CQueueRespData* response) {
     } else if (topic == kSessionEvent || topic == kErrorInfo) {
         _onSessionEvent(*response);
     } else if (topic == kPermission) {
-        m_accounts.Query();
+        m_accounts->Query();
     } else {
         CCounters::Add("account_push_ignored");
     }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <span>
@@ -55,14 +56,16 @@ class CAccountManager final : public CRequestObject, public AccountCommands, pri
     ~CAccountManager() override;
 
     // Subscribes to commands and to news of lost sessions, and asks for the accounts and groups of who is signed in. Once
-    // a user; until somebody is signed in it does nothing.
+    // a user; until somebody is signed in it does nothing. Another user starts with empty lists, which is told; commands of
+    // before that wait for an answer get a failure ("用户已切换！").
     void OnUser() override;
     bool Execute(const std::string& command, const CUIData& arguments) override;
     // Takes the pushes that it subscribed to.
     void OnResponse(const CQueueRespData* response) override;
 
-    CAccountList& Accounts() { return m_accounts; }
-    CAccountGroupList& Groups() { return m_groups; }
+    // Until another user signs in.
+    CAccountList& Accounts() { return *m_accounts; }
+    CAccountGroupList& Groups() { return *m_groups; }
 
   private:
     struct Command;  // a row of the table of commands
@@ -78,6 +81,10 @@ class CAccountManager final : public CRequestObject, public AccountCommands, pri
     static const Step kSteps[];
     using Failure = AccountFailure;
     using Numbers = std::vector<std::pair<std::string, int>>;  // of accounts, as they were named
+
+    bool _subscribe(const AccountUser& user);
+    void _makeLists();
+    void _tellOfAnotherUser(const std::map<std::string, AccountAsker, std::less<>>& askers);
 
     // Commands (account_manager.cpp, account_manager_commands.cpp)
     bool _run(std::string_view command, const AccountAsker& asker, const CUIData& values);
@@ -148,8 +155,10 @@ class CAccountManager final : public CRequestObject, public AccountCommands, pri
     static bool _isAlive(int32_t handle) { return CBaseObject::Find(handle) != nullptr; }
 
     AccountEvents& m_events;
-    CAccountList m_accounts;
-    CAccountGroupList m_groups;
+    const PasswordEncryption m_encryption;
+    // A user's own: what is answered to those of a user before finds nobody.
+    std::unique_ptr<CAccountList> m_accounts;
+    std::unique_ptr<CAccountGroupList> m_groups;
     bool m_isSubscribed = false;
     std::string m_user;  // whose accounts were asked for
 

@@ -92,10 +92,10 @@ void CAccountManager::_start(const Call& call, Operation operation) {
 
 void CAccountManager::_getAccountList(const Call& call) {
     CDataList accounts;
-    for (const CAccount* const account : m_accounts.InOrder()) {
+    for (const CAccount* const account : m_accounts->InOrder()) {
         if (!account) continue;
         CJsonObject json = account->ToJson();
-        json.Set("order", OrderOf(m_accounts, *account));
+        json.Set("order", OrderOf(*m_accounts, *account));
         accounts.Append(json);
     }
     CJsonObject data;
@@ -115,58 +115,58 @@ void CAccountManager::_refreshSelected(const Call& call) {
     _start(call, [&](CUIData& values) {
         values.SetData("selrefresh", "true");
         values.SetData("accountkeylist", joined);
-        m_accounts.Upload(values);
+        m_accounts->Upload(values);
         return std::string_view();
     });
 }
 
 void CAccountManager::_addAccount(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        return m_accounts.AddAccount(values) ? std::string_view() : kNoAccount;
+        return m_accounts->AddAccount(values) ? std::string_view() : kNoAccount;
     });
 }
 
 void CAccountManager::_deleteAccount(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        return m_accounts.DeleteAccount(values) ? std::string_view() : kNoAccount;
+        return m_accounts->DeleteAccount(values) ? std::string_view() : kNoAccount;
     });
 }
 
 void CAccountManager::_logoutAccount(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        return m_accounts.Logout(values) ? std::string_view() : kNoAccount;
+        return m_accounts->Logout(values) ? std::string_view() : kNoAccount;
     });
 }
 
 void CAccountManager::_editPassword(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        return m_accounts.EditPassword(values) ? std::string_view() : kNoAccount;
+        return m_accounts->EditPassword(values) ? std::string_view() : kNoAccount;
     });
 }
 
 void CAccountManager::_addPortfolio(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        return m_accounts.AddPortfolio(values) ? std::string_view() : kNoAccount;
+        return m_accounts->AddPortfolio(values) ? std::string_view() : kNoAccount;
     });
 }
 
 void CAccountManager::_bindAccount(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        if (!m_accounts.Find(values.GetDataText("accountkey"))) return kNoAccount;
-        return m_accounts.Bind(values) ? std::string_view() : kBindAccount.refused;
+        if (!m_accounts->Find(values.GetDataText("accountkey"))) return kNoAccount;
+        return m_accounts->Bind(values) ? std::string_view() : kBindAccount.refused;
     });
 }
 
 void CAccountManager::_unbindAccount(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        if (!m_accounts.Find(values.GetDataText("accountkey"))) return kNoAccount;
-        return m_accounts.Unbind(values) ? std::string_view() : kUnbindAccount.refused;
+        if (!m_accounts->Find(values.GetDataText("accountkey"))) return kNoAccount;
+        return m_accounts->Unbind(values) ? std::string_view() : kUnbindAccount.refused;
     });
 }
 
 void CAccountManager::_editAccount(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        return m_accounts.Edit(values) ? std::string_view() : kNoAccount;
+        return m_accounts->Edit(values) ? std::string_view() : kNoAccount;
     });
 }
 
@@ -180,13 +180,13 @@ void CAccountManager::_getGroupList(const Call& call) {
 
 void CAccountManager::_addGroup(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        return m_groups.AddGroup(values) ? std::string_view() : kAddGroup.refused;
+        return m_groups->AddGroup(values) ? std::string_view() : kAddGroup.refused;
     });
 }
 
 void CAccountManager::_deleteGroup(const Call& call) {
     _start(call, [this](const CUIData& values) {
-        return m_groups.DeleteGroup(values) ? std::string_view() : kDeleteGroup.refused;
+        return m_groups->DeleteGroup(values) ? std::string_view() : kDeleteGroup.refused;
     });
 }
 
@@ -202,7 +202,7 @@ void CAccountManager::_changeMembers(const Call& call, Membership operation) {
     const std::string groupId = TextOf(call.values.GetDataView("groupid"));
     const auto ids = ReadTexts(call.values.GetDataView("accountlist"));
     if (groupId.empty() || !ids) return _refuse(call.asker, LocalFailure("解析账户组内账户失败!"));
-    if (!m_groups.Find(groupId)) {
+    if (!m_groups->Find(groupId)) {
         return _refuse(call.asker,
                        LocalFailure(std::string(Event::TitleOf(*call.command.operation)) += kNoGroup));
     }
@@ -216,7 +216,7 @@ void CAccountManager::_changeMembers(const Call& call, Membership operation) {
         values.SetData("groupid", groupId);
         values.SetData("accountid", id);
         m_askers.try_emplace(uuid, call.asker);
-        if (!(m_groups.*operation)(values) && _isAlive(self)) m_askers.erase(uuid);
+        if (!(*m_groups.*operation)(values) && _isAlive(self)) m_askers.erase(uuid);
     }
 }
 

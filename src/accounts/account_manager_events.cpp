@@ -70,6 +70,7 @@ constexpr CAccountManager::Event CAccountManager::kEvents[] = {
     {"delete_account_ingroup_failed",   Event::kPage, "删除组内账户"},
     {"notifyOrderToPage",               Event::kOrder},
     {"modifyAccountOrder",              Event::kSaveOrder},
+    {"account_user_changed",            Event::kAccounts | Event::kGroups | Event::kOnline},
 };
 // clang-format on
 
@@ -150,7 +151,7 @@ void CAccountManager::_onSessionEvent(const CQueueRespData& push) {
     if (!ReadJsonData(push, news) && !news.Parse(push.GetDataText("RawData")))
         return CCounters::Add("account_session_event_unreadable");
     std::string key = _keyOf(news);
-    CAccount* const account = m_accounts.Find(key);
+    CAccount* const account = m_accounts->Find(key);
     const AccountFailure failure = FailureOf(news);
     const bool isLost = account && ParseLong(failure.code).value_or(-1) != 0;
     if (!isLost) return CCounters::Add("account_session_event_ignored");
@@ -178,7 +179,7 @@ std::string CAccountManager::_keyOfToken(const std::string& token) {
     if (token.empty()) return {};
     if (!m_tokens) {
         m_tokens.emplace();
-        for (const auto& [key, account] : m_accounts.All()) {
+        for (const auto& [key, account] : m_accounts->All()) {
             m_tokens->try_emplace(account->FundToken(), key);
             for (const Portfolio& portfolio : account->GetPortfolios().All())
                 m_tokens->try_emplace(portfolio.fundToken, key);

@@ -97,8 +97,8 @@ void WriteUnits(const Account& account, JsonText& json) {
 // A change of one account tells of that one, also when it is not usable any more or has gone; otherwise of all, in "PB_MODE"
 // of the usable ones.
 void CAccountManager::_tellHostOfAccounts(const Event& row, const ResultEvent& event) {
-    const bool isPbMode = m_accounts.User().isPbMode;
-    JsonText json(event.accountKey.empty() ? m_accounts.All().size() * kBytesOfAccount : kBytesOfAccount);
+    const bool isPbMode = m_accounts->User().isPbMode;
+    JsonText json(event.accountKey.empty() ? m_accounts->All().size() * kBytesOfAccount : kBytesOfAccount);
     const auto write = [&](const auto& account) {
         isPbMode ? WriteUnits(account, json) : WriteAccount(account, json);
     };
@@ -109,7 +109,7 @@ void CAccountManager::_tellHostOfAccounts(const Event& row, const ResultEvent& e
     if (!event.accountKey.empty()) {
         write(event.payload);
     } else {
-        for (const CAccount* const account : m_accounts.InOrder()) {
+        for (const CAccount* const account : m_accounts->InOrder()) {
             if (account && (!isPbMode || account->CanUse())) write(*account);
         }
     }
@@ -120,7 +120,7 @@ void CAccountManager::_tellHostOfAccounts(const Event& row, const ResultEvent& e
 
 void CAccountManager::_tellHostOfGroup(const Event& row, const ResultEvent& event) {
     CJsonObject info = event.payload.GetSub("groupinfo");
-    const CAccountGroup* const group = m_groups.Find(info.GetText("groupid"));
+    const CAccountGroup* const group = m_groups->Find(info.GetText("groupid"));
     const std::string members = group ? _membersText(*group) : info.GetString("accountlist");
     info.Remove("accountlist");
     info.Set("accountList", members.empty() ? "[]" : members);

@@ -100,7 +100,7 @@ bool CAccountManager::_setOrder(const Call& call, const Numbers& numbers) {
         m_orderSource = source;
         break;
     }
-    return m_accounts.SetOrder(wishes);
+    return m_accounts->SetOrder(wishes);
 }
 
 void CAccountManager::_modifyOrder(const Call& call) {
@@ -115,7 +115,7 @@ void CAccountManager::_modifyOrder(const Call& call) {
 void CAccountManager::_queryOrder(const Call& call) {
     CJsonObject data;
     data.Set("AllAccountOrder", _orderJson().GetArray("accountorder"));
-    _answer(call.asker, data, m_accounts.Order().Table());
+    _answer(call.asker, data, m_accounts->Order().Table());
 }
 
 // Without an order of its own the command tells of the one that is.
@@ -134,7 +134,7 @@ void CAccountManager::_notifyOrderToPage(const Call& call) {
 
 void CAccountManager::_notifyOrderToServer(const Call& call) {
     const int32_t self = GetHandle();
-    if (m_accounts.Order().HasUnsaved()) m_accounts.SaveOrder();
+    if (m_accounts->Order().HasUnsaved()) m_accounts->SaveOrder();
     if (!_isAlive(self)) return;
     m_events.StopTimer(kOrderTimer);
     _done(call.asker);
@@ -144,14 +144,14 @@ void CAccountManager::_notifyOrderToServer(const Call& call) {
 void CAccountManager::_modifyOrderInGroup(const Call& call) {
     std::string groupId = TextOf(call.values.GetDataView("curGroupID"));
     if (groupId.empty()) groupId = TextOf(call.values.GetDataView("groupid"));
-    const CAccountGroup* const group = m_groups.Find(groupId);
+    const CAccountGroup* const group = m_groups->Find(groupId);
     auto numbers = ReadNumbers(call.values, kGroupOrderNames);
     if (!group || !numbers) return _refuse(call.asker, group ? Unreadable() : LocalFailure("账户组不存在！"));
 
     std::ranges::stable_sort(*numbers, {}, &Numbers::value_type::second);
     std::vector<std::string> named;
     for (auto& [name, number] : *numbers) {
-        const CAccount* const account = m_accounts.Find(name);
+        const CAccount* const account = m_accounts->Find(name);
         std::string id = account ? std::string(account->Get(AccountField::kAccountId)) : name;
         if (group->HasMember(id)) {
             named.push_back(std::move(id));
@@ -161,6 +161,8 @@ void CAccountManager::_modifyOrderInGroup(const Call& call) {
     }
     std::vector<std::string>& order = m_groupOrders[groupId];
     named.insert(named.end(), order.begin(), order.end());
+    std::unordered_set<std::string> seen;
+    std::erase_if(named, [&](const std::string& id) { return !seen.insert(id).second; });
     order = std::move(named);
     CJsonObject data;
     data.Set("curGroupID", groupId);
@@ -186,10 +188,10 @@ std::string CAccountManager::_membersText(const CAccountGroup& group) const {
 
 CJsonObject CAccountManager::_orderJson() const {
     CDataList list;
-    for (const std::string_view key : m_accounts.Order().Keys()) {
+    for (const std::string_view key : m_accounts->Order().Keys()) {
         CJsonObject entry;
         entry.Set("accountkey", key);
-        entry.Set("order", std::to_string(m_accounts.Order().Find(key).value_or(0)));
+        entry.Set("order", std::to_string(m_accounts->Order().Find(key).value_or(0)));
         list.Append(entry);
     }
     CJsonObject data;
@@ -203,7 +205,8 @@ void CAccountManager::_publishOrder(const Event&, const ResultEvent&) { _tellOrd
 void CAccountManager::_tellOrder() {
     const CJsonObject data = _orderJson();
     const int32_t self = GetHandle();
-    m_accounts.Order().Write();
+    if (!m_accounts->All().empty())
+        m_accounts->Order().Write();  // before the first answer there is none to remember
     if (_isAlive(self)) _publish("ClientAccountOrderChanged", data.ToText());
 }
 

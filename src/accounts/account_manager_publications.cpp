@@ -81,17 +81,17 @@ bool CAccountManager::_publish(std::string_view key, const std::string& data, co
 
 void CAccountManager::_publishAccounts(const Event&, const ResultEvent&) {
     m_tokens.reset();
-    JsonText json(m_accounts.All().size() * kBytesOfAccount);
+    JsonText json(m_accounts->All().size() * kBytesOfAccount);
     json.BeginObject();
     json.Name("clientaccounts");
     json.BeginArray();
-    for (const CAccount* const account : m_accounts.InOrder()) {
-        if (account) WriteAccount(*account, OrderOf(m_accounts, *account), json);
+    for (const CAccount* const account : m_accounts->InOrder()) {
+        if (account) WriteAccount(*account, OrderOf(*m_accounts, *account), json);
     }
     json.EndArray();
     json.Name("clientgroups");
     json.BeginArray();
-    for (const auto& [id, group] : m_groups.All()) {
+    for (const auto& [id, group] : m_groups->All()) {
         json.BeginObject();
         json.Member("groupid", id);
         json.Member("accountlist", _membersText(*group));
@@ -104,7 +104,7 @@ void CAccountManager::_publishAccounts(const Event&, const ResultEvent&) {
 
 CDataList CAccountManager::_groupsJson() const {
     CDataList groups;
-    for (const auto& [id, group] : m_groups.All()) {
+    for (const auto& [id, group] : m_groups->All()) {
         CJsonObject json = group->Info().ToJson();
         json.Set("accountlist", _membersText(*group));
         groups.Append(json);
@@ -115,7 +115,7 @@ CDataList CAccountManager::_groupsJson() const {
 void CAccountManager::_publishGroups(const Event&, const ResultEvent&) { _tellGroups(); }
 
 void CAccountManager::_tellGroups() {
-    std::erase_if(m_groupOrders, [this](const auto& order) { return !m_groups.Find(order.first); });
+    std::erase_if(m_groupOrders, [this](const auto& order) { return !m_groups->Find(order.first); });
     CJsonObject data;
     data.Set("clientgroups", _groupsJson());
     const int32_t self = GetHandle();
@@ -136,11 +136,11 @@ void CAccountManager::_publishStatus(const Event&, const ResultEvent& event) {
 // Tells of who is logged in as soon as the next changes, which often come together, are in.
 void CAccountManager::_checkOnline(const Event&, const ResultEvent& event) {
     const auto isNews = [this](std::string_view key) {
-        const CAccount* const account = m_accounts.Find(key);
+        const CAccount* const account = m_accounts->Find(key);
         return (account && account->CanUse()) != m_online.contains(key);
     };
     const bool hasChanged = event.accountKey.empty()
-                                ? std::ranges::any_of(m_accounts.All() | std::views::keys, isNews) ||
+                                ? std::ranges::any_of(m_accounts->All() | std::views::keys, isNews) ||
                                       std::ranges::any_of(m_online, isNews)
                                 : isNews(event.accountKey);
     if (hasChanged && !m_events.StartTimer(kOnlineTimer, kOnlinePeriod))
@@ -153,7 +153,7 @@ void CAccountManager::_publishOnline() {
     for (const AccountFieldInfo& info : kAccountFieldTable | std::views::filter(IsTold))
         table.AddColumn(info.key);
     table.AddColumn("portfolios");
-    for (const auto& [key, account] : m_accounts.All()) {
+    for (const auto& [key, account] : m_accounts->All()) {
         if (!account->CanUse()) continue;
         online.insert(key);
         const int row = table.AppendRow();
