@@ -202,7 +202,10 @@ bool CAccountList::Logout(const CUIData& values) {
 
 bool CAccountList::EditPassword(const CUIData& values) {
     CAccount* const account = Find(values.GetDataText("accountkey"));
-    return account && account->EditPassword(_noteRequest(values, *account), m_encryption.Cipher());
+    if (!account) return false;
+    CUIData completed = _noteRequest(values, *account);
+    const WipedAtEnd wiped(completed);
+    return account->EditPassword(completed, m_encryption.Cipher());
 }
 
 }  // namespace luadui

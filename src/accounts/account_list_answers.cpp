@@ -66,6 +66,7 @@ std::string KeyOf(TextNamed text) {
 
 bool CAccountList::AddAccount(const CUIData& values) {
     CUIData completed = _withUser(values);
+    const WipedAtEnd wiped(completed);
     if (TextOf(completed.GetDataView("alias")).empty()) {
         completed.SetData("alias", TextOf(completed.GetDataView("account_name")) + '_' +
                                        TextOf(completed.GetDataView("broker_name")));

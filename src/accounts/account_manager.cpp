@@ -134,6 +134,7 @@ bool CAccountManager::Execute(const std::string& command, const CUIData& argumen
     asker.handle = TextOf(arguments.GetDataView("handle"));
     asker.wants = asker.type != 0;
     CUIData values = arguments;
+    const WipedAtEnd wiped(values);
     for (const std::string_view name : kEnvelope) values.Remove(name);
     return _run(command, asker, values);
 }
@@ -146,7 +147,10 @@ void CAccountManager::_onMessage(const CQueueRespData& push) {
         .uuid = TextOf(message.Find("uuid")), .key = TextOf(message.Find("key")), .wants = true};
     CJsonObject params = message.GetSub("params");
     if (message.Kind("params") == kDataString) params.Parse(message.GetText("params"));
+    message.Remove("params");
+    const WipedAtEnd wipedParams(params);
     CUIData values;
+    const WipedAtEnd wiped(values);
     for (const auto [name, value] : params) values.SetData(std::string_view(name), value);
     for (const std::string_view name : kEnvelope) values.Remove(name);
     if (!_run(TextOf(message.Find("cmd")), asker, values)) _refuse(asker, LocalFailure("没有该命令！"));
@@ -158,12 +162,14 @@ bool CAccountManager::_run(std::string_view command, const AccountAsker& asker, 
         CCounters::Add("account_command_unknown");
         return false;
     }
-    const CUIData completed = WithColumns(values);
+    CUIData completed = WithColumns(values);
     CUIData passed = row->passed.empty() ? completed : CUIData();
+    const WipedAtEnd wipedCompleted(completed), wipedPassed(passed);
     const auto misses = [&](std::string_view name, bool isNeeded) {
         const ValueView value = completed.GetDataView(name);
-        if (IsPlain(value) && !(isNeeded && TextOf(value).empty())) {
-            if (value && value.Kind() != kDataNull) passed.SetData(name, TextOf(value));
+        const Secret text = IsPlain(value) ? SecretOf(value) : Secret();
+        if (IsPlain(value) && !(isNeeded && text.IsEmpty())) {
+            if (value && value.Kind() != kDataNull) passed.SetData(name, text.View());
             return false;
         }
         CCounters::Add("account_command_refused");

@@ -79,6 +79,7 @@ const CAccountManager::Command* CAccountManager::Command::Find(std::string_view 
 template <class Operation>
 void CAccountManager::_start(const Call& call, Operation operation) {
     CUIData values = call.values;
+    const WipedAtEnd wiped(values);
     const std::string uuid = NewGuid();  // what askers give may come twice
     values.SetData("UUID", uuid);
     m_askers.try_emplace(uuid, call.asker);

@@ -5,6 +5,7 @@
 #include "accounts/account_event_table.h"
 #include "accounts/account_json.h"
 #include "accounts/account_manager.h"
+#include "accounts/secret.h"
 #include "base/counters.h"
 #include "base/json_text.h"
 #include "messaging/guid.h"
@@ -99,7 +100,9 @@ void CAccountManager::_publishAccounts(const Event&, const ResultEvent&) {
     }
     json.EndArray();
     json.EndObject();
-    _publish("ClientAccountChanged", json.Take());
+    std::string text = json.Take();
+    _publish("ClientAccountChanged", text);
+    WipeMemory(text.data(), text.size());  // it has the passwords
 }
 
 CDataList CAccountManager::_groupsJson() const {

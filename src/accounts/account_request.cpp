@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
+#include <vector>
 
 #include "accounts/result_event.h"
+#include "base/counters.h"
+#include "base/secret_fields.h"
 #include "base/text.h"
 #include "messaging/guid.h"
 #include "trade/server_result.h"
@@ -52,7 +56,29 @@ ValueView FirstOf(const CJsonObject& json, std::string_view name, std::string_vi
     return json.Find(kind == kDataAbsent || kind == kDataNull ? other : name);
 }
 
+// A text takes the place of one of the same length. Numbers are changed in place as well.
+template <class Values, class Put>
+void Overwrite(Values& values, Put put) noexcept {
+    try {
+        std::vector<std::pair<std::string, size_t>> secrets;
+        for (const auto [key, value] : values) {
+            if (IsSecretField(key)) secrets.emplace_back(key, value.AsText().size());
+        }
+        for (const auto& [key, size] : secrets) put(key, std::string(size, '*'));
+    } catch (...) {  // no memory
+        CCounters::Add("account_passwords_not_wiped");
+    }
+}
+
 }  // namespace
+
+void WipePasswords(CUIData& values) noexcept {
+    Overwrite(values, [&](const std::string& key, const std::string& text) { values.SetData(key, text); });
+}
+
+void WipePasswords(CJsonObject& values) noexcept {
+    Overwrite(values, [&](const std::string& key, const std::string& text) { values.Set(key, text); });
+}
 
 CQueueReqItem MakeAccountRequest(const AccountOperation& operation, const CUIData& values) {
     if (operation.isTable) return MakeAccountRequest(operation, values, OneRow(operation, values));

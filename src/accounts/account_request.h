@@ -30,6 +30,22 @@ CDataTable AccountTable(const AccountOperation& operation);
 
 // Encrypts a text; nothing when that failed. Empty where the terminal has no encryption.
 using PasswordCipher = std::function<std::optional<std::string>(std::string_view)>;
+// Overwrites the passwords in a record or JSON object, by the names of their fields, where they lie. To be called before one
+// that nobody else holds is freed; for one that is shared it is in vain, since what others hold does not change.
+void WipePasswords(CUIData& values) noexcept;
+void WipePasswords(CJsonObject& values) noexcept;
+// Does so at the end of a block.
+template <class Values>
+class WipedAtEnd {
+  public:
+    explicit WipedAtEnd(Values& values) noexcept : m_values(values) {}
+    ~WipedAtEnd() { WipePasswords(m_values); }
+    WipedAtEnd(const WipedAtEnd&) = delete;
+    WipedAtEnd& operator=(const WipedAtEnd&) = delete;
+
+  private:
+    Values& m_values;
+};
 // `values` with cipher text in the place of those of "password", "txpassword" and "key_password" that are not empty; made
 // anew, so that no clear text stays in its memory. Nothing when there is no cipher or it fails.
 std::optional<CUIData> EncryptPasswords(const CUIData& values, const PasswordCipher& cipher);

@@ -7,6 +7,7 @@
 #include "accounts/account_user.h"
 #include "accounts/result_event.h"
 #include "base/json_object.h"
+#include "base/json_text.h"
 #include "messaging/request_base.h"
 
 namespace luadui {
@@ -22,32 +23,41 @@ constexpr Member kMembers[] = {{"Password", &PassInfo::password},
 
 void Wipe(std::string& text) { WipeMemory(text.data(), text.size()); }
 
-PassInfos ReadPassInfos(const CJsonObject& json) {
+// Leaves no passwords in `json`.
+PassInfos ReadPassInfos(CJsonObject json) {
     PassInfos infos;
     for (const auto [key, value] : json) {
-        CJsonObject entry;
-        if (!value.Get(entry)) continue;
-        PassInfo& info = infos[std::string(key)];
+        if (value.Kind() == kDataJson) infos.try_emplace(std::string(key));
+    }
+    for (auto& [key, info] : infos) {
+        CJsonObject entry = json.GetSub(key);
+        json.Remove(key);  // the entry has one owner now and can be wiped
         for (const Member& member : kMembers) info.*member.secret = SecretOf(entry.Find(member.name));
+        WipePasswords(entry);
     }
     return infos;
 }
 
-CJsonObject ToJson(const PassInfos& infos) {
-    CJsonObject json;
+std::string ToText(const AccountUser& user, const PassInfos& infos) {
+    constexpr size_t kBytesOfEntry = 256;
+    JsonText json(infos.size() * kBytesOfEntry);
+    json.BeginObject();
+    json.Member("useraccount", user.name);
+    json.Name("accountList");
+    json.BeginObject();
     for (const auto& [key, info] : infos) {
-        CJsonObject entry;
-        for (const Member& member : kMembers) entry.Set(member.name, (info.*member.secret).View());
-        json.Set(key, entry);
+        json.Name(key);
+        json.BeginObject();
+        for (const Member& member : kMembers) json.Member(member.name, (info.*member.secret).View());
+        json.EndObject();
     }
-    return json;
+    json.EndObject();
+    json.EndObject();
+    return json.Take();
 }
 
-std::string CallHost(CRequestBase& asker, const std::string& method, const CJsonObject& params) {
-    std::string text = params.ToText();
-    std::string answer = asker.SendLuaSync(method, text, std::string(kModuleAccountManager));
-    Wipe(text);
-    return answer;
+std::string CallHost(CRequestBase& asker, const std::string& method, const std::string& params) {
+    return asker.SendLuaSync(method, params, std::string(kModuleAccountManager));
 }
 
 }  // namespace
@@ -56,11 +66,11 @@ std::optional<PassInfos> GetPassInfo(CRequestBase& asker, const AccountUser& use
     CJsonObject params;
     params.Set("UserName", user.name);
     params.Set("UserFloder", user.folder);
-    std::string answer = CallHost(asker, "get_passInfo", params);
+    std::string answer = CallHost(asker, "get_passInfo", params.ToText());
     CJsonObject json;
     const bool isRead = json.Parse(answer);
     Wipe(answer);
-    if (isRead) return ReadPassInfos(json);
+    if (isRead) return ReadPassInfos(std::move(json));
     LogAccountError("parse password error!", "InitPassword:: parse password error!");
     return std::nullopt;
 }
@@ -76,10 +86,9 @@ void SavePassInfo(CRequestBase& asker, const AccountUser& user, const std::strin
         if (before == Remembered::kReplaced || !(info.*secret).IsEmpty())
             remembered.*secret = std::move(info.*secret);
     }
-    CJsonObject params;
-    params.Set("useraccount", whom.name);
-    params.Set("accountList", ToJson(infos));
-    CallHost(asker, "save_passInfo", params);
+    std::string text = ToText(whom, infos);
+    CallHost(asker, "save_passInfo", text);
+    Wipe(text);
 }
 
 }  // namespace luadui

@@ -27,8 +27,8 @@ std::optional<std::string> PasswordEncryption::Encrypt(std::string_view text) co
         CCounters::Add("password_cipher_missing");
         return std::nullopt;
     }
-    std::string clear(text);
     std::string cipher(2 * kBlockText, '\0');
+    std::string clear(text);
     int size = static_cast<int>(cipher.size());
     bool isDone = text.find('\0') == std::string_view::npos;
     try {

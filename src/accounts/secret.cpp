@@ -6,9 +6,9 @@
 namespace luadui {
 
 void WipeMemory(void* memory, size_t size) noexcept {
-    // Every store to a volatile object happens.
-    volatile auto* bytes = static_cast<volatile unsigned char*>(memory);
-    for (size_t i = 0; i < size; ++i) bytes[i] = 0;
+    if (size == 0) return;
+    std::memset(memory, 0, size);
+    asm volatile("" : : "r"(memory) : "memory");  // for all that the compiler knows, somebody reads it now
 }
 
 Secret& Secret::operator=(const Secret& other) {
