@@ -70,16 +70,21 @@ class CodeList::Reader {
 
     // Up to behind `close`; false when the line ends before.
     bool _decode(std::string_view close) {
-        while (m_at < m_reply.size() && !IsLineEnd(m_reply[m_at])) {
-            if (m_reply.substr(m_at).starts_with(close)) {
+        while (m_at < m_reply.size()) {
+            const char c = m_reply[m_at];
+            if (code_page::CharLength(m_reply, m_at) == 2) {
+                *m_end++ = c;
+                *m_end++ = m_reply[m_at + 1];
+                m_at += 2;
+            } else if (IsLineEnd(c)) {
+                return false;
+            } else if (c == close[0] && m_reply.substr(m_at).starts_with(close)) {
                 m_at += close.size();
                 return true;
+            } else if (c != '&' || !_decodeReference()) {
+                *m_end++ = _replaceBroken(c);
+                ++m_at;
             }
-            if (_decodeReference()) continue;
-            const size_t length = code_page::CharLength(m_reply, m_at);
-            m_end = std::copy_n(m_reply.data() + m_at, length, m_end);
-            m_at += length;
-            if (length == 1) _replaceBroken(m_end[-1]);
         }
         return false;
     }
@@ -97,11 +102,11 @@ class CodeList::Reader {
         return true;
     }
 
-    void _replaceBroken(char& c) {
+    char _replaceBroken(char c) {
         const bool isControl = (c >= 0 && c < ' ') || c == 0x7F;
-        if (!isControl && !code_page::IsLeadByte(c)) return;
-        c = '?';
+        if (!isControl && !code_page::IsLeadByte(c)) return c;
         m_isReplaced = true;
+        return '?';
     }
 
     // To the end of the row, which quotes cannot tell any more.
