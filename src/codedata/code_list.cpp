@@ -28,8 +28,7 @@ bool IsMarket(std::string_view market) {
 
 }  // namespace
 
-// Goes through a reply once. What a row decodes to goes behind what the rows before it decoded to, and is taken back when
-// the row is refused.
+// Goes through a reply once; what fields decode to goes into the list's text, one behind the other.
 class CodeList::Reader {
   public:
     Reader(std::string_view reply, const CodeListLimits& limits, CodeList& list)
@@ -117,13 +116,7 @@ class CodeList::Reader {
     }
 
     void _endRow() {
-        if (m_fieldCount > 0 || m_isRefused) {
-            if (m_isRefused || !_takeRow()) {
-                ++m_refused;
-                m_end = m_list.m_text.get() + m_taken;
-            }
-            m_taken = static_cast<size_t>(m_end - m_list.m_text.get());
-        }
+        if ((m_fieldCount > 0 || m_isRefused) && (m_isRefused || !_takeRow())) ++m_refused;
         m_fieldCount = 0;
         m_isRefused = m_isReplaced = false;
     }
@@ -156,9 +149,8 @@ class CodeList::Reader {
     const std::string_view m_reply;
     const CodeListLimits m_limits;
     CodeList& m_list;
-    size_t m_at = 0;     // in the reply
-    char* m_end;         // of the list's text
-    size_t m_taken = 0;  // how much of that belongs to records
+    size_t m_at = 0;  // in the reply
+    char* m_end;      // of the list's text
     std::array<std::string_view, 4> m_fields;
     size_t m_fieldCount = 0;
     bool m_isRefused = false, m_isReplaced = false;  // the row

@@ -47,6 +47,7 @@ const ReplyCase kReplies[] = {
     {"\"1\",[[a]\",\"17\",\"A\"\n\"2\",\"b\",\"17\",\"B\"\n", "2/b/17/B\n", 1},
     {"{\"1,\"a\",\"17\",\"A\"},{\"2\",\"b\",\"17\",\"B\"}", "2/b/17/B\n", 1},
     {"\"1\",\"a\",\"17\"\n\"1\",\"a\",\"17\",\"A\",\"x\"\n1,a,17,A\n\"1\",\"a\",x,\"17\",\"A\"\n", "", 4},
+    {"\"1,\"a皚\",\"17\",\"A\"\n", "", 1},  // its second byte looks like a brace
     // Codes and markets.
     {"\"\",\"a\",\"17\",\"A\"\n\"1 "
      "2\",\"a\",\"17\",\"A\"\n\"1:2\",\"a\",\"17\",\"A\"\n\"浦\",\"a\",\"17\",\"A\"\n",
@@ -143,6 +144,9 @@ TEST(CodeList, HoldsNoMoreThanItsLimits) {
     EXPECT_EQ(CCounters::Get("code_list_cut") - before, 2U);
     EXPECT_EQ(CodeList::Parse(std::string_view(reply).substr(0, 3 * row.size()), {.records = 3}).size(), 3U);
     EXPECT_EQ(CCounters::Get("code_list_cut") - before, 2U);
+
+    const char unfinished[] = "\"1\",\"a\",\"17\",\"A\",\"x\"\n";  // cut to what would be a row
+    EXPECT_TRUE(CodeList::Parse(unfinished, {.bytes = 16}).empty());
 
     // One field without end, the longest line there can be.
     std::fill(reply.begin() + 1, reply.end(), 'x');
