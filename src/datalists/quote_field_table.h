@@ -14,7 +14,7 @@ enum class QuoteKind : uint8_t {
     kMarket,  // the number in decimal
     kText,    // as it stands
     kNumber,  // as it stands, if it is a number
-    kCount,   // the same for what cannot be below zero
+    kCount,   // the same for what is not below zero and fits 64 bits
     kVolume,  // a count without decimals
     kAmount,  // a count, cut to a whole number
     kPrice,   // with the decimals of the security's prices

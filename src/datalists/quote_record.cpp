@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <iterator>
+#include <optional>
 
 #include "base/counters.h"
 #include "base/fixed_text.h"
@@ -44,6 +45,13 @@ const HashedKey& Key(size_t number) {
         return made;
     }();
     return (*keys)[number];
+}
+
+// What is not below zero, cut to a whole number.
+std::optional<int64_t> ReadCount(std::string_view text) {
+    const auto count = ParseLong(text);
+    if (!count || *count > 0) return count;
+    return *count < 0 || std::signbit(ParseDouble(text).value_or(0)) ? std::nullopt : count;
 }
 
 bool IsSuspended(const HaltRule& rule, std::string_view status) {
@@ -114,7 +122,7 @@ class QuoteFiller {
     void _setCount(size_t key, std::optional<int64_t> count) {
         char digits[24];
         const char* const end = std::to_chars(digits, std::end(digits), count.value_or(0)).ptr;
-        count&&* count >= 0 ? _set(key, std::string_view(digits, end)) : _refuse();
+        _setIf(count.has_value(), key, std::string_view(digits, end));
     }
     void _setIf(bool isReadable, size_t key, std::string_view text) {
         isReadable ? _set(key, text) : _refuse();
@@ -130,14 +138,14 @@ class QuoteFiller {
                 fixed = FixedText(cell, m_security.m_decimals, buffer);
                 return _setIf(!fixed.empty(), field, fixed);
             case QuoteKind::kAmount:
-                return _setCount(field, ParseLong(cell));
+                return _setCount(field, ReadCount(cell));
             case QuoteKind::kVolume:
                 fixed = FixedText(cell, 0, buffer);
-                return _setIf(!fixed.empty() && fixed[0] != '-', field, fixed);
+                return _setIf(ReadCount(fixed).has_value(), field, fixed);
             case QuoteKind::kNumber:
                 return _setIf(ParseDouble(cell).has_value(), field, cell);
             case QuoteKind::kCount:
-                return _setIf(ParseDouble(cell).value_or(-1) >= 0, field, cell);
+                return _setIf(ReadCount(cell).has_value(), field, cell);
             default:
                 return _set(field, cell);
         }
