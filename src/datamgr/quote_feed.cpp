@@ -13,7 +13,9 @@
 namespace luadui {
 namespace {
 
-// "code:market" taken apart.
+constexpr char kSubscribe[] = "isSub", kUnsubscribe[] = "unsub";
+
+// By a key, "code:market".
 bool FindQuote(const CHqData& list, std::string_view key, CUIData& quote) {
     const size_t colon = key.find(':');
     return colon != key.npos && list.FindQuote(key.substr(0, colon), key.substr(colon + 1), quote);
@@ -27,37 +29,56 @@ const CHqData* QuoteFeed::_list(size_t kind) const {
 
 // Subscriptions.
 
-bool QuoteFeed::_hold(std::string_view kind, const Names& securities, uint32_t holder, Names& current,
-                      Names& others) {
-    const size_t number = QuoteKindOf(kind);
-    if (number == kQuoteKindCount) return false;
-    Kind& entry = m_kinds[number];
+QuoteFeed::Held QuoteFeed::_hold(Kind& kind, const Names& securities, uint32_t holder) {
+    Held held;
     for (const std::string& name : securities) {
-        if (entry.securities.size() >= kMaxSecurities && !entry.securities.contains(name)) {
+        if (kind.securities.size() >= kMaxSecurities && !kind.securities.contains(name)) {
             CCounters::Add("quote_subscription_refused");
+            held.others.push_back(name);
             continue;
         }
-        Security& security = entry.securities[name];
-        if (entry.holders[holder].insert(name).second) ++security.holders;
-        (security.keys.empty() ? others : current).push_back(name);
+        Security& security = kind.securities[name];
+        if (kind.holders[holder].insert(name).second) ++security.holders;
+        if (!std::exchange(security.isAtServer, true)) {
+            security.asker = holder;
+            held.fresh.push_back(name);
+        } else if (!security.keys.empty()) {
+            held.current.push_back(name);
+        } else {
+            (security.asker == holder ? held.pending : held.others).push_back(name);
+        }
     }
-    return true;
+    return held;
 }
 
 void QuoteFeed::Subscribe(std::string_view kind, const Names& securities, uint32_t holder) {
-    Names current, others;
-    if (!_hold(kind, securities, holder, current, others)) return;
-    if (!others.empty()) _send(kind, others, holder, "isSub");
-    if (current.empty()) return;
+    const size_t number = QuoteKindOf(kind);
+    if (number == kQuoteKindCount) return;
+    const Held held = _hold(m_kinds[number], securities, holder);
+    _send(kind, held.fresh, holder, kSubscribe);
+    _send(kind, held.others, holder, nullptr);
+    if (held.current.empty()) return;
     CUIData news(kind);
     news.SetData("handle", static_cast<int32_t>(holder));
-    news.SetData("stock_code", JoinSecurities(current));
+    news.SetData("stock_code", JoinSecurities(held.current));
     m_manager.GetData(news, false, false);
 }
 
-void QuoteFeed::NoteSubscribed(std::string_view kind, const Names& securities, uint32_t holder) {
-    Names current, others;
-    _hold(kind, securities, holder, current, others);
+bool QuoteFeed::TakeQuery(CUIData& request, uint32_t holder) {
+    const size_t number = QuoteKindOf(request.GetTypeText());
+    if (number == kQuoteKindCount) return false;
+    const Names securities = SecuritiesOf(request);
+    if (request.GetDataText(kUnsubscribe) == "true") {
+        Unsubscribe(request.GetType(), securities, holder);
+        return true;
+    }
+    if (request.GetDataText(kSubscribe) != "true" || securities.empty()) return false;
+    const Held held = _hold(m_kinds[number], securities, holder);
+    if (held.fresh.size() == securities.size()) return false;  // it subscribes by itself
+    request.Remove(kSubscribe);
+    if (held.pending.size() == securities.size() && request.GetDataLong("refresh") == 0) return true;
+    _send(request.GetType(), held.fresh, holder, kSubscribe);
+    return false;
 }
 
 QuoteFeed::Names QuoteFeed::_release(Kind& kind, const Names& securities, uint32_t holder) {
@@ -68,8 +89,8 @@ QuoteFeed::Names QuoteFeed::_release(Kind& kind, const Names& securities, uint32
         if (held->second.erase(name) == 0) continue;
         const auto security = kind.securities.find(name);
         if (--security->second.holders != 0) continue;
+        if (security->second.isAtServer) free.push_back(name);
         kind.securities.erase(security);
-        free.push_back(name);
     }
     if (held->second.empty()) kind.holders.erase(held);
     return free;
@@ -79,7 +100,7 @@ void QuoteFeed::Unsubscribe(std::string_view kind, const Names& securities, uint
     const size_t number = QuoteKindOf(kind);
     if (number == kQuoteKindCount) return;
     const Names free = _release(m_kinds[number], securities, holder);
-    if (!free.empty()) _send(kind, free, 0, "unsub");
+    _send(kind, free, 0, kUnsubscribe);
 }
 
 void QuoteFeed::Leave(std::string_view kind, uint32_t holder) {
@@ -102,10 +123,11 @@ void QuoteFeed::_leaveGone() {
 }
 
 void QuoteFeed::_send(std::string_view kind, const Names& securities, uint32_t holder, const char* flag) {
+    if (securities.empty()) return;
     CUIData request(kind);
     if (holder != 0) request.SetData("handle", static_cast<int32_t>(holder));
     request.SetData("stock_code", JoinSecurities(securities));
-    request.SetData(flag, "true");
+    if (flag) request.SetData(flag, "true");
     m_manager.SetData(&request, kSetRequest);
 }
 
@@ -118,6 +140,7 @@ void QuoteFeed::Answered(std::string_view kind, const Names& asked, const CDataS
     for (const std::string& name : asked) {
         const auto security = entry.securities.find(name);
         if (security == entry.securities.end()) continue;
+        security->second.asker = 0;
         const std::string prefix = QuotePrefixOf(name);
         auto key = FindPrefix(keys, prefix);
         if (key != keys.end()) security->second.keys.clear();
@@ -127,6 +150,17 @@ void QuoteFeed::Answered(std::string_view kind, const Names& asked, const CDataS
     if (entry.answered.size() <= entry.answersAllowed) return;
     std::erase_if(entry.answered, [&](const auto& answer) { return !_isFresh(entry, answer.first); });
     entry.answersAllowed = std::max<size_t>(1024, 2 * entry.answered.size());
+}
+
+void QuoteFeed::Refused(std::string_view kind, const Names& asked) {
+    const size_t number = QuoteKindOf(kind);
+    if (number == kQuoteKindCount) return;
+    for (const std::string& name : asked) {
+        const auto security = m_kinds[number].securities.find(name);
+        if (security == m_kinds[number].securities.end()) continue;
+        security->second.isAtServer = false;
+        security->second.asker = 0;
+    }
 }
 
 bool QuoteFeed::_isFresh(const Kind& kind, std::string_view key) {

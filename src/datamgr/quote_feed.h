@@ -35,14 +35,18 @@ class QuoteFeed {
     // `holder`: the handle of the window, or of the page. It is told what is current now, and when the server answers,
     // the rest.
     void Subscribe(std::string_view kind, const std::vector<std::string>& securities, uint32_t holder);
-    // The same where the holder's own query, which leaves now, subscribes.
-    void NoteSubscribed(std::string_view kind, const std::vector<std::string>& securities, uint32_t holder);
     void Unsubscribe(std::string_view kind, const std::vector<std::string>& securities, uint32_t holder);
+    // The same for a query of the holder's own with "isSub" or "unsub", so that the server hears neither from a second
+    // holder. True when that is all, or the holder's subscription brings the answer already; false when the request is to
+    // go on, as it is then.
+    bool TakeQuery(CUIData& request, uint32_t holder);
     // Ends all that the holder subscribed to of that kind.
     void Leave(std::string_view kind, uint32_t holder);
 
     // The server answered: `asked` are the securities that it was asked for, `keys` those of the quotes that came.
     void Answered(std::string_view kind, const std::vector<std::string>& asked, const CDataSet& keys);
+    // It failed at a query that subscribes: the next subscription tries again.
+    void Refused(std::string_view kind, const std::vector<std::string>& asked);
 
     // Puts the quotes that the record asks for into it, as an answer has them. False, and nothing changed, when one of
     // them is not current.
@@ -63,7 +67,9 @@ class QuoteFeed {
     using Names = std::vector<std::string>;
     struct Security {
         size_t holders = 0;
-        Names keys;  // of its quotes; none before the answer
+        bool isAtServer = false;
+        uint32_t asker = 0;  // who gets the answer to the query that subscribed, while that is under way
+        Names keys;          // of its quotes; none before the answer
     };
     struct Kind {
         TextMap<Security> securities;
@@ -72,9 +78,15 @@ class QuoteFeed {
         size_t answersAllowed = 1024;
     };
 
-    // False for a kind that is not one of quotes.
-    bool _hold(std::string_view kind, const Names& securities, uint32_t holder, Names& current,
-               Names& others);
+    // What became of securities when they got a holder.
+    struct Held {
+        Names fresh;    // the server is to hear of them
+        Names pending;  // the holder gets their answer
+        Names current;
+        Names others;  // not answered yet, or answered without them
+    };
+
+    Held _hold(Kind& kind, const Names& securities, uint32_t holder);
     Names _release(Kind& kind, const Names& securities, uint32_t holder);
     void _send(std::string_view kind, const Names& securities, uint32_t holder, const char* flag);
     void _leaveGone();

@@ -40,10 +40,12 @@ CDataSet UpdatedIn(const CUIData& record) {
 
 void HandleQuotes(CUIDataManager& manager, Answer& answer) {
     CUIData record = StartRecord(answer);
+    QuoteFeed& feed = CUIStockDataManager::get_mutable_instance().CommonData().Quotes();
     if (answer.hasTable) {
         ListOf(manager, answer.kind)->BuildQueryQuotes(answer.table, record);
-        CUIStockDataManager::get_mutable_instance().CommonData().Quotes().Answered(
-            answer.kind, SecuritiesOf(answer.params), UpdatedIn(record));
+        feed.Answered(answer.kind, SecuritiesOf(answer.params), UpdatedIn(record));
+    } else if (answer.code != 0 && answer.isSub) {
+        feed.Refused(answer.kind, SecuritiesOf(answer.params));
     }
     Tell(manager, record, answer.handle);
 }

@@ -115,7 +115,7 @@ void CUIPageData::_ownWindow(unsigned int handle) {
 
 bool CUIPageData::GetData(CUIData& request, bool cacheOnly, bool flag) {
     if (!_adopt(request)) return false;
-    _noteAsk(request);
+    if (!cacheOnly && _takeQuoteQuery(request)) return false;
     const auto family = ListStore::FamilyOf(request.GetTypeText());
     if (family != ListStore::kFamilies) {
         SaveCurAccountGroup(request, family);
@@ -159,7 +159,7 @@ void CUIPageData::SetData(CUIData* record, SET_DATA mode) {
     if (!record || !_adopt(*record)) return;
     const bool isSubscription = mode == kSetSubscribe || mode == kSetUnsubscribe;
     if (isSubscription && IsQuoteKind(record->GetTypeText())) return _setQuoteSubscription(record, mode);
-    if (mode == kSetRequest) _noteAsk(*record);
+    if (mode == kSetRequest && _takeQuoteQuery(*record)) return;
     _send(record, mode);
 }
 

@@ -70,8 +70,9 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     void _send(CUIData* record, SET_DATA mode);
     // Quotes (ui_page_quotes.cpp)
     QuoteInterest* _interestIn(std::string_view kind);
-    void _noteAsk(const CUIData& record);
-    void _noteQuotes(const CUIData& request, int32_t window);
+    // Notes what a request names. True when nothing is left to be asked: see QuoteFeed::TakeQuery.
+    bool _takeQuoteQuery(CUIData& record);
+    bool _takeQuoteQuery(CUIData& request, int32_t window);
     void _setQuoteSubscription(CUIData* record, SET_DATA mode);
     void _noteListening(uint32_t window, std::string_view kind);
     void _leaveQuotes();

@@ -32,25 +32,33 @@ QuoteInterest* CUIPageData::_interestIn(std::string_view kind) {
     return number == kQuoteKindCount ? nullptr : &m_quotes[number];
 }
 
-void CUIPageData::_noteAsk(const CUIData& record) {
+bool CUIPageData::_takeQuoteQuery(CUIData& record) {
     const int32_t window = HandleOf(record);
-    if (IsQuoteKind(record.GetTypeText())) return _noteQuotes(record, window);
-    if (record.GetDataLong("req_level") != 2) return;
-    for (const auto [key, value] : record) {
+    if (IsQuoteKind(record.GetTypeText())) return _takeQuoteQuery(record, window);
+    if (record.GetDataLong("req_level") != 2) return false;
+    for (const auto [key, value] : CUIData(record)) {
         CUIData request;
-        if (value.Get(request)) _noteQuotes(request, request.Has("handle") ? HandleOf(request) : window);
+        if (!value.Get(request) || !IsQuoteKind(request.GetTypeText())) continue;
+        if (_takeQuoteQuery(request, request.Has("handle") ? HandleOf(request) : window)) {
+            record.Remove(key);
+        } else {
+            record.SetData(key, request);
+        }
     }
+    return false;
 }
 
-void CUIPageData::_noteQuotes(const CUIData& request, int32_t window) {
-    QuoteInterest* const interest = _interestIn(request.GetTypeText());
-    if (!interest || window <= 0 || window == GetHandle()) return;
+bool CUIPageData::_takeQuoteQuery(CUIData& request, int32_t window) {
+    if (window == GetHandle()) return false;  // its own question, after waking
     const auto securities = SecuritiesOf(request);
-    if (securities.empty()) return;
-    const auto holder = static_cast<uint32_t>(window);
-    interest->Name(holder, securities);
-    if (request.GetDataText("isSub") == "true")
-        Feed().NoteSubscribed(request.GetTypeText(), securities, holder);
+    const auto holder = static_cast<uint32_t>(window > 0 ? window : GetHandle());
+    QuoteInterest& interest = *_interestIn(request.GetTypeText());
+    if (request.GetDataText("unsub") == "true") {
+        interest.Unname(holder, securities);
+    } else if (window > 0 && !securities.empty()) {
+        interest.Name(holder, securities);
+    }
+    return Feed().TakeQuery(request, holder);
 }
 
 void CUIPageData::_setQuoteSubscription(CUIData* record, SET_DATA mode) {

@@ -226,9 +226,13 @@ TEST_F(QuotesTest, TheServerPushesWhatSomebodyHolds) {
     constexpr char kRows[] = "4,10,3;600000,10.01,17;600001,9.99,17";
     SetFor(*page, window, kSetSubscribe, "hq stock_code=600000,600001");
     EXPECT_EQ(Sent(), "1051 isSub 600000,600001");
-    EXPECT_FALSE(Ask(*page, window, "hq stock_code=600000"));  // not answered yet
+    EXPECT_FALSE(Ask(*page, window, "hq stock_code=600000"));             // not answered yet
+    EXPECT_FALSE(Ask(*page, window, "hq stock_code=600000 isSub=true"));  // the answer is on its way
     EXPECT_EQ(Sent(), "1051 600000");
-    Answer(kRows, 1);
+    EXPECT_FALSE(Ask(*page, neighbour, "hq stock_code=600000 isSub=true"));
+    EXPECT_FALSE(Ask(*page, neighbour, "hq stock_code=600000 unsub=true"));
+    EXPECT_EQ(Sent(), "1051 600000");
+    Answer(kRows, 2);
     EXPECT_EQ(window.Take(), "hq 600000:17@10.01 600001:17@9.99");
     // What is pushed is current: nobody asks the server again.
     SetFor(*otherPage, stranger, kSetSubscribe, "hq stock_code=600001,600002");
@@ -261,7 +265,22 @@ TEST_F(QuotesTest, TheServerPushesWhatSomebodyHolds) {
     EXPECT_EQ(Sent(), "1051 600001");  // what is held may be old
     SetFor(*otherPage, stranger, kSetSubscribe, "hq stock_code=600001");
     EXPECT_EQ(Sent() + stranger.Take(), "1051 isSub 600001");
-    // A query may subscribe by itself; who goes without a word leaves later, a page at once.
+    // Bonds: a query may subscribe by itself, and what fails is tried again by the next one.
+    Ask(*page, window, "hq_zq stock_code=2,3 isSub=true");
+    EXPECT_EQ(Sent(), "1058 isSub 2,3");
+    Answer(R"({"retcode":7,"message":"m"})");
+    Ask(*page, window, "hq_zq stock_code=3 unsub=true");  // the server does not push it
+    CUIData bundle = RecordFor(neighbour, "bundle req_level=2");
+    bundle.SetData("one", RecordOf("hq_zq stock_code=2,4 isSub=true"));
+    bundle.SetData("two", RecordOf("hq_zq stock_code=5 unsub=true"));
+    page->SetData(&bundle, kSetRequest);
+    EXPECT_EQ(Sent(), "1058 isSub 2,4");
+    Answer("4,10,3;2,1.00,19;4,2.00,19");
+    Ask(*page, window, "hq_zq stock_code=2,4,5 isSub=true");
+    EXPECT_EQ(Sent(), "1058 isSub 5 / 1058 2,4,5");
+    for (const Watcher* each : {&window, &neighbour}) Ask(*page, *each, "hq_zq stock_code=2,4,5 unsub=true");
+    EXPECT_EQ(Sent(), "1058 unsub 5 / 1058 unsub 2,4");
+    // Who goes without a word leaves later, a page at once.
     auto closing = std::make_unique<Watcher>();
     Ask(*page, *closing, "hq_zq stock_code=1 isSub=true");
     EXPECT_EQ(Sent(), "1058 isSub 1");
