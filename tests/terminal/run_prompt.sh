@@ -30,6 +30,8 @@ session 'data 总览 fund,entrust 880003\norder 总览 880003 600036 200 44\nord
     '总览 <- messagecenter, 1 rows (push)' '991,200.00   8,800.00          0.00' \
     'create_entrust 880003 (answer): not enough money' 'no such open order' 'Error: no such security' '全部成交' \
     '8,780.00     991,220.00       0.00' 'Ended.'
+session 'search 茅台\nsearch gzm 1\nsearch 9999999\nsearch\nquotes 自选 600000:17\nfeed x\n' '600519  贵州茅台  17    GZMT' \
+    'first in key order: 贵州茅台 in market 17' 'nothing matches' 'Usage: search TEXT [MOST]' 'Error: ROWS must be a number' 'Ended.'
 options=(--securities-count 20000)
 session 'quit\n' '20000 securities'
 options=(--securities "$data/none.csv")

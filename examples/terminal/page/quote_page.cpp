@@ -29,6 +29,12 @@ constexpr const char* kColumns[] = {
     "PriceSell4", "AmountSell4", "PriceSell5",  "AmountSell5", "TPFlag",     "DateTime"};
 constexpr int kShownColumns = 11;
 
+const std::vector<luadui::HashedKey>& Columns() {
+    static const auto* const keys =
+        new std::vector<luadui::HashedKey>(std::begin(kColumns), std::end(kColumns));
+    return *keys;
+}
+
 std::string KindOf(std::string_view code) {
     return code.ends_with(":19") || code.ends_with(":35") ? kBondQuotes : kQuotes;
 }
@@ -84,7 +90,7 @@ void QuotePage::_run(const CUIData& command) {
     const std::string what = command.GetDataString("do"), codes = command.GetDataString("codes");
     if (what == "show") return _show(codes);
     if (what == "forget") return _forget(codes);
-    if (what == "single") return _ask(kSingleQuote, codes, "");
+    if (what == "single") return _ask(kSingleQuote, codes);
     if (what == "search") return _search(command);
     if (what == "close") return Close();
     luadui::CCounters::Add("page_command_unknown");
@@ -97,10 +103,7 @@ void QuotePage::_show(std::string_view codes) {
             m_quotes.AppendRow();
             added.push_back(code);
         }
-    for (const auto& [kind, list] : ByKind(added)) {
-        _subscribe(kind, list, true);
-        _ask(kind, list, "isSub");
-    }
+    for (const auto& [kind, list] : ByKind(added)) _subscribe(kind, list, luadui::kSetSubscribe);
     _changed();
 }
 
@@ -115,26 +118,25 @@ void QuotePage::_forget(std::string_view codes) {
         for (auto& [other, place] : m_rows) place -= place > row ? 1 : 0;
         dropped.push_back(code);
     }
-    for (const auto& [kind, list] : ByKind(dropped)) {
-        _subscribe(kind, list, false);
-        _ask(kind, list, "unsub");
-    }
+    for (const auto& [kind, list] : ByKind(dropped)) _subscribe(kind, list, luadui::kSetUnsubscribe);
     _changed();
 }
 
-// Which news the page gets.
-void QuotePage::_subscribe(const std::string& kind, const std::string& codes, bool isOn) {
-    CUIData subscription(kind);
-    subscription.SetData("handle", GetHandle());
-    subscription.SetData("stock_code", codes);
-    m_data.SetData(&subscription, isOn ? luadui::kSetSubscribe : luadui::kSetUnsubscribe);
+CUIData QuotePage::_record(const std::string& kind, const std::string& codes) const {
+    CUIData record(kind);
+    record.SetData("handle", GetHandle());
+    record.SetData("stock_code", codes);
+    return record;
 }
 
-void QuotePage::_ask(const std::string& kind, const std::string& codes, const char* flag) {
-    CUIData question(kind);
-    question.SetData("handle", GetHandle());
-    question.SetData("stock_code", codes);
-    if (*flag) question.SetData(flag, "true");
+// A subscription brings what is known now, too.
+void QuotePage::_subscribe(const std::string& kind, const std::string& codes, luadui::SET_DATA mode) {
+    CUIData subscription = _record(kind, codes);
+    m_data.SetData(&subscription, mode);
+}
+
+void QuotePage::_ask(const std::string& kind, const std::string& codes) {
+    CUIData question = _record(kind, codes);
     ++m_count.queries;
     m_data.GetData(question, false, true);
 }
@@ -146,28 +148,30 @@ void QuotePage::OnNotify(void* data) {
     _changed();
 }
 
-// Answers how many quotes there were.
+// News are of all securities that somebody shows; looking for the page's own among them costs as much as it shows. Answers
+// how many of its own there were.
 int QuotePage::_take(const CUIData& record) {
     if (record.GetDataLong("ret_code") != 0 || record.GetTypeText() == "error_msg") {
         ++m_count.errors;
         return -1;
     }
     ++m_count.answers;
-    int count = 0;
     CDataSet codes;
     record.GetData("updatecode", codes);
-    for (const std::string& code : codes) {
+    if (record.GetTypeText() == kSingleQuote) return static_cast<int>(codes.Size());
+    int count = 0;
+    for (const auto& [code, row] : m_rows) {
         CUIData quote;
-        if (!record.GetData(code, quote)) continue;
+        if (!codes.Contains(code) || !record.GetData(code, quote)) continue;
+        _takeQuote(row, quote);
         ++count;
-        if (const auto found = m_rows.find(code); found != m_rows.end()) _takeQuote(found->second, quote);
     }
     return count;
 }
 
 void QuotePage::_takeQuote(int row, const CUIData& quote) {
     int col = 0;
-    for (const char* column : kColumns) {
+    for (const luadui::HashedKey& column : Columns()) {
         const std::string text = TextOf(quote.GetDataView(column));
         if (m_quotes.GetItemText(row, col) != std::string_view(text)) m_quotes.SetItemText(row, col, text);
         ++col;

@@ -13,8 +13,8 @@
 
 namespace terminal {
 
-// Shows the securities that it was told to show. It subscribes to their quotes and asks for them; from then on it hears of
-// those that changed, twice a second, and while asleep of nothing: what it missed is asked for when it wakes. It reports
+// Shows the securities that it was told to show. It subscribes to their quotes, which brings them as they are; from then on it
+// hears of those that changed, twice a second, and while asleep of nothing: what it missed is asked for when it wakes. It reports
 // every record to the host (see kMsgPageRecord): "rows" is the number of quotes in it, "why" is "answer", "push" or "asked on
 // waking".
 //
@@ -45,8 +45,9 @@ class QuotePage : public TextPage {
     void _run(const luadui::CUIData& command);
     void _show(std::string_view codes);
     void _forget(std::string_view codes);
-    void _subscribe(const std::string& kind, const std::string& codes, bool isOn);
-    void _ask(const std::string& kind, const std::string& codes, const char* flag);
+    luadui::CUIData _record(const std::string& kind, const std::string& codes) const;
+    void _subscribe(const std::string& kind, const std::string& codes, luadui::SET_DATA mode);
+    void _ask(const std::string& kind, const std::string& codes);
     void _search(const luadui::CUIData& command);
 
     int _take(const luadui::CUIData& record);

@@ -3,7 +3,7 @@
 local step = require("steps").step
 local code_list = {}
 
-local PAGE, MOST = "搜索", 10
+local MOST = 10
 -- The markets as the query for the code list names them.
 local MARKETS = {}
 for market in ("17 33 18 34 19 20 35 36 22 153 156 73 76 21 37 145 146"):gmatch("%d+") do
@@ -78,21 +78,10 @@ function code_list.run(session)
         end
     end
 
-    local function search(queries)
-        session.quote_command(PAGE, {["do"] = "search", queries = table.concat(queries, "|"), max = MOST})
-        local answered = session.wait(function()
-            for record in session.take_record do if record.kind == "search" then return true end end
-        end)
-        local lookups = answered and session.wait(function()
-            local rows = session.table_of(PAGE, "lookups", "")
-            return rows and #rows == #queries and rows[1].query == queries[1] and rows
-        end)
-        return lookups or {}, session.table_of(PAGE, "candidates", "") or {}
-    end
-
     -- What differs, for people; at most three lines.
     local function compare(queries)
-        local lookups, candidates = search(queries)
+        local lookups, candidates = session.search(queries, MOST)
+        if not lookups then return false, "no answer came" end
         local wrong, place, longest = {}, 1, 0
         local function fault(query, what, seen, expected)
             if seen ~= expected then
@@ -125,12 +114,11 @@ function code_list.run(session)
     end
 
     step("The code list is loaded", "in the background, from the market database; a page finds every security of it", function()
-        local opened = session.open_quote_page(PAGE)
-        local lookups = search({list[1].code, list[#list].code})
+        local lookups = session.search({list[1].code, list[#list].code}, MOST) or {}
         local name = terminal.security_name(list[1].code, list[1].market)
         local market = terminal.security_market(list[1].code, terminal.to_codepage(list[1].name))
         local expected = list[1].name .. ":" .. list[1].market
-        return opened == true and #lookups == 2 and lookups[1].code_name == list[1].name and
+        return #lookups == 2 and lookups[1].code_name == list[1].name and
                    lookups[2].code_name ~= "" and name == expected and market == list[1].market,
                ("%d securities; get_securityname %s, get_marketbycodeandzqmc %s"):format(#list, name, market)
     end)

@@ -34,6 +34,8 @@ step("Start-up", "the UI thread runs, the library knows the host window, the mar
                session.ui_thread, session.started_in, window, market and market.count or session.market_fault)
 end)
 
+require("code_list").run(session)
+
 step("A page is created", "on_init answers true and the page knows its account", function()
     local created = session.open_page(PAGE, ACCOUNT)
     local info = session.luadui.get_login_info(terminal.to_codepage(PAGE))
@@ -194,6 +196,7 @@ end)
 
 require("data_pages").run(session, {pages = {PAGE, "第二页"}, orders = 8, shares = 14500})
 require("trading").run(session, {pages = {"总览"}})
+require("quotes").run(session, "交易")
 require("accounts").run(session)
 
 step("Clean end", "the UI thread ends within ten seconds and creates no page any more", function()

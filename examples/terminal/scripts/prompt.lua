@@ -107,6 +107,27 @@ local commands = {
         for i, books in ipairs(terminal.books()) do lines[i] = accounting.line(books.fund_token, books) end
         print(tables.text(accounting.columns, lines, "  "))
     end},
+    {"search", "TEXT [MOST]", "find securities by a part of code, initials or name", function(session, text, most)
+        local lookups, candidates = session.search({text}, number_of(most or "10", "MOST"))
+        checked(lookups, "no answer of the page " .. session.search_page)
+        print(tables.text({{"代码", "code"}, {"名称", "name"}, {"市场", "market"}, {"拼音", "phonetic"}, {"匹配", "match"},
+                           {"", "matched"}}, candidates, "  "))
+        local first = lookups[1]
+        return first.found == "1" and ("first in key order: %s in market %s"):format(first.name, first.market) or
+                   "nothing matches"
+    end},
+    {"quotes", "PAGE CODE...", "show quotes on a page, e.g. quotes 自选 600000:17,300750:33", function(session, page, codes)
+        if not session.luadui.get_login_info(terminal.to_codepage(page)) then
+            checked(session.open_quote_page(page), "the page cannot be created; log/luadui.log says why")
+        end
+        session.quote_command(page, {["do"] = "show", codes = codes})
+        session.idle(200)
+        return "\"feed 1000\" lets them move, \"show " .. page .. "\" shows them"
+    end},
+    {"feed", "ROWS", "let the broker push so many rows of quotes a second; 0 ends it", function(_, rows)
+        terminal.feed_quotes(number_of(rows, "ROWS"))
+        return "told to the broker"
+    end},
     {"fault", "KIND [COUNT] [MS]", "the next answers: delay, error, failure, garbage, silence; none forgets them",
      function(_, kind, count, milliseconds)
         checked(terminal.fault(kind, number_of(count or "1", "COUNT"), number_of(milliseconds or "500", "MS")))
@@ -172,7 +193,9 @@ local function run_line(session, line)
         print("  " .. answer)
     end
     session.idle(50) -- what the command caused mostly arrives meanwhile
-    for record in session.take_record do print("  " .. session.record_text(record)) end
+    for record in session.take_record do
+        if record.why ~= "push" or not record.kind:find("^hq") then print("  " .. session.record_text(record)) end
+    end
     return true
 end
 

@@ -6,6 +6,8 @@ local session = {
     data_library = "/datapage.dll",
     account_library = "/accountpage.dll",
     luadui = nil, -- the library's Lua functions, once started
+    default_count = 3000, -- securities, of the list that comes with the terminal
+    search_page = "搜索",
     quote_library = "/quotepage.dll",
     securities = {}, -- those of the list: {code, name, market, pinyin}
     market = nil, -- what became of the market database: {count, made, left_out}, or nil
@@ -27,7 +29,9 @@ end
 function session.start(options)
     local csv = options.securities ~= "" and options.securities or options.home .. "/data/securities_list.csv"
     local database = require "market_database"
-    local read, fault = database.read(csv, options.securities_count)
+    local count = options.securities_count
+    if count == 0 and options.securities == "" then count = session.default_count end
+    local read, fault = database.read(csv, count)
     session.market_fault = fault
     if read then
         session.securities = read.list
@@ -102,6 +106,19 @@ end
 -- What it is to do: {["do"] = "show", codes = "600000:17,600036:17"}...
 function session.quote_command(page, command)
     session.luadui.on_error("quotepage:" .. to_codepage(page), to_codepage(session.json_of(command)))
+end
+
+-- Lets the page session.search_page search: answers its tables "lookups" and "candidates" (see page/security_search.h); nil
+-- when nothing came in time. Opens the page when it is not there yet.
+function session.search(queries, most)
+    local page = session.search_page
+    if not session.luadui.get_login_info(to_codepage(page)) then session.open_quote_page(page) end
+    session.quote_command(page, {["do"] = "search", queries = table.concat(queries, "|"), max = most})
+    local lookups = session.wait(function()
+        local rows = session.table_of(page, "lookups", "")
+        return rows and #rows == #queries and rows[1].query == queries[1] and rows[#rows].query == queries[#rows] and rows
+    end)
+    if lookups then return lookups, session.table_of(page, "candidates", "") or {} end
 end
 
 -- Opens the page that hears of accounts and signs its user in (see page/account_page.h).

@@ -53,7 +53,7 @@ std::string Time(const Quote& quote, size_t) {
 std::string Change(const Quote& quote, size_t) {
     if (quote.security.code.back() % 2 != 0) return std::string(kNothing);
     char text[32];
-    std::snprintf(text, sizeof text, "%.4f",
+    std::snprintf(text, sizeof text, "%.6f",
                   static_cast<double>(quote.last - quote.previousClose) * 100 /
                       static_cast<double>(quote.previousClose));
     return text;
