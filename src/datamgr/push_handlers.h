@@ -61,6 +61,13 @@ void PublishPush(CUIDataManager& manager, Push& push, std::span<const std::strin
 // What the list has no use for (it is of an account that was never queried) is not published. A push that says that
 // something failed is published as it is and changes nothing, counted as "push_failed_not_merged".
 void MergePush(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
+// Who is logged in: the accounts' shared record and the account data lists follow, and tell those who show accounts. A push
+// about one account is published as it is, one about all that are logged in with the rows of all accounts, as
+// soon as the server has told of them.
+void TakeOnline(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
+// The user's groups (rows with "groupid" and "accountlist" or "account"): published as answers with groups are, which take
+// the same way. Other rows are published as they are.
+void TakeGroups(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);
 // For a list that only some pages have; nobody misses it elsewhere, and the push is published as it is. A failed
 // one changes nothing, counted in the same way.
 void MergePageList(CUIDataManager& manager, Push& push, std::span<const std::string_view> kinds);

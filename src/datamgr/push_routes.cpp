@@ -65,6 +65,8 @@ constexpr size_t CountKeys() {
 
 constexpr PushHandler HandlerOf(std::string_view key) {
     if (std::ranges::find(kQuoteKinds, key) != std::end(kQuoteKinds)) return MergeQuotes;
+    if (key == "AccountOnline") return TakeOnline;
+    if (key == "AccountGroup") return TakeGroups;
     const auto* const row = std::ranges::find(kPushedLists, key, &PushedList::key);
     if (row == std::end(kPushedLists)) return PublishPush;
     switch (row->rows) {
