@@ -11,6 +11,8 @@ void WipeMemory(void* memory, size_t size) noexcept {
     asm volatile("" : : "r"(memory) : "memory");  // for all that the compiler knows, somebody reads it now
 }
 
+Secret::Witness Secret::s_witness = nullptr;
+
 Secret& Secret::operator=(const Secret& other) {
     if (this != &other) Set(other.View());
     return *this;
@@ -38,6 +40,7 @@ void Secret::Set(std::string_view text) {
 
 void Secret::Wipe() noexcept {
     WipeMemory(m_text.get(), m_size);
+    if (s_witness && m_text) s_witness(View());
     m_text.reset();
     m_size = 0;
 }

@@ -30,9 +30,14 @@ class Secret {
     // Valid until the secret is changed or destroyed.
     std::string_view View() const noexcept { return {m_text.get(), m_size}; }
 
+    // Sees the memory of every secret as it is given back; null for nobody. For tests.
+    using Witness = void (*)(std::string_view memory);
+    static void SetWitness(Witness witness) noexcept { s_witness = witness; }
+
   private:
     void _take(Secret& other) noexcept;
 
+    static Witness s_witness;
     std::unique_ptr<char[]> m_text;  // never reallocated by anyone else: no copies are left behind
     size_t m_size = 0;
 };

@@ -65,10 +65,17 @@ class AccountListProbe : public testing::Test {
         answer.SetData("JsonData", json);
         list->OnResponse(&answer);
     }
+    // To the account that sent the last request of the type, when it is still there.
+    void AnswerAccount(int type, const CDataTable& table = CDataTable()) {
+        const CQueueReqItem request = Sent(type);
+        const CQueueRespData answer = ServiceProbe::WithTable(ServiceProbe::AnswerTo(request), table);
+        CBaseObject* const object = CBaseObject::Find(std::stol(request.GetDataString("From")));
+        if (auto* const asker = dynamic_cast<CRequestBase*>(object)) asker->OnResponse(&answer);
+    }
     // Asks for the accounts and answers.
     void Load(const Rows& rows) {
         list->Query();
-        Answer(Sent(1033), MakeTable(kListColumns, rows));
+        AnswerAccount(1033, MakeTable(kListColumns, rows));
     }
     void AnswerUpload(const Rows& rows) {
         Answer(Sent(1807),
@@ -94,6 +101,7 @@ class AccountListProbe : public testing::Test {
         R"({"1001|7|1":{"Password":"pw1","TxPassword":"tx1"},"1002|7|1":{"Password":"pw2"}})";
     std::string orderText;              // of the settings file
     std::vector<std::string> luaCalls;  // "method params"
+    std::function<void(const CUIData& params)> onAsk = [](const CUIData&) {};
     std::unique_ptr<CAccountList> list;
 
   private:
@@ -104,6 +112,7 @@ class AccountListProbe : public testing::Test {
         if (method == "get_passInfo") request.SetData("result", passInfo);
         if (method == "get_ProductInfo") request.SetData("result", "[\"products\"]");
         if (!method.empty()) luaCalls.push_back(method + ' ' + params.GetDataString("params"));
+        onAsk(params);
     }
 };
 

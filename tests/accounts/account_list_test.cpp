@@ -151,64 +151,26 @@ struct UploadCase {
     const char* name;
     const wchar_t* cipher;
     bool isPbMode;
-    std::vector<std::vector<std::string>> accounts;
-    std::string passInfo;
-    std::string state;  // of the last account
-    std::string row;    // what of it goes out: password and the ordinary account's
+    Rows accounts;
+    std::string passInfo, state,
+        row;  // of the last account; the row: password and the ordinary account's, "-" is none
 };
 const std::string kCipherText = std::string(171, 'x') + "=";
+constexpr const wchar_t *kModule = L"accounts_test_cipher.dll", *kNoModule = L"no_such_cipher.dll";
+const std::string kPassword = R"({"1|7|1":{"Password":"pw"}})", kOnCredit = R"({"1|7|2":{"Password":"pw"}})";
+// clang-format off
 const UploadCase kUploads[] = {
-    {"no password", L"accounts_test_cipher.dll", false, {ListRow("1")}, "{}", "0密码为空", "-"},
-    {"too long",
-     L"accounts_test_cipher.dll",
-     false,
-     {ListRow("1")},
-     R"({"1|7|1":{"Password":"fail"}})",
-     "0密码加密失败",
-     "-"},
-    {"no module",
-     L"no_such_cipher.dll",
-     false,
-     {ListRow("1")},
-     R"({"1|7|1":{"Password":"pw"}})",
-     "0密码加密失败",
-     "-"},
-    {"encrypted before",
-     L"no_such_cipher.dll",
-     false,
-     {ListRow("1")},
-     R"({"1|7|1":{"Password":")" + kCipherText + "\"}}",
-     "0待验证",
-     "xxxx,,"},
-    {"credit",
-     L"accounts_test_cipher.dll",
-     false,
-     {ListRow("1", "2")},
-     R"({"1|7|2":{"Password":"pw"}})",
-     "0待验证",
-     "ppww,,"},
-    {"credit alone",
-     L"accounts_test_cipher.dll",
-     true,
-     {ListRow("1", "2")},
-     R"({"1|7|2":{"Password":"pw"}})",
-     "0未获取到信用账户对应的普通账户",
-     "-"},
-    {"credit, no other password",
-     L"accounts_test_cipher.dll",
-     true,
-     {ListRow("1"), ListRow("1", "2")},
-     R"({"1|7|2":{"Password":"pw"}})",
-     "0信用账户对应的普通账户密码为空",
-     "-"},
-    {"credit and ordinary",
-     L"accounts_test_cipher.dll",
-     true,
-     {ListRow("1"), ListRow("1", "2")},
-     R"({"1|7|1":{"Password":"or"},"1|7|2":{"Password":"pw"}})",
-     "0待验证",
-     "ppww,oorr,1T1"},
+    {"no password", kModule, false, {ListRow("1")}, "{}", "0密码为空", "-"},
+    {"too long", kModule, false, {ListRow("1")}, R"({"1|7|1":{"Password":"fail"}})", "0密码加密失败", "-"},
+    {"no module", kNoModule, false, {ListRow("1")}, kPassword, "0密码加密失败", "-"},
+    {"encrypted before", kNoModule, false, {ListRow("1")}, R"({"1|7|1":{"Password":")" + kCipherText + "\"}}", "0待验证", "xxxx,,"},
+    {"credit", kModule, false, {ListRow("1", "2")}, kOnCredit, "0待验证", "ppww,,"},
+    {"credit alone", kModule, true, {ListRow("1", "2")}, kOnCredit, "0未获取到信用账户对应的普通账户", "-"},
+    {"credit, no other password", kModule, true, {ListRow("1"), ListRow("1", "2")}, kOnCredit, "0信用账户对应的普通账户密码为空", "-"},
+    {"credit and ordinary", kModule, true, {ListRow("1"), ListRow("1", "2")},
+     R"({"1|7|1":{"Password":"or"},"1|7|2":{"Password":"pw"}})", "0待验证", "ppww,oorr,1T1"},
 };
+// clang-format on
 
 TEST_F(AccountList, OnlyCipherTextIsUploaded) {
     for (const UploadCase& each : kUploads) {
@@ -301,10 +263,11 @@ TEST_F(AccountList, AnAccountIsAddedAndDeleted) {
         ASSERT_EQ(account != nullptr, *each.state != '\0');
         if (!account) continue;
         EXPECT_EQ(States().back() + account->FundToken(), key + ':' + each.state);
-        EXPECT_THAT(luaCalls.back(),
-                    AllOf(testing::StartsWith(
-                              "save_passInfo {\"useraccount\":\"user\",\"accountList\":{\"1001|7|1\":"),
-                          HasSubstr(key + R"(":{"Password":"pw9","TxPassword":"","DynamicPassword":""})")));
+        EXPECT_THAT(
+            luaCalls.back(),
+            testing::AllOf(
+                testing::StartsWith("save_passInfo {\"useraccount\":\"user\",\"accountList\":{\"1001|7|1\":"),
+                HasSubstr(key + R"(":{"Password":"pw9","TxPassword":"","DynamicPassword":""})")));
 
         EXPECT_TRUE(list->DeleteAccount(Values({{"accountkey", key}})));
         EXPECT_EQ(RowsOf(Sent(1048)).GetItemText(0, "account_code"), "9");
@@ -331,8 +294,10 @@ TEST_F(AccountList, AnAccountIsAddedAndDeleted) {
 TEST_F(AccountList, PortfoliosAreAdded) {
     Load({ListRow("1001")});
     service.Lines();
-    list->AddPortfolio(Values({{"AccountKey", "1001|7|1"}, {"portfolio_name", "新"}, {"balance", "10"}}));
+    list->AddPortfolio(Values(
+        {{"AccountKey", "1001|7|1"}, {"portfolio_name", "新"}, {"balance", "10"}, {"password", "pw"}}));
     EXPECT_EQ(FakeHost::Params(Sent(1127)).GetDataString("balance"), "10");
+    EXPECT_FALSE(FakeHost::Params(Sent(1127)).Has("password"));
     Answer(Sent(1127), MakeTable({"portfolio_id", "portfolio_name", "fund_token", "is_default"},
                                  {{"p2", Gbk("新"), "T2", "1"}, {"p3", "c", "T3", "0"}}));
     EXPECT_EQ(list->Find("1001|7|1")->FundToken(), "T2");
@@ -354,14 +319,107 @@ TEST_F(AccountList, AChangeNoticeAsksForTheWholeList) {
     EXPECT_EQ(list->All().size(), 1U);
 }
 
+// One of them: a logged-out account has none in memory, and the host keeps the other.
 TEST_F(AccountList, PasswordsThatWereEnteredAgainAreRemembered) {
     Load({ListRow("1001")});
+    list->Logout(Values({{"accountkey", "1001|7|1"}}));
+    AnswerAccount(1032);
+    EXPECT_TRUE(list->Find("1001|7|1")->Password(AccountField::kTxPassword).IsEmpty());
     list->EditPassword(Values({{"accountkey", "1001|7|1"}, {"password", "new"}}));
-    const CQueueRespData answer = ServiceProbe::WithTable(
-        ServiceProbe::AnswerTo(Sent(1808)), MakeTable({"account_name", "error_code"}, {{"N", "0"}}));
-    list->Find("1001|7|1")->OnResponse(&answer);
-    EXPECT_THAT(luaCalls.back(), HasSubstr(R"("1001|7|1":{"Password":"new")"));
+    EXPECT_EQ(RowsOf(Sent(1808)).GetItemText(0, "institution_id"), "i1");
+    AnswerAccount(1808, MakeTable({"account_name", "error_code"}, {{"N", "0"}}));
+    EXPECT_THAT(luaCalls.back(),
+                HasSubstr(R"("1001|7|1":{"Password":"new","TxPassword":"tx1","DynamicPassword":""})"));
     EXPECT_EQ(service.Events().back(), "edit_password_success MODULE_ACCOUNT 1001|7|1");
+}
+
+TEST_F(AccountList, WhatAQuerySaysIsNotLostToWhatIsConfirmedMeanwhile) {
+    Load({ListRow("1001")});
+    auto renamed = ListRow("1001");
+    renamed[2] = "Renamed", renamed[7] = "0";
+    list->Query();
+    AnswerUpload({{"T1001", "", "", "", "0"}});  // says nothing of what rows say
+    Answer(Sent(1033), MakeTable(kListColumns, {renamed}));
+    EXPECT_EQ(list->Find("1001|7|1")->Get(AccountField::kAccountName), "Renamed");
+
+    list->Query();
+    list->Bind(Values({{"accountkey", "1001|7|1"}}));
+    EXPECT_EQ(FakeHost::Params(Sent(1036)).GetDataString("useraccount"), "user");
+    AnswerAccount(1036);
+    renamed[2] = "Again";
+    const auto queries = CountSent(1033);
+    Answer(Sent(1033), MakeTable(kListColumns, {renamed}));  // perhaps from before
+    EXPECT_TRUE(list->Find("1001|7|1")->IsBound());
+    ASSERT_EQ(CountSent(1033), queries + 1) << "and so it is asked again";
+    renamed[7] = "1";
+    Answer(Sent(1033), MakeTable(kListColumns, {renamed}));
+    EXPECT_EQ(list->Find("1001|7|1")->Get(AccountField::kAccountName), "Again");
+    EXPECT_EQ(CountSent(1033), queries + 1);
+}
+
+TEST_F(AccountList, RequestsOfAccountsThatGoEndAsFailed) {
+    for (const bool isDeleted : {true, false}) {
+        Load({ListRow("1001"), ListRow("1002")});
+        list->Edit(Values({{"accountkey", "1001|7|1"}}));
+        list->Logout(Values({{"accountkey", "1001|7|1"}}));
+        service.events.clear();
+        if (isDeleted) {
+            list->DeleteAccount(Values({{"accountkey", "1001|7|1"}}));
+            AnswerJson(Sent(1048), "{}");
+        } else {
+            Load({ListRow("1002")});
+        }
+        AnswerAccount(1049);  // nobody is there
+        EXPECT_THAT(service.Events(),
+                    testing::AllOf(
+                        testing::Contains("edit_account_failed MODULE_ACCOUNT 1001|7|1 -8989 账户不存在！"),
+                        testing::Contains("logout_account_failed MODULE_ACCOUNT 1001|7|1 -8989 账户不存在！"),
+                        testing::SizeIs(isDeleted ? 3 : 4)));
+    }
+}
+
+uint64_t g_now = 0;
+
+TEST_F(AccountList, RequestsThatNobodyAnswersAreGivenUp) {
+    CAccountRequester::SetClock([] { return g_now; });
+    list->Query();
+    g_now += CAccountRequester::kPatience;
+    const CQueueReqItem first = Sent(1033);
+    list->Query();
+    EXPECT_THAT(service.Events(),
+                ElementsAre("initialize_finished MODULE_ACCOUNT_LIST",
+                            "account_refresh_failed MODULE_ACCOUNT_LIST -8989 没有收到应答！"));
+    Answer(Sent(1033), MakeTable(kListColumns, {ListRow("1001"), ListRow("1002")}));
+    Answer(first, MakeTable(kListColumns, {}));
+    EXPECT_EQ(list->All().size(), 2U) << "too late";
+    service.events.clear();
+
+    // The passwords go with the request.
+    list->EditPassword(Values({{"accountkey", "1001|7|1"}, {"password", "new"}}));
+    g_now += CAccountRequester::kPatience;
+    list->Logout(Values({{"accountkey", "1002|7|1"}}));
+    EXPECT_THAT(service.Events(),
+                testing::Contains("edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 没有收到应答！"));
+    AnswerAccount(1808, MakeTable({"error_code"}, {{"0"}}));
+    EXPECT_EQ(list->Find("1001|7|1")->Get(AccountField::kPassword), "pw1");
+    for (size_t i = 0; i <= CAccountRequester::kMaxUnanswered; ++i) list->SaveOrder();
+    EXPECT_EQ(list->PendingRequests(), CAccountRequester::kMaxUnanswered);
+    EXPECT_EQ(list->Find("1002|7|1")->PendingRequests(), 0U);
+    CAccountRequester::SetClock(nullptr);
+}
+
+TEST_F(AccountList, TheHostMayEndTheListWhileItAsks) {
+    for (const char* const ending : {"get_ProductInfo", "get_passInfo", "save_passInfo", "PortfolioOrder"}) {
+        AccountOrder::ReadAgain();
+        MakeList(kModule);
+        onAsk = [&](const CUIData& params) {
+            if (params.GetDataText("method") == ending || params.GetDataText("Key") == ending) list.reset();
+        };
+        Load({ListRow("1001")});
+        if (list) list->AddAccount(Values({{"account_code", "9"}, {"password", "pw9"}}));
+        if (list) AnswerJson(Sent(1047), kAdds[0].json);
+        EXPECT_EQ(list, nullptr) << ending;
+    }
 }
 
 }  // namespace

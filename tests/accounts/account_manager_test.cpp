@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 
@@ -100,7 +101,7 @@ class AccountManagerTest : public testing::Test, public AccountEvents {
     // AccountEvents
     AccountUser User() const override {
         AccountUser user;
-        user.name = "user";
+        user.name = userName;
         user.isPbMode = isPbMode;
         return user;
     }
@@ -143,6 +144,7 @@ class AccountManagerTest : public testing::Test, public AccountEvents {
     ServiceProbe service;
     Lines heard;
     std::string topics;
+    std::string userName = "user";
     bool isPbMode = false;
     int settingsRead = 0;
     std::function<void()> onPublish;
@@ -227,7 +229,8 @@ TEST_F(AccountManagerTest, EveryCommandDoesItsWorkAndAnswersBadArguments) {
         }
         EXPECT_EQ(got, row.heard) << row.name << row.params;
     }
-    EXPECT_EQ(Describe(FakeHost::Params(Sent(1036)).GetDataView("account_code")), "1");
+    const CUIData bound = FakeHost::Params(Sent(1036));
+    EXPECT_EQ(bound.GetDataString("account_code") + bound.GetDataString("useraccount"), "1user");
     EXPECT_FALSE(manager->Execute("dance", CUIData()));
 }
 
@@ -288,7 +291,9 @@ TEST_F(AccountManagerTest, PagesSubscribersAndHostHearOfEveryEventOnce) {
     EXPECT_EQ(
         HeardOf([&] { AnswerJson(1808, R"({"code":"17","message":"密码错误"})", false); }),
         Lines{R"(K u {"result":{"success":false,"code":"17","message":"登陆账户密码错误","data":{}}})"});
-    service.Lines();
+    const std::string line =
+        R"(account:MODULE_ACCOUNTMANAGER{"accountkey":"1|7|1","code":"17","msg":"登陆账户密码错误"})";
+    EXPECT_EQ(std::ranges::count(service.Lines(), line), 1);
     EXPECT_EQ(settingsRead, 1);
 
     Command("logoutAccount", R"({"accountkey":"1|7|1"})");
@@ -322,6 +327,38 @@ TEST_F(AccountManagerTest, LostSessionsAreToldWithoutAnAsker) {
     heard.clear();
     Message(R"({"cmd":"getGroupList"})");
     EXPECT_EQ(Starts(heard), Lines{"UnKnowKey_Ret "});
+}
+
+// Another user has lists of his own. What was under way for the one before ends.
+TEST_F(AccountManagerTest, NothingOfAUserReachesTheNext) {
+    Start();
+    AnswerTable(1807, MakeTable({"fund_token", "error_code"}, {{"T1", "0"}}));
+    const auto tick = [&] { manager->Execute(std::string(CAccountManager::kOnlineCommand), CUIData()); };
+    tick();
+    manager->OnUser();  // the same again
+    Command("editAccount", R"({"accountkey":"1|7|1","accountmark":"m"})");
+    manager->Accounts().Query();
+    manager->Groups().Query();
+    const CQueueReqItem accounts = Sent(1033), groups = Sent(1035), edit = Sent(1049);
+    userName = "next";
+    const Lines lines = HeardOf([&] { manager->OnUser(); });
+    EXPECT_EQ(Starts(lines), (Lines{"K u ", "ClientAccountChanged ", "CLIENT_ACCOUNTGROUP_CHANGED ",
+                                    "push AccountGroup ", "timer 1128", "ask 1035", "ask 1033"}));
+    EXPECT_EQ(lines[0], Refused("用户已切换！"));
+    EXPECT_EQ(lines[1], R"(ClientAccountChanged {"clientaccounts":[],"clientgroups":[]})");
+    EXPECT_EQ(HeardOf(tick), Lines{"push AccountOnline "});
+    EXPECT_EQ(FakeHost::Params(Sent(1033)).GetDataString("useraccount"), "next");
+
+    const CDataTable old = MakeTable({"account_code", "broker_id", "trade_type"}, {{"1", "7", "1"}});
+    heard.clear();
+    Deliver(ServiceProbe::WithTable(ServiceProbe::AnswerTo(accounts), old), accounts);
+    Deliver(ServiceProbe::WithTable(ServiceProbe::AnswerTo(groups), MakeTable({"groupid"}, {{"g"}})), groups);
+    Deliver(ServiceProbe::AnswerTo(edit), edit);
+    EXPECT_EQ(heard, Lines{});
+    EXPECT_TRUE(manager->Accounts().All().empty() && manager->Groups().All().empty());
+    AnswerTable(1033, old);
+    EXPECT_EQ(manager->Accounts().All().begin()->second->Get(AccountField::kPassword), "planted")
+        << "as the host remembers it for him";
 }
 
 // What hears may end everything: the sanitizers would tell.

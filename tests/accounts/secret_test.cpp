@@ -1,95 +1,80 @@
-#include <gmock/gmock.h>
+#include "accounts/secret.h"
 
-#include <cstdlib>
-#include <cstring>
+#include <gtest/gtest.h>
+
 #include <functional>
-#include <new>
+#include <string>
 #include <utility>
 #include <vector>
 
-#include "accounts/secret.h"
-
-namespace {
-
-constexpr std::string_view kCanary = "planted-secret-0123456789";
-int g_freed = 0, g_freedWithCanary = 0;
-
-struct alignas(16) BlockSize {
-    size_t bytes;
-};
-
-}  // namespace
-
-// Every array that is freed in this program is searched for the canary.
-void* operator new[](size_t bytes) {
-    auto* const block = static_cast<BlockSize*>(std::malloc(sizeof(BlockSize) + bytes));
-    if (!block) throw std::bad_alloc();
-    block->bytes = bytes;
-    return block + 1;
-}
-
-void operator delete[](void* memory) noexcept {
-    if (!memory) return;
-    BlockSize* const block = static_cast<BlockSize*>(memory) - 1;
-    const std::string_view text(static_cast<const char*>(memory), block->bytes);
-    g_freed += block->bytes == kCanary.size();
-    g_freedWithCanary += text.find(kCanary.substr(4, 12)) != std::string_view::npos;
-    std::free(block);
-}
-
-void operator delete[](void* memory, size_t) noexcept { operator delete[](memory); }
+#include "accounts/account_request.h"
 
 namespace luadui {
 namespace {
 
+constexpr std::string_view kCanary = "planted-secret-0123456789";
+int g_wiped = 0, g_left = 0;
+
 TEST(Secret, LeavesNothingBehind) {
-    const std::pair<const char*, std::function<void(Secret)>> cases[] = {
-        {"destroyed", [](Secret secret) { EXPECT_EQ(secret.View(), kCanary); }},
-        {"wiped",
-         [](Secret secret) {
-             secret.Wipe();
-             EXPECT_TRUE(secret.IsEmpty());
-         }},
-        {"set",
-         [](Secret secret) {
-             secret.Set("x");
-             EXPECT_EQ(secret.View(), "x");
-         }},
-        {"set to a part of itself", [](Secret secret) { secret.Set(secret.View().substr(3)); }},
-        {"assigned",
-         [](Secret secret) {
-             Secret other("x");
-             other = secret;
-             secret = Secret("y");
-         }},
-        {"assigned to itself",
-         [](Secret secret) {
-             Secret& same = secret;
-             secret = same;
-             EXPECT_EQ(secret.View(), kCanary);
-         }},
-        {"moved",
-         [](Secret secret) {
-             const Secret other(std::move(secret));
-             EXPECT_EQ(other.View(), kCanary);
-         }},
+    struct Case {
+        const char* name;
+        std::function<std::string(Secret)> use;  // answers what a secret holds afterwards
+        std::string_view left;
+    };
+    const auto textOf = [](const Secret& secret) { return std::string(secret.View()); };
+    const Case cases[] = {
+        {"destroyed", textOf, kCanary},
+        {"wiped", [&](Secret secret) { return secret.Wipe(), textOf(secret); }, ""},
+        {"set", [&](Secret secret) { return secret.Set("x"), textOf(secret); }, "x"},
+        {"set to a part", [&](Secret secret) { return secret.Set(secret.View().substr(3)), textOf(secret); },
+         kCanary.substr(3)},
+        {"assigned", [&](Secret secret) { return textOf(secret = Secret(Secret("x") = secret)); }, kCanary},
+        {"assigned to itself", [&](Secret secret) { return textOf(secret = *&secret); }, kCanary},
+        {"moved", [&](Secret secret) { return textOf(Secret(std::move(secret))); }, kCanary},
         {"in a growing vector",
-         [](Secret secret) {
+         [&](Secret secret) {
              std::vector<Secret> all;
              for (int i = 0; i < 9; ++i) all.push_back(secret);
-         }},
-    };
-    for (const auto& [name, use] : cases) {
-        g_freed = g_freedWithCanary = 0;
-        use(Secret(kCanary));
-        EXPECT_GT(g_freed, 0) << name;
-        EXPECT_EQ(g_freedWithCanary, 0) << name;
+             return textOf(all[0]);
+         },
+         kCanary}};
+    Secret::SetWitness([](std::string_view memory) {
+        ++(memory.find_first_not_of('\0') == std::string_view::npos ? g_wiped : g_left);
+    });
+    for (const auto& [name, use, left] : cases) {
+        g_wiped = g_left = 0;
+        EXPECT_EQ(use(Secret(kCanary)), left) << name;
+        EXPECT_GT(g_wiped, 0) << name;
+        EXPECT_EQ(g_left, 0) << name;
     }
-    char* const plain = new char[kCanary.size()];
-    std::memcpy(plain, kCanary.data(), kCanary.size());
-    asm volatile("" : : "r"(plain) : "memory");
-    delete[] plain;
-    EXPECT_EQ(g_freedWithCanary, 1) << "the search finds what was not wiped";
+    Secret::SetWitness(nullptr);
+}
+
+template <class Values>
+void ExpectWiped(Values values, std::string_view text) {
+    {
+        const WipedAtEnd wiped(values);
+        EXPECT_EQ(text, kCanary);
+    }
+    EXPECT_EQ(text, std::string(kCanary.size(), '*')) << "where it lay";
+}
+
+TEST(Secret, RecordsLoseTheirPasswordsInPlace) {
+    CUIData record;
+    record.SetData("account_code", "1");
+    record.SetData("txpassword", kCanary);
+    const CUIData shared = record;
+    const std::string_view text = record.GetDataText("txpassword");
+    WipePasswords(record);
+    EXPECT_EQ(text, kCanary) << "somebody else has it";
+    EXPECT_EQ(record.GetDataText("account_code"), "1");
+    CUIData own;
+    own.SetData("password", kCanary);
+    CJsonObject json;
+    json.Set("Password", kCanary);
+    const std::string_view inOwn = own.GetDataText("password"), inJson = json.GetText("Password");
+    ExpectWiped(std::move(own), inOwn);
+    ExpectWiped(std::move(json), inJson);
 }
 
 }  // namespace

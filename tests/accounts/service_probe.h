@@ -27,7 +27,8 @@ class ServiceProbe : public ResultEventSink, public ElkSink {
     std::vector<ResultEvent> events;
     std::function<void(const ResultEvent&)> onEvent = [](const ResultEvent&) {};
 
-    // What was logged since the last call, in UTF-8: "account:text", "error:text", the detail after "=".
+    // What was logged since the last call, in UTF-8: "account:text", "error:text", the detail after "="; lines of another kind
+    // with module and fields.
     std::vector<std::string> Lines() {
         m_lines.clear();
         while (CDataManager::Instance().ShipELK() > 0) {
@@ -83,9 +84,10 @@ class ServiceProbe : public ResultEventSink, public ElkSink {
             CJsonObject fields;
             fields.Parse(table.GetItemText(row, "Fields"));
             const bool isError = table.GetItemText(row, "LogSource") == "client@_error";
-            std::string line = (isError ? "error:" : "account:") + GbkToUtf8(fields.GetText("message"));
-            if (fields.Has("detail")) line += '=' + GbkToUtf8(fields.GetText("detail"));
-            m_lines.push_back(line);
+            std::string line = (isError ? "error:" : "account:") + std::string(fields.GetText("message"));
+            if (fields.Has("detail")) line += '=' + std::string(fields.GetText("detail"));
+            if (!fields.Has("message")) line += table.GetItemText(row, "Module") + fields.ToText();
+            m_lines.push_back(GbkToUtf8(line));
         }
         return true;
     }
