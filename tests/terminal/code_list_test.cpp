@@ -45,8 +45,10 @@ class CodeListTest : public testing::Test {
     }
     void MakeDatabase(const std::string& csv) const {
         Write("list.csv", luadui::GbkToUtf8(csv));
-        Write("make.lua", "assert(require('market_database').make([[" + Path("market.db") + "]], [[" +
-                              Path("list.csv") + "]], 0)) return true");
+        Write("make.lua",
+              "local database = require 'market_database'\n"
+              "return assert(database.make([[" +
+                  Path("market.db") + "]], assert(database.read([[" + Path("list.csv") + "]], 0))))");
         LuaState state(m_options);
         std::string error;
         ASSERT_TRUE(state.RunFile(Path("make.lua"), error)) << error;
