@@ -1,5 +1,5 @@
-// Any bytes as a reply about the code list: what comes out is sound, within the limits, reads back as itself, and does
-// not depend on rows of other lines.
+// Any bytes as a reply about the code list: what comes out is sound, within the limits, reads back as itself,
+// and does not depend on rows of other lines.
 #include <cstdint>
 #include <cstdlib>
 #include <string>

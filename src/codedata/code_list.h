@@ -1,10 +1,10 @@
 // The code list as the host's market database answers it: text, taken apart into records.
 //
-// One row a security, four fields a row: code, name, market id and phonetic initials. A field stands in double quotes or
-// between "[[" and "]]"; "&#032;" in it is a blank, and "&#" with three other digits and ";" the ASCII character of that
-// number. Rows end at a line break, a brace or the end; what stands between fields and rows may be commas, semicolons
-// and blanks, so that the text of a Lua table reads as well. Text is code page 936 and read by character: a second byte
-// is no quote, bracket or brace.
+// One row a security, four fields a row: code, name, market id and phonetic initials. A field stands in
+// double quotes or between "[[" and "]]"; "&#032;" in it is a blank, and "&#" with three other digits and ";"
+// the ASCII character of that number. Rows end at a line break, a brace or the end; what stands between
+// fields and rows may be commas, semicolons and blanks, so that the text of a Lua table reads as well. Text
+// is code page 936 and read by character: a second byte is no quote, bracket or brace.
 #pragma once
 
 #include <cstddef>
@@ -31,18 +31,19 @@ struct CodeListLimits {
 // The rows of one reply, in its order; doubled ones stay. Threads: one at a time; const calls any.
 class CodeList {
   public:
-    // How long fields may be, in bytes. Rows with a longer code are dropped, longer names and phonetics are cut at a character.
+    // How long fields may be, in bytes. Rows with a longer code are dropped, longer names and phonetics are
+    // cut at a character.
     static constexpr size_t kMaxCode = 31, kMaxMarket = 5, kMaxName = 127, kMaxPhonetic = 255;
 
     CodeList() = default;
     CodeList(CodeList&&) = default;  // records stay valid
     CodeList& operator=(CodeList&&) = default;
 
-    // Reads a reply, which may go afterwards, in time and memory in proportion to its size, up to the limits. Rows that
-    // are no security (not four fields, text between fields, a quote that is not closed, a bad code or market) are
-    // dropped and counted as "code_list_row_refused"; the rows of other lines stay. What else counts: "code_list_cut"
-    // once when a limit was met, "code_list_text_cut" a name or phonetic that was too long, "code_list_text_replaced"
-    // a row with bytes that are no character (each becomes '?').
+    // Reads a reply, which may go afterwards, in time and memory in proportion to its size, up to the limits.
+    // Rows that are no security (not four fields, text between fields, a quote that is not closed, a bad code
+    // or market) are dropped and counted as "code_list_row_refused"; the rows of other lines stay. What else
+    // counts: "code_list_cut" once when a limit was met, "code_list_text_cut" a name or phonetic that was too
+    // long, "code_list_text_replaced" a row with bytes that are no character (each becomes '?').
     static CodeList Parse(std::string_view reply, const CodeListLimits& limits = {});
 
     const std::vector<CodeRecord>& Records() const { return m_records; }

@@ -26,8 +26,8 @@ class LUADUI_API CDataManager {
   public:
     static CDataManager& Instance();
 
-    // Markets (data_manager_markets.cpp; the tables: codedata/market_map.h). Ids are texts such as "17". Until
-    // InitMarketMap has run no market is known.
+    // Markets (data_manager_markets.cpp; the tables: codedata/market_map.h). Ids are texts such as "17".
+    // Until InitMarketMap has run no market is known.
     static void InitMarketMap();
     // The short name; "NULL" when there is none.
     static std::string GetMarket(std::string_view id);
@@ -35,12 +35,13 @@ class LUADUI_API CDataManager {
     static int GetMarketNew(std::string_view id);
     // How many markets have a name.
     static int GetMarketMapSize();
-    // The first code of the market's exchange ("1" Shenzhen, "2" Shanghai, "6" STAR); `id` itself when no exchange has it.
+    // The first code of the market's exchange ("1" Shenzhen, "2" Shanghai, "6" STAR); `id` itself when no
+    // exchange has it.
     static std::string GetMarketID(std::string_view id);
 
     // The records of the securities with just this code, one for each market of a family that lists it
-    // (codedata/zqdm_info.h). Each goes into `out` under "code:market"; what else `out` holds stays. They answer how many
-    // there were. A list that is being loaded is waited for as in the lookups below.
+    // (codedata/zqdm_info.h). Each goes into `out` under "code:market"; what else `out` holds stays. They
+    // answer how many there were. A list that is being loaded is waited for as in the lookups below.
     static int GetCodeInfoFromList(std::string_view code, CUIData& out);      // every market
     static int GetCodeInfoFromListBase(std::string_view code, CUIData& out);  // shares: 17 18 33 34 145 146
     static int GetETFCodeInfoFromList(std::string_view code, CUIData& out);  // exchange-traded funds in 20 36
@@ -49,24 +50,24 @@ class LUADUI_API CDataManager {
     static int GetSGgtCodeInfoFromList(std::string_view code, CUIData& out);  // by way of Shenzhen: 73 76
     static int GetGzCodeInfoFromList(std::string_view code, CUIData& out);    // bonds and repo: 19 35
 
-    // The host's word that its code list changed. Whatever it says changed, the whole list is asked for again in the
-    // background, from where the last load had it; until that is there the old list answers.
+    // The host's word that its code list changed. Whatever it says changed, the whole list is asked for again
+    // in the background, from where the last load had it; until that is there the old list answers.
     void Update_CodeList(uint16_t reason, uint32_t market, uint32_t first, uint32_t last);
     // Loading (codedata/code_loader.h).
 
-    // Loads the list in the background from the source at `path` (code page 936; empty: the host's own). Every call is a
-    // load of its own, one after the other. False when no thread could be started.
+    // Loads the list in the background from the source at `path` (code page 936; empty: the host's own).
+    // Every call is a load of its own, one after the other. False when no thread could be started.
     static bool InitKeyFairy(const std::string& path);
-    // Adds the exchange-traded funds of a table that a page got from the server, so that lookups and search boxes find
-    // them: columns "stock_code" or "SecurityID", "stock_name" or "SecurityName", "stock_marketid" or "Market", and, if
-    // there, "stock_phonetic". A market is an id or an exchange code, which stands for the exchange's market of funds
-    // ("20" or "36"). Nothing that is there is replaced: what the list has, now or after a later load, stays as it
-    // is. Answers how many were added; lookups find them some moments later. Rows without code or market count as
-    // "code_list_row_unusable".
+    // Adds the exchange-traded funds of a table that a page got from the server, so that lookups and search
+    // boxes find them: columns "stock_code" or "SecurityID", "stock_name" or "SecurityName", "stock_marketid"
+    // or "Market", and, if there, "stock_phonetic". A market is an id or an exchange code, which stands for
+    // the exchange's market of funds ("20" or "36"). Nothing that is there is replaced: what the list has,
+    // now or after a later load, stays as it is. Answers how many were added; lookups find them some moments
+    // later. Rows without code or market count as "code_list_row_unusable".
     static int InitETFKeyFairy(const CDataTable& funds);
 
-    // The keyboard wizard. What a search key is: codedata/code_book.h. A lookup waits for a load that InitKeyFairy
-    // ordered (how long: codedata/code_loader.h); texts that are not found are empty.
+    // The keyboard wizard. What a search key is: codedata/code_book.h. A lookup waits for a load that
+    // InitKeyFairy ordered (how long: codedata/code_loader.h); texts that are not found are empty.
 
     // 1 when some search key contains the upper-cased query, else 0. An empty query is in none.
     static int isFindCodeFromKeyFairy(const CDuiString& query);
@@ -75,16 +76,18 @@ class LUADUI_API CDataManager {
     static CDuiString GetMarketCodeFromKeyFairy(const CDuiString& query);
     // The short name of the first such entry whose market is exactly `market`.
     static CDuiString GetZqmcFromKeyFairy(const CDuiString& query, const CDuiString& market);
-    // The short name of the security with just this code, upper and lower case being different, and its market; of several
-    // that of the market that the code list query names first. `market` is unchanged when there is none.
+    // The short name of the security with just this code, upper and lower case being different, and its
+    // market; of several that of the market that the code list query names first. `market` is unchanged when
+    // there is none.
     static CDuiString GetZqmcFromZqdmFairy(const CDuiString& code, CDuiString& market);
     // How many entries there are.
     static int Get_KeyFairy_Size();
-    // Up to `max` securities for a search box, best first, with what matched (codedata/code_candidates.h). Does not wait.
+    // Up to `max` securities for a search box, best first, with what matched (codedata/code_candidates.h).
+    // Does not wait.
     static std::vector<CodeCandidate> FindCandidates(const CDuiString& query, size_t max);
 
-    // The short name of the security with this code in this market, which is an id or, when the code has no entry with that
-    // id, an exchange code.
+    // The short name of the security with this code in this market, which is an id or, when the code has no
+    // entry with that id, an exchange code.
     static CDuiString GetZqmcFromFairy(const CDuiString& code, const CDuiString& market);
     // The market id of the security with this code and short name.
     static CDuiString GetMarketByCodeAndZQMC(const CDuiString& code, const CDuiString& name);

@@ -11,7 +11,8 @@
 namespace luadui {
 namespace {
 
-// Which securities belong: those of these markets, ids between blanks, and where asked for only some types of them.
+// Which securities belong: those of these markets, ids between blanks, and where asked for only some types of
+// them.
 struct Family {
     std::string_view markets;  // empty: every one
     bool (*takes)(StockType type) = nullptr;

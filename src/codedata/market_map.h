@@ -13,7 +13,8 @@ struct MarketType {
     std::string_view id;
     int type;
 };
-// A code under which counters and servers know an exchange, and the market ids between blanks that it stands for.
+// A code under which counters and servers know an exchange, and the market ids between blanks that it stands
+// for.
 struct ExchangeCode {
     std::string_view code, markets;
 };

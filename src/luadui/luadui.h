@@ -37,11 +37,11 @@ LUADUI_API int luaopen_luadui(struct lua_State* L);
 // 0 when the thread could not be created.
 LUADUI_API unsigned int start_dui_thread(void);
 
-// Tells that the host's code list changed, as the host was told it: `reason` is the kind of the host's notice, `market`
-// the id of the market that changed (0: all), `first` and `last` the changed rows of its list, counted from 0. Any values
-// will do, since none of them narrows anything: the whole list is asked for again in the background, from where the last
-// load had it, and until it is there the old one answers. Notices that come during a load lead to one more load. Before
-// the first load nothing happens. Always 0, at once.
+// Tells that the host's code list changed: `reason` is the kind of the host's notice, `market` the id of the
+// market concerned, `first` and `last` the rows of its list. Any values will do, since none of them narrows
+// anything: the whole list is asked for again in the background, from where the last load had it, and until it
+// is there the old one answers. Notices that come during a load lead to one more load. Before the first load
+// nothing happens. Always 0, at once.
 LUADUI_API int handle_keyboard_callback(uint16_t reason, uint32_t market, uint32_t first, uint32_t last);
 
 // Loads the code list in the background: the request-sync callback is asked for it on a thread of its own, with `path`

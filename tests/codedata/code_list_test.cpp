@@ -69,8 +69,8 @@ TEST(CodeList, ReadsWhatIsSoundAndCountsTheRest) {
     }
 }
 
-// Every pair of bytes at the end of a name: characters come through, whatever their second byte looks like, and broken ones
-// swallow no quote.
+// Every pair of bytes at the end of a name: characters come through, whatever their second byte looks like,
+// and broken ones swallow no quote.
 TEST(CodeList, ReadsEveryCharacterAndSurvivesEveryOtherPair) {
     const std::string other = "2/b/17/B\n";
     for (int pair = 0; pair < 0x10000; ++pair) {

@@ -1,4 +1,5 @@
-// The way of a security from the CSV file through the market database and the Lua interface into the library's code list.
+// The way of a security from the CSV file through the market database and the Lua interface into the
+// library's code list.
 #include <gtest/gtest.h>
 #include <filesystem>
 #include <fstream>
