@@ -13,11 +13,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 CUIData About(const std::string& groupId, const std::string& accountId = "") {
-    CUIData values;
-    values.SetData("groupid", groupId);
-    values.SetData("groupname", "G" + groupId);
-    values.SetData("grouptype", "1");
-    values.SetData("issimulate", "0");
+    CUIData values = ServiceProbe::Values(
+        {{"groupid", groupId}, {"groupname", "G" + groupId}, {"grouptype", "1"}, {"issimulate", "0"}});
     if (!accountId.empty()) values.SetData("accountid", accountId);
     return values;
 }
@@ -26,22 +23,14 @@ class AccountGroupTest : public testing::Test {
   protected:
     AccountGroupTest() { m_groups.SetUserAccount("user"); }
 
-    // Answers a request, when its object is still there.
-    void Answer(const CQueueReqItem& request, bool isGood = true, const CDataTable& table = CDataTable()) {
-        auto* const object =
-            dynamic_cast<CRequestBase*>(CBaseObject::Find(std::stoi(request.GetDataString("From"))));
-        const CQueueRespData response =
-            ServiceProbe::WithTable(ServiceProbe::AnswerTo(request, isGood), table);
-        if (object) object->OnResponse(&response);
-    }
     void AnswerLast(bool isGood = true, const CDataTable& table = CDataTable()) {
-        Answer(CQueueReqItem(m_service.host.pushed.back()), isGood, table);
+        service.Answer(CQueueReqItem(service.host.pushed.back()), table, isGood);
     }
     void Make(const std::string& groupId) {
         ASSERT_TRUE(m_groups.AddGroup(About(groupId)));
         AnswerLast();
-        m_service.Events();
-        m_service.Lines();
+        service.Events();
+        service.Lines();
     }
     static CDataTable Groups(const Rows& rows) {
         return MakeTable({"groupid", "groupname", "grouptype", "issimulate", "account"}, rows);
@@ -52,8 +41,8 @@ class AccountGroupTest : public testing::Test {
         return Describe(record);
     }
 
-    ServiceProbe m_service;
-    CAccountGroupList m_groups{m_service};
+    ServiceProbe service;
+    CAccountGroupList m_groups{service};
 };
 
 TEST_F(AccountGroupTest, LifeOfAGroup) {
@@ -87,25 +76,25 @@ TEST_F(AccountGroupTest, LifeOfAGroup) {
     };
     // clang-format on
     for (const Case& each : cases) {
-        const size_t sent = m_service.host.pushed.size();
+        const size_t sent = service.host.pushed.size();
         EXPECT_EQ(each.ask(), !each.request.empty());
-        ASSERT_EQ(m_service.host.pushed.size() - sent, each.request.empty() ? 0u : 1u);
+        ASSERT_EQ(service.host.pushed.size() - sent, each.request.empty() ? 0u : 1u);
         if (!each.request.empty()) {
-            EXPECT_EQ(m_service.LastRequest(), each.request);
+            EXPECT_EQ(service.LastRequest(), each.request);
             AnswerLast();
-            ASSERT_EQ(m_service.events.size(), 1u);
-            EXPECT_EQ(m_service.events[0].payload.ToText(), each.payload);
-            EXPECT_THAT(m_service.Events(), ElementsAre(each.event));
+            ASSERT_EQ(service.events.size(), 1u);
+            EXPECT_EQ(service.events[0].payload.ToText(), each.payload);
+            EXPECT_THAT(service.Events(), ElementsAre(each.event));
         }
         std::vector<std::string> lines;
         for (const std::string& line : each.lines) lines.push_back("account:" + line);
-        EXPECT_EQ(m_service.Lines(), lines);
+        EXPECT_EQ(service.Lines(), lines);
     }
     EXPECT_TRUE(m_groups.All().empty());
     EXPECT_FALSE(m_groups.AddAccount(About("g", "1001"))) << "no such group";
     EXPECT_TRUE(m_groups.AddGroup(About("")));
     EXPECT_THAT(
-        m_service.Events(),
+        service.Events(),
         ElementsAre("add_accountgroup_failed MODULE_ACCOUNTGROUP_LIST -8989 发送添加账户组请求失败！"));
 }
 
@@ -131,7 +120,7 @@ TEST_F(AccountGroupTest, MemberTextFollowsTheMembers) {
     };
     // clang-format on
     for (const Case& each : cases) {
-        CAccountGroup group(m_service, {"g", "", "", ""});
+        CAccountGroup group(service, {"g", "", "", ""});
         EXPECT_EQ(group.SetMembers(each.text), !each.result.empty()) << each.text;
         for (const std::string& step : each.steps) {
             const CUIData values = About("g", step.substr(1));
@@ -159,8 +148,8 @@ TEST_F(AccountGroupTest, AQueryIsTheWholeList) {
         R"(all=({"groupid":"kept","groupname":"K","grouptype":"3","issimulate":"0","accountlist":"[]"},)"
         R"({"groupid":"new","groupname":"M","grouptype":"2","issimulate":"1","accountlist":"[\"2\"]"}))");
     EXPECT_EQ(m_groups.Find("kept"), kept) << "its pending requests must find it";
-    EXPECT_EQ(m_service.events.at(0).payload.GetArray("clientgroups").Size(), 2u);
-    EXPECT_THAT(m_service.Events(), ElementsAre("qry_accountgroup_success MODULE_ACCOUNTGROUP_LIST"));
+    EXPECT_EQ(service.events.at(0).payload.GetArray("clientgroups").Size(), 2u);
+    EXPECT_THAT(service.Events(), ElementsAre("qry_accountgroup_success MODULE_ACCOUNTGROUP_LIST"));
 
     const std::string before = Text();
     m_groups.Query();
@@ -168,7 +157,7 @@ TEST_F(AccountGroupTest, AQueryIsTheWholeList) {
     m_groups.Query();
     AnswerLast(false);
     EXPECT_THAT(
-        m_service.Events(),
+        service.Events(),
         ElementsAre(
             "qry_accountgroup_failed MODULE_ACCOUNTGROUP_LIST -8989 获取应答数据生成表格失败！原始数据：",
             "qry_accountgroup_failed MODULE_ACCOUNTGROUP_LIST -8989 查询失败！"));
@@ -184,63 +173,63 @@ TEST_F(AccountGroupTest, AnswersThatCrossEndInTheServersState) {
     Make("g");
     // A query that was answered from what the server knew before the member came.
     m_groups.Query();
-    const CQueueReqItem query = m_service.host.pushed.back();
+    const CQueueReqItem query = service.host.pushed.back();
     m_groups.AddAccount(About("g", "1001"));
     AnswerLast();
-    Answer(query, true, Groups({{"g", "G", "1", "0", "[]"}}));
+    service.Answer(query, Groups({{"g", "G", "1", "0", "[]"}}));
     EXPECT_TRUE(m_groups.Find("g")->HasMember("1001"));
-    EXPECT_EQ(m_service.Events().size(), 1u) << "the query is not answered yet";
-    EXPECT_EQ(m_service.host.pushed.back().GetDataText("UUID"), query.GetDataText("UUID"));
+    EXPECT_EQ(service.Events().size(), 1u) << "the query is not answered yet";
+    EXPECT_EQ(service.host.pushed.back().GetDataText("UUID"), query.GetDataText("UUID"));
     AnswerLast(true, Groups({{"g", "G", "1", "0", "[\"1001\"]"}}));
-    EXPECT_THAT(m_service.Events(), ElementsAre("qry_accountgroup_success MODULE_ACCOUNTGROUP_LIST"));
+    EXPECT_THAT(service.Events(), ElementsAre("qry_accountgroup_success MODULE_ACCOUNTGROUP_LIST"));
 
     // The query's answer has the member already when the member's own answer comes, twice.
     m_groups.AddAccount(About("g", "1002"));
-    const CQueueReqItem add = m_service.host.pushed.back();
+    const CQueueReqItem add = service.host.pushed.back();
     m_groups.Query();
     AnswerLast(true, Groups({{"g", "G", "1", "0", "[\"1001\",\"1002\"]"}}));
-    Answer(add);
-    Answer(add);
+    service.Answer(add);
+    service.Answer(add);
     EXPECT_EQ(m_groups.Find("g")->MemberText(), "[\"1001\",\"1002\"]");
-    EXPECT_EQ(m_service.Events().size(), 2u);
+    EXPECT_EQ(service.Events().size(), 2u);
 
     // Deleted while a member is being added, deleted twice, and made twice.
     m_groups.AddAccount(About("g", "1003"));
-    const CQueueReqItem late = m_service.host.pushed.back();
+    const CQueueReqItem late = service.host.pushed.back();
     m_groups.DeleteGroup(About("g"));
-    const CQueueReqItem first = m_service.host.pushed.back();
+    const CQueueReqItem first = service.host.pushed.back();
     m_groups.DeleteGroup(About("g"));
     AnswerLast();
-    Answer(late);
-    Answer(first, false);
+    service.Answer(late);
+    service.Answer(first, CDataTable(), false);
     EXPECT_EQ(Text(), "all=()");
-    EXPECT_THAT(m_service.Events(),
+    EXPECT_THAT(service.Events(),
                 ElementsAre("delete_accountgroup_success MODULE_ACCOUNTGROUP_LIST",
                             "add_account_ingroup_failed MODULE_GROUP -8989 账户组不存在！",
                             "delete_accountgroup_failed MODULE_ACCOUNTGROUP_LIST -8989 删除失败！"));
     m_groups.AddGroup(About("g"));
-    const CQueueReqItem again = m_service.host.pushed.back();
+    const CQueueReqItem again = service.host.pushed.back();
     m_groups.AddGroup(About("g"));
     AnswerLast();
     m_groups.AddAccount(About("g", "1004"));
     AnswerLast();
-    Answer(again);
+    service.Answer(again);
     EXPECT_EQ(m_groups.Find("g")->MemberText(), "[\"1004\"]");
-    EXPECT_EQ(m_service.Events().size(), 3u);
+    EXPECT_EQ(service.Events().size(), 3u);
 }
 
 TEST_F(AccountGroupTest, SinksMayRemoveTheGroup) {
     Make("g");
     m_groups.AddAccount(About("g", "1001"));
-    const CQueueReqItem add = m_service.host.pushed.back();
-    m_service.onEvent = [&](const ResultEvent& event) {
+    const CQueueReqItem add = service.host.pushed.back();
+    service.onEvent = [&](const ResultEvent& event) {
         if (event.module != kModuleGroup) return;
         m_groups.DeleteGroup(About("g"));
         AnswerLast();
     };
-    Answer(add);
+    service.Answer(add);
     EXPECT_TRUE(m_groups.All().empty());
-    EXPECT_EQ(m_service.Events().size(), 2u);
+    EXPECT_EQ(service.Events().size(), 2u);
 }
 
 }  // namespace

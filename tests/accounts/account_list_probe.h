@@ -3,15 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "accounts/account_list.h"
-#include "messaging/request_types.h"
 #include "tests/accounts/service_probe.h"
 
 namespace luadui {
@@ -40,46 +36,14 @@ class AccountListProbe : public testing::Test {
         list->SetUser({"user", "u1", "i1", "tok", "v1", "folder", isPbMode});
     }
 
-    // The last request of the type.
-    CQueueReqItem Sent(int type) const {
-        const auto& all = service.host.pushed;
-        const auto found = std::find_if(all.rbegin(), all.rend(),
-                                        [&](const auto& each) { return RequestTypeOf(each) == type; });
-        return found == all.rend() ? throw std::runtime_error("no request of that type") : *found;
-    }
-    auto CountSent(int type) const { return std::ranges::count(service.host.pushed, type, RequestTypeOf); }
-    static CDataTable RowsOf(const CQueueReqItem& request) {
-        CDataTable table;
-        FakeHost::Params(request).GetData("Table", table);
-        return table;
-    }
-
-    void Answer(const CQueueReqItem& request, const CDataTable& table) {
-        const CQueueRespData answer = ServiceProbe::WithTable(ServiceProbe::AnswerTo(request), table);
-        list->OnResponse(&answer);
-    }
-    void AnswerJson(const CQueueReqItem& request, const std::string& text, bool isGood = true) {
-        CQueueRespData answer = ServiceProbe::AnswerTo(request, isGood);
-        CJsonObject json;
-        json.Parse(Gbk(text));
-        answer.SetData("JsonData", json);
-        list->OnResponse(&answer);
-    }
-    // To the account that sent the last request of the type, when it is still there.
-    void AnswerAccount(int type, const CDataTable& table = CDataTable()) {
-        const CQueueReqItem request = Sent(type);
-        const CQueueRespData answer = ServiceProbe::WithTable(ServiceProbe::AnswerTo(request), table);
-        CBaseObject* const object = CBaseObject::Find(std::stol(request.GetDataString("From")));
-        if (auto* const asker = dynamic_cast<CRequestBase*>(object)) asker->OnResponse(&answer);
-    }
     // Asks for the accounts and answers.
     void Load(const Rows& rows) {
         list->Query();
-        AnswerAccount(1033, MakeTable(kListColumns, rows));
+        service.Answer(1033, MakeTable(kListColumns, rows));
     }
     void AnswerUpload(const Rows& rows) {
-        Answer(Sent(1807),
-               MakeTable({"fund_token", "account_name", "permission_code", "msg", "error_code"}, rows));
+        service.Answer(
+            1807, MakeTable({"fund_token", "account_name", "permission_code", "msg", "error_code"}, rows));
     }
     // "1001|7|1:1正常" each, in the order of keys.
     std::vector<std::string> States() const {
@@ -90,11 +54,7 @@ class AccountListProbe : public testing::Test {
         }
         return states;
     }
-    static CUIData Values(const std::vector<std::pair<std::string, std::string>>& texts) {
-        CUIData values;
-        for (const auto& [name, text] : texts) values.SetData(name, Gbk(text));
-        return values;
-    }
+    static constexpr auto Values = ServiceProbe::Values;
 
     ServiceProbe service;
     std::string passInfo =

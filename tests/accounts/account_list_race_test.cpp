@@ -124,8 +124,7 @@ class AccountListRace : public AccountListProbe {
         const CQueueRespData answer = answers[at];
         if (random() % 4 != 0)
             answers.erase(answers.begin() + static_cast<std::ptrdiff_t>(at));  // or comes again
-        CBaseObject* const asker = CBaseObject::Find(std::stol(answer.GetDataString("To")));
-        if (auto* const object = dynamic_cast<CRequestBase*>(asker)) object->OnResponse(&answer);
+        DeliverResponse(HandleFromText(answer.GetDataText("To")), answer);
     }
 
     // Lets the broker work on what was sent since the last call.

@@ -25,13 +25,13 @@ TEST_F(AccountList, TheFirstAnswerIsNumberedByTheSettingsFile) {
     EXPECT_TRUE(list->SetOrder({{"1003|7|1", 1}, {"gone|7|1", 2}}));
     EXPECT_TRUE(list->SaveOrder());
     EXPECT_FALSE(list->Order().HasUnsaved());
-    const CUIData params = FakeHost::Params(Sent(1804));
+    const CUIData params = FakeHost::Params(service.Sent(1804));
     EXPECT_EQ(params.GetDataString("From") + params.GetDataString("Refresh") + params.GetDataString("action"),
               "MODULE_ACCOUNT_LISTtruebatch_modifyaccount");
     EXPECT_THAT(
-        Describe(RowsOf(Sent(1804))),
+        Describe(service.RowsOf(service.Sent(1804))),
         HasSubstr("[order,user_id,account_code,institution_id,product_id|1,,1003,,|5,,1002,,|6,,1001"));
-    AnswerJson(Sent(1804), R"({"code":"1"})", false);
+    service.AnswerJson(1804, R"({"code":"1"})", false);
     EXPECT_TRUE(list->Order().HasUnsaved());
     list->NotifyOrder(CAccountList::kSave);
     EXPECT_EQ(service.events.back().name, "modifyAccountOrder");
@@ -41,10 +41,10 @@ TEST_F(AccountList, TheFirstAnswerIsNumberedByTheSettingsFile) {
     rows.AddColumn("order");
     rows.SetItemText(2, "order", "9");  // older than the user's wish
     list->SaveOrder();
-    AnswerJson(Sent(1804), "{}");
+    service.AnswerJson(1804, "{}");
     rows.SetItemText(1, "order", "8");
     list->Query();
-    Answer(Sent(1033), rows);
+    service.Answer(1033, rows);
     EXPECT_EQ(OrderText(list->Order().Numbers()), "[1001|7|1=6;1002|7|1=8;1003|7|1=9;]");
     EXPECT_THAT(service.Events(), ElementsAre("account_refresh_finished MODULE_ACCOUNT_LIST",
                                               "notifyOrderToPage MODULE_ACCOUNT_LIST"));
@@ -52,10 +52,10 @@ TEST_F(AccountList, TheFirstAnswerIsNumberedByTheSettingsFile) {
 
 TEST_F(AccountList, IsQueriedBuiltAndLoggedIn) {
     list->Query(Values({{"req_from", "cef"}}));
-    EXPECT_THAT(Describe(FakeHost::Params(Sent(1033))),
+    EXPECT_THAT(Describe(FakeHost::Params(service.Sent(1033))),
                 HasSubstr("useraccount=user institutionid=i1 req_from=cef PB_MODE=false user_id=u1 "
                           "with_permission=true log_source=MODULE_ACCOUNTMANAGER"));
-    Answer(Sent(1033), MakeTable(kListColumns, {ListRow("1001"), ListRow("1002"), ListRow("1003")}));
+    service.Answer(1033, MakeTable(kListColumns, {ListRow("1001"), ListRow("1002"), ListRow("1003")}));
     EXPECT_THAT(service.Events(), ElementsAre("initialize_finished MODULE_ACCOUNT_LIST"));
     EXPECT_EQ(list->ProductInfo(), "[\"products\"]");
     EXPECT_THAT(luaCalls, ElementsAre(HasSubstr("get_ProductInfo"),
@@ -64,13 +64,13 @@ TEST_F(AccountList, IsQueriedBuiltAndLoggedIn) {
                 ElementsAre("account:record local password!=InitPassword:: record local password!\n has "
                             "password:[1001|7|1,1002|7|1]\n no password:[1003|7|1]",
                             "error:UploadAccountInfo:: empty password!=1003|7|1"));
-    const CDataTable rows = RowsOf(Sent(1807));
+    const CDataTable rows = service.RowsOf(service.Sent(1807));
     ASSERT_EQ(rows.GetRowNumber(), 2);
     EXPECT_TRUE(rows.GetItemText(0, "password").starts_with("ppww11//"));
     EXPECT_TRUE(rows.GetItemText(0, "txpassword").starts_with("ttxx11//"));
     EXPECT_EQ(rows.GetItemText(1, "txpassword"), "");
     EXPECT_EQ(rows.GetItemText(1, "fund_token") + rows.GetItemText(1, "token"), "T1002tok");
-    EXPECT_EQ(FakeHost::Params(Sent(1807)).GetDataString("accountkeylist"), "1001|7|1;1002|7|1");
+    EXPECT_EQ(FakeHost::Params(service.Sent(1807)).GetDataString("accountkeylist"), "1001|7|1;1002|7|1");
     EXPECT_THAT(States(), ElementsAre("1001|7|1:0待验证", "1002|7|1:0待验证", "1003|7|1:0密码为空"));
 
     AnswerUpload({{"T1002", Gbk("张三"), "P", "", "0"}, {"T1001", "", "", Gbk("密码错"), "5"}, {"T9"}});
@@ -98,19 +98,19 @@ TEST_F(AccountList, ARefreshKeepsStatesAndDropsWhatTheServiceNoLongerNames) {
                                               "account_changed_push MODULE_ACCOUNT_LIST",
                                               "notifyOrderToPage MODULE_ACCOUNT_LIST",
                                               "upload_actinfo_finished MODULE_ACCOUNT_LIST"));
-    EXPECT_EQ(CountSent(1807), 1);  // who is logged in is left alone, who has no password too
+    EXPECT_EQ(service.CountSent(1807), 1);  // who is logged in is left alone, who has no password too
     Load({renamed, ListRow("1002")});
     EXPECT_THAT(States(), ElementsAre("1001|7|1:1正常", "1002|7|1:1正常"));  // as it was before
 
     list->Query();
-    AnswerJson(Sent(1033), R"({"code":7,"message":"查询错"})", false);
+    service.AnswerJson(1033, R"({"code":7,"message":"查询错"})", false);
     EXPECT_EQ(list->All().size(), 2U);
     EXPECT_EQ(service.Events().back(), "account_refresh_failed MODULE_ACCOUNT_LIST 7.000 查询错");
 }
 
 TEST_F(AccountList, TheFirstAnswerEndsTheWaitingEvenWhenItFailed) {
     list->Query();
-    AnswerJson(Sent(1033), R"({"error_code":"3","msg":"no"})", false);
+    service.AnswerJson(1033, R"({"error_code":"3","msg":"no"})", false);
     Load({});
     EXPECT_THAT(service.Events(), ElementsAre("initialize_finished MODULE_ACCOUNT_LIST",
                                               "account_refresh_failed MODULE_ACCOUNT_LIST 3 no",
@@ -121,13 +121,13 @@ TEST_F(AccountList, BadAnswersLoseNothing) {
     Load({ListRow("1001"), ListRow("1002")});
     service.Lines();
     list->Query();
-    CQueueRespData answer = ServiceProbe::AnswerTo(Sent(1033));
+    CQueueRespData answer = ServiceProbe::AnswerTo(service.Sent(1033));
     answer.SetData("RawData", "rubbish");
     list->OnResponse(&answer);
     EXPECT_THAT(service.Lines(),
                 ElementsAre("account:query accout result!=InitAccountList:: result[rubbish]"));
     list->Query();
-    Answer(Sent(1033), MakeTable({"account_code", "broker_id"}, {{"1003", "7"}}));
+    service.Answer(1033, MakeTable({"account_code", "broker_id"}, {{"1003", "7"}}));
     EXPECT_EQ(list->All().size(), 2U);
 
     const std::string key = Gbk("誠|誠") + "|7|1";  // second bytes that look like separators
@@ -181,8 +181,8 @@ TEST_F(AccountList, OnlyCipherTextIsUploaded) {
         Load(each.accounts);
         EXPECT_EQ(States().back().substr(States().back().find(':') + 1), each.state);
         std::string row = "-";
-        if (CountSent(1807) > 0) {
-            const CDataTable rows = RowsOf(Sent(1807));
+        if (service.CountSent(1807) > 0) {
+            const CDataTable rows = service.RowsOf(service.Sent(1807));
             const int last = rows.GetRowNumber() - 1;
             const auto start = [&](const char* column) {
                 return std::string(rows.GetItemText(last, column)).substr(0, 4);
@@ -207,16 +207,15 @@ TEST_F(AccountList, SelectedAccountsAreUploadedAgain) {
     list->Find("1003|7|1")->SetUsable();
     list->Upload(
         Values({{"selrefresh", "true"}, {"accountkeylist", "1003|7|1;no;1001|7|1"}, {"UUID", "page"}}));
-    EXPECT_EQ(FakeHost::Params(Sent(1807)).GetDataString("selrefresh"), "true");
-    EXPECT_EQ(RowsOf(Sent(1807)).GetRowNumber(), 1);  // the host was asked again
+    EXPECT_EQ(FakeHost::Params(service.Sent(1807)).GetDataString("selrefresh"), "true");
+    EXPECT_EQ(service.RowsOf(service.Sent(1807)).GetRowNumber(), 1);  // the host was asked again
     AnswerUpload({{"T1001", "", "", Gbk("错"), "2"}});
     EXPECT_EQ(service.events.back().uuid, "page");
     list->Upload(Values({{"selrefresh", "true"}, {"accountkeylist", "1003|7|1"}}));
     list->Upload();
-    AnswerJson(Sent(1807), R"({"code":"9","message":"down"})", false);
+    service.AnswerJson(1807, R"({"code":"9","message":"down"})", false);
     list->Upload();
-    const CQueueRespData bare = ServiceProbe::AnswerTo(Sent(1807));
-    list->OnResponse(&bare);
+    ServiceProbe::Deliver(service.Sent(1807), ServiceProbe::AnswerTo(service.Sent(1807)));
     EXPECT_THAT(service.Events(), ElementsAre("modify_account_status MODULE_ACCOUNT_LIST 1003|7|1",
                                               "account_select_refresh_finished MODULE_ACCOUNT_LIST",
                                               "account_select_refresh_finished MODULE_ACCOUNT_LIST",
@@ -231,33 +230,30 @@ struct AddCase {
     const char* event;  // without the module
     const char* state;  // of the account; empty: there is none
 };
+// clang-format off
 constexpr AddCase kAdds[] = {
-    {"1",
-     R"({"return_info":{"error_code":0,"account_id":"id9","portfolios":[{"portfolio_id":"p","fund_token":"T9"}]}})",
-     true, "add_account_success", "1正常T9"},
-    {"1", R"({"return_info":"{\"error_code\":\"12\",\"msg\":\"密码错\"}"})", true, "add_account_success",
-     "0密码错"},
-    {"2", R"({"return_info":{"error_code":"401","msg":"第二步"}})", true, "add_creditaccount_second",
-     "0第二步"},
+    {"1", R"({"return_info":{"error_code":0,"account_id":"id9","portfolios":[{"portfolio_id":"p","fund_token":"T9"}]}})", true,
+     "add_account_success", "1正常T9"},
+    {"1", R"({"return_info":"{\"error_code\":\"12\",\"msg\":\"密码错\"}"})", true, "add_account_success", "0密码错"},
+    {"2", R"({"return_info":{"error_code":"401","msg":"第二步"}})", true, "add_creditaccount_second", "0第二步"},
     {"1", R"({"return_info":{"error_code":"401","msg":"m"}})", true, "add_account_success", "0m"},
     {"1", R"({"code":"5","message":"坏"})", false, "add_account_failed", ""},
     {"1", R"({"code":"0"})", true, "add_account_failed", ""},
 };
+// clang-format on
 
 TEST_F(AccountList, AnAccountIsAddedAndDeleted) {
     for (const AddCase& each : kAdds) {
         SCOPED_TRACE(each.json);
         luaCalls.clear();
         const std::string key = std::string("9|7|") + each.tradeType;
-        list->AddAccount(Values({{"account_code", "9"},
-                                 {"broker_id", "7"},
-                                 {"trade_type", each.tradeType},
-                                 {"password", "pw9"},
-                                 {"account_name", "N"},
-                                 {"broker_name", "B"}}));
-        EXPECT_EQ(RowsOf(Sent(1047)).GetItemText(0, "alias"), "N_B");
-        EXPECT_THAT(Describe(RowsOf(Sent(1047))), Not(HasSubstr("pw9")));
-        AnswerJson(Sent(1047), each.json, each.isGood);
+        CUIData asked = Values({{"account_code", "9"}, {"broker_id", "7"}, {"trade_type", each.tradeType}});
+        for (const char* const name : {"account_name", "broker_name"}) asked.SetData(name, "N");
+        asked.SetData("password", "pw9");
+        list->AddAccount(asked);
+        EXPECT_EQ(service.RowsOf(service.Sent(1047)).GetItemText(0, "alias"), "N_N");
+        EXPECT_THAT(Describe(service.RowsOf(service.Sent(1047))), Not(HasSubstr("pw9")));
+        service.AnswerJson(1047, each.json, each.isGood);
         EXPECT_THAT(service.Events().front(), testing::StartsWith(each.event));
         const CAccount* const account = list->Find(key);
         ASSERT_EQ(account != nullptr, *each.state != '\0');
@@ -270,11 +266,11 @@ TEST_F(AccountList, AnAccountIsAddedAndDeleted) {
                 HasSubstr(key + R"(":{"Password":"pw9","TxPassword":"","DynamicPassword":""})")));
 
         EXPECT_TRUE(list->DeleteAccount(Values({{"accountkey", key}})));
-        EXPECT_EQ(RowsOf(Sent(1048)).GetItemText(0, "account_code"), "9");
-        AnswerJson(Sent(1048), R"({"error_code":"4","msg":"no"})", false);
+        EXPECT_EQ(service.RowsOf(service.Sent(1048)).GetItemText(0, "account_code"), "9");
+        service.AnswerJson(1048, R"({"error_code":"4","msg":"no"})", false);
         list->DeleteAccount(Values({{"accountkey", key}}));
-        AnswerJson(Sent(1048), "{}");
-        AnswerJson(Sent(1048), "{}");
+        service.AnswerJson(1048, "{}");
+        service.AnswerJson(1048, "{}");
         EXPECT_EQ(service.events.back().payload.GetText("canuse"), "0");
         EXPECT_EQ(service.events.back().payload.GetText("password"), "");
         EXPECT_THAT(service.Events(),
@@ -296,16 +292,16 @@ TEST_F(AccountList, PortfoliosAreAdded) {
     service.Lines();
     list->AddPortfolio(Values(
         {{"AccountKey", "1001|7|1"}, {"portfolio_name", "新"}, {"balance", "10"}, {"password", "pw"}}));
-    EXPECT_EQ(FakeHost::Params(Sent(1127)).GetDataString("balance"), "10");
-    EXPECT_FALSE(FakeHost::Params(Sent(1127)).Has("password"));
-    Answer(Sent(1127), MakeTable({"portfolio_id", "portfolio_name", "fund_token", "is_default"},
-                                 {{"p2", Gbk("新"), "T2", "1"}, {"p3", "c", "T3", "0"}}));
+    EXPECT_EQ(FakeHost::Params(service.Sent(1127)).GetDataString("balance"), "10");
+    EXPECT_FALSE(FakeHost::Params(service.Sent(1127)).Has("password"));
+    service.Answer(1127, MakeTable({"portfolio_id", "portfolio_name", "fund_token", "is_default"},
+                                   {{"p2", Gbk("新"), "T2", "1"}, {"p3", "c", "T3", "0"}}));
     EXPECT_EQ(list->Find("1001|7|1")->FundToken(), "T2");
     EXPECT_EQ(service.events.back().payload.ToText(),
               R"({"portfolioid":"p3","fund_token":"T3","default_fund_token":"T2"})");
     EXPECT_EQ(service.Lines().front(), "account:单元名称:新，添加成功！");
     list->AddPortfolio(Values({{"AccountKey", "1001|7|1"}}));
-    AnswerJson(Sent(1127), R"({"code":"8","message":"full"})", false);
+    service.AnswerJson(1127, R"({"code":"8","message":"full"})", false);
     EXPECT_EQ(service.Events().back(), "add_portfolio_failed MODULE_ACCOUNT_LIST 1001|7|1 8 full");
 }
 
@@ -314,8 +310,8 @@ TEST_F(AccountList, AChangeNoticeAsksForTheWholeList) {
     notice.SetData("DATATYPE", 2010);
     notice.SetData("REQTYPE", 1033);
     EXPECT_TRUE(list->PreHandleResponse(&notice));
-    EXPECT_EQ(FakeHost::Params(Sent(1033)).GetDataString("useraccount"), "user");
-    Answer(Sent(1033), MakeTable(kListColumns, {ListRow("1001")}));
+    EXPECT_EQ(FakeHost::Params(service.Sent(1033)).GetDataString("useraccount"), "user");
+    service.Answer(1033, MakeTable(kListColumns, {ListRow("1001")}));
     EXPECT_EQ(list->All().size(), 1U);
 }
 
@@ -323,11 +319,11 @@ TEST_F(AccountList, AChangeNoticeAsksForTheWholeList) {
 TEST_F(AccountList, PasswordsThatWereEnteredAgainAreRemembered) {
     Load({ListRow("1001")});
     list->Logout(Values({{"accountkey", "1001|7|1"}}));
-    AnswerAccount(1032);
+    service.Answer(1032);
     EXPECT_TRUE(list->Find("1001|7|1")->Password(AccountField::kTxPassword).IsEmpty());
     list->EditPassword(Values({{"accountkey", "1001|7|1"}, {"password", "new"}}));
-    EXPECT_EQ(RowsOf(Sent(1808)).GetItemText(0, "institution_id"), "i1");
-    AnswerAccount(1808, MakeTable({"account_name", "error_code"}, {{"N", "0"}}));
+    EXPECT_EQ(service.RowsOf(service.Sent(1808)).GetItemText(0, "institution_id"), "i1");
+    service.Answer(1808, MakeTable({"account_name", "error_code"}, {{"N", "0"}}));
     EXPECT_THAT(luaCalls.back(),
                 HasSubstr(R"("1001|7|1":{"Password":"new","TxPassword":"tx1","DynamicPassword":""})"));
     EXPECT_EQ(service.Events().back(), "edit_password_success MODULE_ACCOUNT 1001|7|1");
@@ -339,22 +335,22 @@ TEST_F(AccountList, WhatAQuerySaysIsNotLostToWhatIsConfirmedMeanwhile) {
     renamed[2] = "Renamed", renamed[7] = "0";
     list->Query();
     AnswerUpload({{"T1001", "", "", "", "0"}});  // says nothing of what rows say
-    Answer(Sent(1033), MakeTable(kListColumns, {renamed}));
+    service.Answer(1033, MakeTable(kListColumns, {renamed}));
     EXPECT_EQ(list->Find("1001|7|1")->Get(AccountField::kAccountName), "Renamed");
 
     list->Query();
     list->Bind(Values({{"accountkey", "1001|7|1"}}));
-    EXPECT_EQ(FakeHost::Params(Sent(1036)).GetDataString("useraccount"), "user");
-    AnswerAccount(1036);
+    EXPECT_EQ(FakeHost::Params(service.Sent(1036)).GetDataString("useraccount"), "user");
+    service.Answer(1036);
     renamed[2] = "Again";
-    const auto queries = CountSent(1033);
-    Answer(Sent(1033), MakeTable(kListColumns, {renamed}));  // perhaps from before
+    const auto queries = service.CountSent(1033);
+    service.Answer(1033, MakeTable(kListColumns, {renamed}));  // perhaps from before
     EXPECT_TRUE(list->Find("1001|7|1")->IsBound());
-    ASSERT_EQ(CountSent(1033), queries + 1) << "and so it is asked again";
+    ASSERT_EQ(service.CountSent(1033), queries + 1) << "and so it is asked again";
     renamed[7] = "1";
-    Answer(Sent(1033), MakeTable(kListColumns, {renamed}));
+    service.Answer(1033, MakeTable(kListColumns, {renamed}));
     EXPECT_EQ(list->Find("1001|7|1")->Get(AccountField::kAccountName), "Again");
-    EXPECT_EQ(CountSent(1033), queries + 1);
+    EXPECT_EQ(service.CountSent(1033), queries + 1);
 }
 
 TEST_F(AccountList, RequestsOfAccountsThatGoEndAsFailed) {
@@ -365,11 +361,11 @@ TEST_F(AccountList, RequestsOfAccountsThatGoEndAsFailed) {
         service.events.clear();
         if (isDeleted) {
             list->DeleteAccount(Values({{"accountkey", "1001|7|1"}}));
-            AnswerJson(Sent(1048), "{}");
+            service.AnswerJson(1048, "{}");
         } else {
             Load({ListRow("1002")});
         }
-        AnswerAccount(1049);  // nobody is there
+        service.Answer(1049);  // nobody is there
         EXPECT_THAT(service.Events(),
                     testing::AllOf(
                         testing::Contains("edit_account_failed MODULE_ACCOUNT 1001|7|1 -8989 账户不存在！"),
@@ -384,13 +380,13 @@ TEST_F(AccountList, RequestsThatNobodyAnswersAreGivenUp) {
     CAccountRequester::SetClock([] { return g_now; });
     list->Query();
     g_now += CAccountRequester::kPatience;
-    const CQueueReqItem first = Sent(1033);
+    const CQueueReqItem first = service.Sent(1033);
     list->Query();
     EXPECT_THAT(service.Events(),
                 ElementsAre("initialize_finished MODULE_ACCOUNT_LIST",
                             "account_refresh_failed MODULE_ACCOUNT_LIST -8989 没有收到应答！"));
-    Answer(Sent(1033), MakeTable(kListColumns, {ListRow("1001"), ListRow("1002")}));
-    Answer(first, MakeTable(kListColumns, {}));
+    service.Answer(1033, MakeTable(kListColumns, {ListRow("1001"), ListRow("1002")}));
+    service.Answer(first, MakeTable(kListColumns, {}));
     EXPECT_EQ(list->All().size(), 2U) << "too late";
     service.events.clear();
 
@@ -400,7 +396,7 @@ TEST_F(AccountList, RequestsThatNobodyAnswersAreGivenUp) {
     list->Logout(Values({{"accountkey", "1002|7|1"}}));
     EXPECT_THAT(service.Events(),
                 testing::Contains("edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 没有收到应答！"));
-    AnswerAccount(1808, MakeTable({"error_code"}, {{"0"}}));
+    service.Answer(1808, MakeTable({"error_code"}, {{"0"}}));
     EXPECT_EQ(list->Find("1001|7|1")->Get(AccountField::kPassword), "pw1");
     for (size_t i = 0; i <= CAccountRequester::kMaxUnanswered; ++i) list->SaveOrder();
     EXPECT_EQ(list->PendingRequests(), CAccountRequester::kMaxUnanswered);
@@ -417,7 +413,7 @@ TEST_F(AccountList, TheHostMayEndTheListWhileItAsks) {
         };
         Load({ListRow("1001")});
         if (list) list->AddAccount(Values({{"account_code", "9"}, {"password", "pw9"}}));
-        if (list) AnswerJson(Sent(1047), kAdds[0].json);
+        if (list) service.AnswerJson(1047, kAdds[0].json);
         EXPECT_EQ(list, nullptr) << ending;
     }
 }

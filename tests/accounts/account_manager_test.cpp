@@ -3,14 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
 
 #include "base/counters.h"
-#include "codedata/data_manager.h"
-#include "messaging/handle_text.h"
-#include "messaging/request_types.h"
-#include "messaging/response_routing.h"
 #include "tests/accounts/service_probe.h"
 
 namespace luadui {
@@ -42,16 +37,17 @@ class AccountManagerTest : public testing::Test, public AccountEvents {
     void Start(int accounts = 2) {
         manager = std::make_unique<CAccountManager>(*this, PasswordEncryption(L"accounts_test_cipher.dll"));
         manager->OnUser();
-        AnswerTable(1035, MakeTable({"groupid", "groupname", "account"}, {{"g", "G", R"(["1","2","3"])"}}));
+        service.Answer(1035,
+                       MakeTable({"groupid", "groupname", "account"}, {{"g", "G", R"(["1","2","3"])"}}));
         Rows rows;
         for (int code = 1; code <= accounts; ++code) {
             const std::string text = std::to_string(code);
             rows.push_back({"id" + text, text, "N" + text, "7", "B", "1", "P",
                             R"([{"portfolio_id":"p","portfolio_name":"u","fund_token":"T)" + text + "\"}]"});
         }
-        AnswerTable(1033, MakeTable({"account_id", "account_code", "account_name", "broker_id", "broker_name",
-                                     "trade_type", "product_name", "portfolios"},
-                                    rows));
+        service.Answer(1033, MakeTable({"account_id", "account_code", "account_name", "broker_id",
+                                        "broker_name", "trade_type", "product_name", "portfolios"},
+                                       rows));
     }
 
     // What is heard of one call.
@@ -71,26 +67,6 @@ class AccountManagerTest : public testing::Test, public AccountEvents {
     Lines Command(const std::string& name, const std::string& params) {
         return HeardOf(
             [&] { Message(R"({"cmd":")" + name + R"(","key":"K","uuid":"u","params":)" + params + '}'); });
-    }
-    CQueueReqItem Sent(int type) const {
-        for (size_t i = service.host.pushed.size(); i-- > 0;) {
-            if (RequestTypeOf(service.host.pushed[i]) == type) return service.host.pushed[i];
-        }
-        ADD_FAILURE() << "no request " << type;
-        return {};
-    }
-    void Deliver(const CQueueRespData& answer, const CQueueReqItem& request) {
-        DeliverResponse(HandleFromText(request.GetDataText("From")), answer);
-    }
-    void AnswerTable(int type, const CDataTable& table) {
-        Deliver(ServiceProbe::WithTable(ServiceProbe::AnswerTo(Sent(type)), table), Sent(type));
-    }
-    void AnswerJson(int type, const std::string& text, bool isGood) {
-        CQueueRespData answer = ServiceProbe::AnswerTo(Sent(type), isGood);
-        CJsonObject json;
-        json.Parse(Gbk(text));
-        answer.SetData("JsonData", json);
-        Deliver(answer, Sent(type));
     }
     static Lines Starts(const Lines& lines) {
         Lines starts;
@@ -163,13 +139,12 @@ struct CommandCase {
 
 TEST_F(AccountManagerTest, EveryCommandDoesItsWorkAndAnswersBadArguments) {
     Start();
+    // clang-format off
     const CommandCase cases[] = {
         {"getAccountList", "{}", {"K u "}},
-        {"getGroupList",
-         "{}",
+        {"getGroupList", "{}",
          {R"(K u {"result":{"code":"0","message":"","data":{"grouplist":[{"groupid":"g","groupname":"G","grouptype":"","issimulate":"","accountlist":"[\"1\",\"2\",\"3\"]"}]}}})"}},
-        {"queryOrderFromPage",
-         "{}",
+        {"queryOrderFromPage", "{}",
          {R"(K u {"result":{"code":"0","message":"","data":{"AllAccountOrder":[{"accountkey":"1|7|1","order":"1"},{"accountkey":"2|7|1","order":"2"}]}}})"}},
         {"refreshSelAccountList", R"({"accountkeys":["1|7|1"]})", {"ask 1807"}},
         {"refreshSelAccountList", R"({"accountkeys":[{}]})", {Refused("参数错误：accountkeys")}},
@@ -192,36 +167,25 @@ TEST_F(AccountManagerTest, EveryCommandDoesItsWorkAndAnswersBadArguments) {
         {"addAccountGroup", R"({"groupid":"g"})", {Refused("添加账户组，已存在，添加失败！")}},
         {"deleteAccountGroup", R"({"groupid":"g"})", {"ask 1039"}},
         {"deleteAccountGroup", R"({"groupid":"x"})", {Refused("删除账户组，不存在，删除失败！")}},
-        {"addAccountToGroup",
-         R"({"groupid":"g","accountlist":["1","8","9"]})",
-         {kDone, "ask 1040", "ask 1040"}},
+        {"addAccountToGroup", R"({"groupid":"g","accountlist":["1","8","9"]})", {kDone, "ask 1040", "ask 1040"}},
         {"addAccountToGroup", R"({"groupid":"g","accountlist":[{}]})", {Refused("解析账户组内账户失败!")}},
         {"deleteAccountFromGroup", R"({"groupid":"g","accountlist":"[\"1\"]"})", {kDone, "ask 1041"}},
         {"deleteAccountFromGroup", R"({"accountlist":["1"]})", {Refused("解析账户组内账户失败!")}},
-        {"modifyAccountOrder",
-         R"({"accountorder":[{"accountkey":"1|7|1","order":"x"}]})",
-         {Refused("解析账户排序失败！")}},
-        {"modifyAccountOrder",
-         R"({"accountorder":[{"accountkey":"1|7|1","order":3}]})",
-         {"timer 1127", kDone}},
+        {"modifyAccountOrder", R"({"accountorder":[{"accountkey":"1|7|1","order":"x"}]})", {Refused("解析账户排序失败！")}},
+        {"modifyAccountOrder", R"({"accountorder":[{"accountkey":"1|7|1","order":3}]})", {"timer 1127", kDone}},
         {"modifyAccountOrder", R"({"accountorder":"[1|7|1=3;]"})", {kDone}},
-        {"notifyOrderToPage",
-         "{}",
-         {kDone, "file [1|7|1=3;2|7|1=2;]",
-          R"(ClientAccountOrderChanged {"account_order_source":"AccountManager","accountorder":[{"accountkey":"2|7|1","order":"2"},{"accountkey":"1|7|1","order":"3"}]})"}},
+        {"notifyOrderToPage", "{}",
+         {kDone, "file [1|7|1=3;2|7|1=2;]", R"(ClientAccountOrderChanged {"account_order_source":"AccountManager","accountorder":[{"accountkey":"2|7|1","order":"2"},{"accountkey":"1|7|1","order":"3"}]})"}},
         {"notifyOrderToServer", "{}", {"ask 1804", "stop 1127", kDone}},
         {"notifyOrderToServer", "{}", {"stop 1127", kDone}},
-        {"modifyOrderInGroup",
-         R"({"curGroupID":"g","GrpAccountOrder":["3","9"]})",
-         {R"(K u {"result":{"code":"0","message":"","data":{"curGroupID":"g","GrpAccountOrder":"[\"3\",\"1\",\"2\"]"}}})",
-          "CLIENT_ACCOUNTGROUP_CHANGED ", "push AccountGroup "}},
-        {"modifyOrderInGroup",
-         R"({"curGroupID":"g","GrpAccountOrder":[{"accountkey":"2|7|1","order":1}]})",
-         {R"(K u {"result":{"code":"0","message":"","data":{"curGroupID":"g","GrpAccountOrder":"[\"2\",\"3\",\"1\"]"}}})",
-          "CLIENT_ACCOUNTGROUP_CHANGED ", "push AccountGroup "}},
+        {"modifyOrderInGroup", R"({"curGroupID":"g","GrpAccountOrder":["3","9"]})",
+         {R"(K u {"result":{"code":"0","message":"","data":{"curGroupID":"g","GrpAccountOrder":"[\"3\",\"1\",\"2\"]"}}})", "CLIENT_ACCOUNTGROUP_CHANGED ", "push AccountGroup "}},
+        {"modifyOrderInGroup", R"({"curGroupID":"g","GrpAccountOrder":[{"accountkey":"2|7|1","order":1}]})",
+         {R"(K u {"result":{"code":"0","message":"","data":{"curGroupID":"g","GrpAccountOrder":"[\"2\",\"3\",\"1\"]"}}})", "CLIENT_ACCOUNTGROUP_CHANGED ", "push AccountGroup "}},
         {"modifyOrderInGroup", R"({"curGroupID":"x","GrpAccountOrder":["3"]})", {Refused("账户组不存在！")}},
         {"dance", "{}", {Refused("没有该命令！")}},
     };
+    // clang-format on
     for (const CommandCase& row : cases) {
         Lines got = Command(row.name, row.params);
         for (size_t i = 0; i < got.size() && i < row.heard.size(); ++i) {
@@ -229,7 +193,7 @@ TEST_F(AccountManagerTest, EveryCommandDoesItsWorkAndAnswersBadArguments) {
         }
         EXPECT_EQ(got, row.heard) << row.name << row.params;
     }
-    const CUIData bound = FakeHost::Params(Sent(1036));
+    const CUIData bound = FakeHost::Params(service.Sent(1036));
     EXPECT_EQ(bound.GetDataString("account_code") + bound.GetDataString("useraccount"), "1user");
     EXPECT_FALSE(manager->Execute("dance", CUIData()));
 }
@@ -265,7 +229,7 @@ TEST_F(AccountManagerTest, PagesSubscribersAndHostHearOfEveryEventOnce) {
     EXPECT_EQ(Starts(heard), (Lines{"ask 1035", "ask 1033", "CLIENT_ACCOUNTGROUP_CHANGED ",
                                     "push AccountGroup ", "ClientAccountChanged ", "ask 1807"}));
     const CDataTable login = MakeTable({"fund_token", "error_code"}, {{"T1", "0"}});
-    Lines lines = HeardOf([&] { AnswerTable(1807, login); });
+    Lines lines = HeardOf([&] { service.Answer(1807, login); });
     EXPECT_EQ(Starts(lines), (Lines{"ClientAccountChanged ", "host OnAccountChanged ", "timer 1128"}));
     EXPECT_NE(lines[0].find(R"("password":"planted")"), std::string::npos);
     EXPECT_EQ(
@@ -278,18 +242,18 @@ TEST_F(AccountManagerTest, PagesSubscribersAndHostHearOfEveryEventOnce) {
     EXPECT_EQ(HeardOf(tick), Lines{});
 
     Command("addAccountToGroup", R"({"groupid":"g","accountlist":["7"]})");
-    lines = HeardOf([&] { AnswerJson(1040, "{}", true); });
+    lines = HeardOf([&] { service.AnswerJson(1040, "{}", true); });
     EXPECT_EQ(Starts(lines), (Lines{"K u ", "CLIENT_ACCOUNTGROUP_CHANGED ", "push AccountGroup ",
                                     "host OnAccountGroupChanged "}));
     EXPECT_EQ(
         lines[3],
         R"(host OnAccountGroupChanged {"action":"addaccount","groupInfo":{"groupid":"g","groupname":"G",)"
         R"("grouptype":"","issimulate":"","accountList":"[\"1\",\"2\",\"3\",\"7\"]"}})");
-    EXPECT_EQ(HeardOf([&] { AnswerJson(1040, "{}", true); }), Lines{});  // a second answer
+    EXPECT_EQ(HeardOf([&] { service.AnswerJson(1040, "{}", true); }), Lines{});  // a second answer
 
     Command("editPassword", R"({"accountkey":"1|7|1","password":"x"})");
     EXPECT_EQ(
-        HeardOf([&] { AnswerJson(1808, R"({"code":"17","message":"密码错误"})", false); }),
+        HeardOf([&] { service.AnswerJson(1808, R"({"code":"17","message":"密码错误"})", false); }),
         Lines{R"(K u {"result":{"success":false,"code":"17","message":"登陆账户密码错误","data":{}}})"});
     const std::string line =
         R"(account:MODULE_ACCOUNTMANAGER{"accountkey":"1|7|1","code":"17","msg":"登陆账户密码错误"})";
@@ -297,7 +261,7 @@ TEST_F(AccountManagerTest, PagesSubscribersAndHostHearOfEveryEventOnce) {
     EXPECT_EQ(settingsRead, 1);
 
     Command("logoutAccount", R"({"accountkey":"1|7|1"})");
-    lines = HeardOf([&] { AnswerJson(1032, "{}", true); });
+    lines = HeardOf([&] { service.AnswerJson(1032, "{}", true); });
     EXPECT_EQ(Starts(lines), (Lines{"K u ", "ClientAccountChanged ", "CLIENT_MODIFY_ACCOUNT_STATUS ",
                                     "host OnAccountChanged ", "timer 1128"}));
     EXPECT_EQ(
@@ -310,7 +274,7 @@ TEST_F(AccountManagerTest, PagesSubscribersAndHostHearOfEveryEventOnce) {
 
 TEST_F(AccountManagerTest, LostSessionsAreToldWithoutAnAsker) {
     Start();
-    AnswerTable(1807, MakeTable({"fund_token", "error_code"}, {{"T1", "0"}}));
+    service.Answer(1807, MakeTable({"fund_token", "error_code"}, {{"T1", "0"}}));
     CQueueRespData push;
     push.SetData("Topic", "subkey_session_event");
     for (const char* text : {R"({"code":"5","msg":"server"})", R"({"fund_token":"T1","code":"0"})", "]"}) {
@@ -332,14 +296,14 @@ TEST_F(AccountManagerTest, LostSessionsAreToldWithoutAnAsker) {
 // Another user has lists of his own. What was under way for the one before ends.
 TEST_F(AccountManagerTest, NothingOfAUserReachesTheNext) {
     Start();
-    AnswerTable(1807, MakeTable({"fund_token", "error_code"}, {{"T1", "0"}}));
+    service.Answer(1807, MakeTable({"fund_token", "error_code"}, {{"T1", "0"}}));
     const auto tick = [&] { manager->Execute(std::string(CAccountManager::kOnlineCommand), CUIData()); };
     tick();
     manager->OnUser();  // the same again
     Command("editAccount", R"({"accountkey":"1|7|1","accountmark":"m"})");
     manager->Accounts().Query();
     manager->Groups().Query();
-    const CQueueReqItem accounts = Sent(1033), groups = Sent(1035), edit = Sent(1049);
+    const CQueueReqItem accounts = service.Sent(1033), groups = service.Sent(1035), edit = service.Sent(1049);
     userName = "next";
     const Lines lines = HeardOf([&] { manager->OnUser(); });
     EXPECT_EQ(Starts(lines), (Lines{"K u ", "ClientAccountChanged ", "CLIENT_ACCOUNTGROUP_CHANGED ",
@@ -347,16 +311,16 @@ TEST_F(AccountManagerTest, NothingOfAUserReachesTheNext) {
     EXPECT_EQ(lines[0], Refused("用户已切换！"));
     EXPECT_EQ(lines[1], R"(ClientAccountChanged {"clientaccounts":[],"clientgroups":[]})");
     EXPECT_EQ(HeardOf(tick), Lines{"push AccountOnline "});
-    EXPECT_EQ(FakeHost::Params(Sent(1033)).GetDataString("useraccount"), "next");
+    EXPECT_EQ(FakeHost::Params(service.Sent(1033)).GetDataString("useraccount"), "next");
 
     const CDataTable old = MakeTable({"account_code", "broker_id", "trade_type"}, {{"1", "7", "1"}});
     heard.clear();
-    Deliver(ServiceProbe::WithTable(ServiceProbe::AnswerTo(accounts), old), accounts);
-    Deliver(ServiceProbe::WithTable(ServiceProbe::AnswerTo(groups), MakeTable({"groupid"}, {{"g"}})), groups);
-    Deliver(ServiceProbe::AnswerTo(edit), edit);
+    service.Answer(accounts, old);
+    service.Answer(groups, MakeTable({"groupid"}, {{"g"}}));
+    service.Answer(edit);
     EXPECT_EQ(heard, Lines{});
     EXPECT_TRUE(manager->Accounts().All().empty() && manager->Groups().All().empty());
-    AnswerTable(1033, old);
+    service.Answer(1033, old);
     EXPECT_EQ(manager->Accounts().All().begin()->second->Get(AccountField::kPassword), "planted")
         << "as the host remembers it for him";
 }
@@ -369,25 +333,18 @@ TEST_F(AccountManagerTest, MayEndInsideAnythingThatItSays) {
             if (--left == 0) manager.reset();
         };
         Start();
-        if (manager) AnswerTable(1807, MakeTable({"fund_token", "error_code"}, {{"T1", "0"}}));
+        if (manager) service.Answer(1807, MakeTable({"fund_token", "error_code"}, {{"T1", "0"}}));
         if (manager) Command("addAccountToGroup", R"({"groupid":"g","accountlist":["7","8"]})");
-        if (manager) AnswerJson(1040, "{}", true);
+        if (manager) service.AnswerJson(1040, "{}", true);
         EXPECT_EQ(manager, nullptr) << published;
     }
 }
 
 TEST_F(AccountManagerTest, ManyAccountsArePublishedInOnePass) {
-    using Clock = std::chrono::steady_clock;
-    const auto costOf = [](const auto& call) {
-        const auto start = Clock::now();
-        call();
-        return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-    };
     Start(5000);
-    heard.clear();
     const CDataTable login = MakeTable({"fund_token", "error_code"}, {{"T1", "0"}});
-    RecordProperty("milliseconds", std::to_string(costOf([&] { AnswerTable(1807, login); })));
-    EXPECT_EQ(Starts(heard), (Lines{"ClientAccountChanged ", "host OnAccountChanged ", "timer 1128"}));
+    EXPECT_EQ(Starts(HeardOf([&] { service.Answer(1807, login); })),
+              (Lines{"ClientAccountChanged ", "host OnAccountChanged ", "timer 1128"}));
     // One account's news say nothing of the others.
     CQueueRespData push;
     push.SetData("Topic", "subkey_session_event");

@@ -14,38 +14,32 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using enum AccountField;
 
-using Texts = std::vector<std::pair<std::string, std::string>>;
-
-CUIData Values(const Texts& texts) {
-    CUIData values;
-    for (const auto& [name, text] : texts) values.SetData(name, text);
-    return values;
-}
+constexpr auto Values = ServiceProbe::Values;
 
 class AccountTest : public testing::Test {
   protected:
     AccountTest() {
         for (const AccountFieldInfo& info : kAccountFieldTable)
-            m_account->Set(info.field,
-                           info.IsSerialised() && !info.isSecret ? "[" + std::string(info.key) + "]" : "");
-        m_account->Set(kAccountId, "1001");
-        m_account->Set(kBrokerId, "7");
-        m_account->Set(kTradeType, "1");
-        m_account->Set(kBindStatus, "0");
-        m_account->Set(kCanUse, "1");
-        m_account->RebuildKey();
+            account->Set(info.field,
+                         info.IsSerialised() && !info.isSecret ? "[" + std::string(info.key) + "]" : "");
+        account->Set(kAccountId, "1001");
+        account->Set(kBrokerId, "7");
+        account->Set(kTradeType, "1");
+        account->Set(kBindStatus, "0");
+        account->Set(kCanUse, "1");
+        account->RebuildKey();
     }
 
-    void Answer(const CQueueRespData& response) { m_account->OnResponse(&response); }
+    void Answer(const CQueueRespData& response) { account->OnResponse(&response); }
     // The account after a re-entry of passwords was asked for.
     bool EnterPassword() {
-        return m_account->EditPassword(
+        return account->EditPassword(
             Values({{"password", "clear-1"}, {"txpassword", "clear-2"}, {"token", "T"}}),
             [](std::string_view text) { return "<" + std::to_string(text.size()) + ">"; });
     }
 
-    ServiceProbe m_service;
-    std::unique_ptr<CAccount> m_account = std::make_unique<CAccount>(m_service);
+    ServiceProbe service;
+    std::unique_ptr<CAccount> account = std::make_unique<CAccount>(service);
 };
 
 TEST_F(AccountTest, AnswersChangeTheAccount) {
@@ -61,8 +55,8 @@ TEST_F(AccountTest, AnswersChangeTheAccount) {
         std::string state;  // bound, usable, message, name, nickname, mark, permissions, password
     };
     const CDataTable none;
-    const auto bind = [&] { return m_account->Bind(Values({{"useraccount", "u"}})); };
-    const auto unbind = [&] { return m_account->Unbind(Values({{"useraccount", "u"}, {"user_id", "x"}})); };
+    const auto bind = [&] { return account->Bind(Values({{"useraccount", "u"}})); };
+    const auto unbind = [&] { return account->Unbind(Values({{"useraccount", "u"}, {"user_id", "x"}})); };
     const auto enter = [&] { return EnterPassword(); };
     const std::string entered =
         "1808 Table=[account_code,trade_type,institution_id,broker_id,issimulate,password,"
@@ -79,7 +73,7 @@ TEST_F(AccountTest, AnswersChangeTheAccount) {
         {unbind, "1037 useraccount=u account_code=1001 product_id=[productid] institution_id=[institutionid] user_id=x",
          none, "unbind_account", {"，解绑请求已发送！", "，解绑成功！"},
          "0 1 [AccountMsg] [accountname] [nickname] [accountmark] [PermissionCode] "},
-        {[&] { return m_account->Edit(Values({{"account_mark", "mark"}, {"alias", Gbk("别名")}, {"unknown", "x"}})); },
+        {[&] { return account->Edit(Values({{"account_mark", "mark"}, {"alias", "别名"}, {"unknown", "x"}})); },
          "1049 Table=[account_code,trade_type,institution_id,broker_id,issimulate,account_mark,alias,user_id|"
          "1001,1,[institutionid],7,[issimulate],mark,别名,[userid]]",
          none, "edit_account", {"，编辑成功！"}, "0 1 [AccountMsg] [accountname] 别名 mark [PermissionCode] "},
@@ -89,47 +83,47 @@ TEST_F(AccountTest, AnswersChangeTheAccount) {
          "0 1 正常 李四 李四_[qsname] mark 8 clear-1"},
         {enter, entered, MakeTable({"error_code"}, {{"0"}}), "edit_password", {"，重输密码成功！"},
          "0 1 正常 李四 李四_[qsname] mark 8 clear-1"},
-        {[&] { return m_account->Logout(Values({{"client_user_id", "c"}})); }, "1032 fund_token=[fund_token] client_user_id=c",
+        {[&] { return account->Logout(Values({{"client_user_id", "c"}})); }, "1032 fund_token=[fund_token] client_user_id=c",
          none, "logout_account", {"，注销成功！"}, "0 0 手动注销 李四 李四_[qsname] mark 8 "},
     };
     // clang-format on
     for (const Case& each : cases) {
-        const size_t sent = m_service.host.pushed.size();
+        const size_t sent = service.host.pushed.size();
         ASSERT_EQ(each.ask(), !each.request.empty());
-        ASSERT_EQ(m_service.host.pushed.size() - sent, each.request.empty() ? 0u : 1u);
+        ASSERT_EQ(service.host.pushed.size() - sent, each.request.empty() ? 0u : 1u);
         if (!each.request.empty()) {
-            EXPECT_EQ(GbkToUtf8(m_service.LastRequest()), each.request);
-            Answer(ServiceProbe::WithTable(m_service.AnswerToLast(), each.answer));
-            ASSERT_EQ(m_service.events.size(), 1u) << each.event;
-            EXPECT_EQ(m_service.events[0].payload.ToText(), m_account->ToJson().ToText());
-            EXPECT_EQ(m_service.events[0].uuid, m_service.host.pushed.back().GetDataString("UUID"));
-            EXPECT_THAT(m_service.Events(), ElementsAre(each.event + "_success MODULE_ACCOUNT 1001|7|1"));
+            EXPECT_EQ(GbkToUtf8(service.LastRequest()), each.request);
+            Answer(ServiceProbe::WithTable(service.AnswerToLast(), each.answer));
+            ASSERT_EQ(service.events.size(), 1u) << each.event;
+            EXPECT_EQ(service.events[0].payload.ToText(), account->ToJson().ToText());
+            EXPECT_EQ(service.events[0].uuid, service.host.pushed.back().GetDataString("UUID"));
+            EXPECT_THAT(service.Events(), ElementsAre(each.event + "_success MODULE_ACCOUNT 1001|7|1"));
         }
         std::vector<std::string> lines;
         for (const std::string& end : each.lines) lines.push_back("account:账户ID:1001" + end);
-        EXPECT_EQ(m_service.Lines(), lines);
-        std::string state(m_account->Get(kBindStatus));
+        EXPECT_EQ(service.Lines(), lines);
+        std::string state(account->Get(kBindStatus));
         for (const AccountField field :
              {kCanUse, kMessage, kAccountName, kNickname, kAccountMark, kPermissionCode, kPassword})
-            (state += ' ') += m_account->Get(field);
+            (state += ' ') += account->Get(field);
         EXPECT_EQ(GbkToUtf8(state), each.state) << each.event;
     }
-    EXPECT_TRUE(m_account->Password(kTxPassword).IsEmpty());
-    const CQueueReqItem& request = m_service.host.pushed.back();
+    EXPECT_TRUE(account->Password(kTxPassword).IsEmpty());
+    const CQueueReqItem& request = service.host.pushed.back();
     EXPECT_EQ(request.GetDataText("FundToken"), "[fund_token]");
     EXPECT_EQ(request.GetDataText("log_source") + FakeHost::Params(request).GetDataText("log_source"),
               "MODULE_ACCOUNTMANAGERMODULE_ACCOUNTMANAGER");
-    EXPECT_EQ(request.GetDataText("From"), std::to_string(m_account->GetHandle()));
+    EXPECT_EQ(request.GetDataText("From"), std::to_string(account->GetHandle()));
     EXPECT_EQ(request.GetDataText("UUID").size(), 36u);
 }
 
 TEST_F(AccountTest, PasswordsDoNotLeaveWithoutCipher) {
     const CUIData values = Values({{"password", "clear-3"}});
-    EXPECT_TRUE(m_account->EditPassword(values, nullptr));
-    EXPECT_TRUE(m_account->EditPassword(values, [](auto) { return std::nullopt; }));
-    EXPECT_THAT(m_service.host.pushed, IsEmpty());
+    EXPECT_TRUE(account->EditPassword(values, nullptr));
+    EXPECT_TRUE(account->EditPassword(values, [](auto) { return std::nullopt; }));
+    EXPECT_THAT(service.host.pushed, IsEmpty());
     const std::string failed = "edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 发送重输密码请求失败！";
-    EXPECT_THAT(m_service.Events(), ElementsAre(failed, failed));
+    EXPECT_THAT(service.Events(), ElementsAre(failed, failed));
 }
 
 TEST_F(AccountTest, FailuresTellTheReason) {
@@ -142,14 +136,14 @@ TEST_F(AccountTest, FailuresTellTheReason) {
         {"", "-8989 绑定失败！"},
     };
     for (const auto& [json, reason] : cases) {
-        m_account->Bind({});
-        CQueueRespData response = m_service.AnswerToLast(false);
+        account->Bind({});
+        CQueueRespData response = service.AnswerToLast(false);
         CJsonObject object;
         if (object.Parse(json)) response.SetData("JsonData", object);
         Answer(response);
-        EXPECT_THAT(m_service.Events(), ElementsAre("bind_account_failed MODULE_ACCOUNT 1001|7|1 " + reason))
+        EXPECT_THAT(service.Events(), ElementsAre("bind_account_failed MODULE_ACCOUNT 1001|7|1 " + reason))
             << json;
-        EXPECT_FALSE(m_account->IsBound());
+        EXPECT_FALSE(account->IsBound());
     }
 }
 
@@ -157,88 +151,88 @@ TEST_F(AccountTest, LoginAnswerWithoutARowIsAFailure) {
     const CDataTable noRow = MakeTable({"error_code"}, {});
     for (const CDataTable* const table : {static_cast<const CDataTable*>(nullptr), &noRow}) {
         EnterPassword();
-        CQueueRespData response = m_service.AnswerToLast();
+        CQueueRespData response = service.AnswerToLast();
         response.SetData("Table", "no table");
         if (table) response.SetData("Table", *table);
         response.SetData("RawData", Gbk("<乱>"));
         Answer(response);
-        EXPECT_EQ(GbkToUtf8(m_service.events.at(0).payload.ToText()),
+        EXPECT_EQ(GbkToUtf8(service.events.at(0).payload.ToText()),
                   R"({"error_code":"-8989","msg":"获取应答数据生成表格失败！原始数据：<乱>"})");
-        EXPECT_THAT(m_service.Events(), ElementsAre("edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 "
-                                                    "获取应答数据生成表格失败！原始数据：<乱>"));
-        EXPECT_TRUE(m_account->CanUse());
-        EXPECT_TRUE(m_account->Password(kPassword).IsEmpty());
+        EXPECT_THAT(service.Events(), ElementsAre("edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 "
+                                                  "获取应答数据生成表格失败！原始数据：<乱>"));
+        EXPECT_TRUE(account->CanUse());
+        EXPECT_TRUE(account->Password(kPassword).IsEmpty());
     }
 }
 
 TEST_F(AccountTest, EachRequestHasOneAnswer) {
     const uint64_t before = CCounters::Get("account_answer_repeated");
-    m_account->Bind(Values({{"UUID", "one"}}));
-    CQueueRespData wrong = m_service.AnswerToLast(false);
+    account->Bind(Values({{"UUID", "one"}}));
+    CQueueRespData wrong = service.AnswerToLast(false);
     wrong.SetData("REQTYPE", 1037);
-    Answer(wrong);                                        // of another request's type
-    CQueueRespData late = m_service.AnswerToLast(false);  // says the opposite
-    Answer(m_service.AnswerToLast());
+    Answer(wrong);                                      // of another request's type
+    CQueueRespData late = service.AnswerToLast(false);  // says the opposite
+    Answer(service.AnswerToLast());
     Answer(late);
     Answer(CQueueRespData());
-    m_account->OnResponse(nullptr);
-    EXPECT_TRUE(m_account->IsBound());
-    EXPECT_THAT(m_service.Events(), ElementsAre("bind_account_success MODULE_ACCOUNT 1001|7|1"));
+    account->OnResponse(nullptr);
+    EXPECT_TRUE(account->IsBound());
+    EXPECT_THAT(service.Events(), ElementsAre("bind_account_success MODULE_ACCOUNT 1001|7|1"));
     EXPECT_EQ(CCounters::Get("account_answer_repeated") - before, 3u);
 
     // Two requests under one identifier: the second is refused, the first is still answered. An answer that lost
     // what was asked is as good as one that did not.
-    EXPECT_TRUE(m_account->Edit(Values({{"UUID", "two"}, {"alias", "first"}})));
-    EXPECT_TRUE(m_account->Edit(Values({{"UUID", "two"}, {"alias", "second"}})));
-    CQueueRespData bare = m_service.AnswerToLast();
+    EXPECT_TRUE(account->Edit(Values({{"UUID", "two"}, {"alias", "first"}})));
+    EXPECT_TRUE(account->Edit(Values({{"UUID", "two"}, {"alias", "second"}})));
+    CQueueRespData bare = service.AnswerToLast();
     bare.Remove("Request");
     Answer(bare);
-    EXPECT_THAT(m_service.Events(),
+    EXPECT_THAT(service.Events(),
                 ElementsAre("edit_account_failed MODULE_ACCOUNT 1001|7|1 -8989 发送编辑账户请求失败！",
                             "edit_account_success MODULE_ACCOUNT 1001|7|1"));
-    EXPECT_EQ(m_account->Get(kNickname), "first");
+    EXPECT_EQ(account->Get(kNickname), "first");
 }
 
 TEST_F(AccountTest, AnswersInPartsAreOne) {
     EnterPassword();
     CQueueRespData part, last;
-    CQueueRespData host = ServiceProbe::WithTable(m_service.AnswerToLast(),
+    CQueueRespData host = ServiceProbe::WithTable(service.AnswerToLast(),
                                                   MakeTable({"account_name", "error_code"}, {{"A", "0"}}));
     host.SetData("IsLast", false);
     part.CopyFrom(host);
     Answer(part);
-    EXPECT_THAT(m_service.Events(), IsEmpty());
-    last.CopyFrom(m_service.AnswerToLast());
+    EXPECT_THAT(service.Events(), IsEmpty());
+    last.CopyFrom(service.AnswerToLast());
     Answer(last);
-    EXPECT_EQ(m_service.Events().size(), 1u);
-    EXPECT_EQ(m_account->Get(kAccountName), "A");
+    EXPECT_EQ(service.Events().size(), 1u);
+    EXPECT_EQ(account->Get(kAccountName), "A");
 }
 
 TEST_F(AccountTest, MayBeDestroyedByWhoeverItCalls) {
-    m_service.onEvent = [this](const ResultEvent&) { m_account.reset(); };
-    m_account->Bind({});
-    Answer(m_service.AnswerToLast());
-    EXPECT_EQ(m_service.Events().size(), 1u);
+    service.onEvent = [this](const ResultEvent&) { account.reset(); };
+    account->Bind({});
+    Answer(service.AnswerToLast());
+    EXPECT_EQ(service.Events().size(), 1u);
 
-    m_account = std::make_unique<CAccount>(m_service);
-    EXPECT_TRUE(m_account->EditPassword({}, nullptr));  // the event destroys it
-    EXPECT_FALSE(m_account);
-    m_account = std::make_unique<CAccount>(m_service);
-    m_service.host.onPush = [this](CQueueReqItem&) { m_account.reset(); };
-    EXPECT_TRUE(m_account->Bind({}));
-    EXPECT_FALSE(m_account);
+    account = std::make_unique<CAccount>(service);
+    EXPECT_TRUE(account->EditPassword({}, nullptr));  // the event destroys it
+    EXPECT_FALSE(account);
+    account = std::make_unique<CAccount>(service);
+    service.host.onPush = [this](CQueueReqItem&) { account.reset(); };
+    EXPECT_TRUE(account->Bind({}));
+    EXPECT_FALSE(account);
 }
 
 TEST_F(AccountTest, JsonKeepsTheOrderOfFields) {
-    m_account->Set(kPassword, "p");
-    m_account->Set(kSpare1, "spare");
+    account->Set(kPassword, "p");
+    account->Set(kSpare1, "spare");
     Portfolios portfolios;
     EXPECT_TRUE(ReadPortfolios(Gbk(R"([{"portfolio_id":"2","portfolio_name":"淺丶","fund_token":"F2"},
         {"portfolio_id":10,"portfolio_code":"c","remarks":"r","is_default":1,"fund_token":"F10"}])"),
                                portfolios));
-    m_account->SetPortfolios(portfolios);
+    account->SetPortfolios(portfolios);
     EXPECT_EQ(
-        GbkToUtf8(m_account->ToJson().ToText()),
+        GbkToUtf8(account->ToJson().ToText()),
         R"({"accountkey":"1001|7|1","id":"[id]","accountid":"1001","accountname":"[accountname]","nickname":"[nickname]",)"
         R"("accountmark":"[accountmark]","qsid":"7","qsname":"[qsname]","yybid":"[yybid]","yybname":"[yybname]",)"
         R"("productid":"[productid]","productname":"[productname]","institutionid":"[institutionid]","userid":"[userid]",)"

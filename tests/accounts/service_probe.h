@@ -2,13 +2,19 @@
 // hand, events and log lines are written down.
 #pragma once
 
+#include <algorithm>
 #include <functional>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "accounts/result_event.h"
 #include "base/text.h"
 #include "codedata/data_manager.h"
+#include "messaging/handle_text.h"
+#include "messaging/request_types.h"
+#include "messaging/response_routing.h"
 #include "tests/fakes/describe.h"
 #include "tests/fakes/fake_host.h"
 #include "tests/fakes/tables.h"
@@ -56,6 +62,40 @@ class ServiceProbe : public ResultEventSink, public ElkSink {
         CUIData params = FakeHost::Params(host.pushed.back());
         for (const char* added : {"log_source", "routeType", "destServer"}) params.Remove(added);
         return std::to_string(host.pushed.back().GetDataLong("REQTYPE")) + ' ' + Describe(params);
+    }
+
+    // The last request of the type.
+    CQueueReqItem Sent(int type) const {
+        const auto found = std::find_if(host.pushed.rbegin(), host.pushed.rend(),
+                                        [&](const auto& each) { return RequestTypeOf(each) == type; });
+        return found == host.pushed.rend() ? throw std::runtime_error("no request of that type") : *found;
+    }
+    auto CountSent(int type) const { return std::ranges::count(host.pushed, type, RequestTypeOf); }
+    static CDataTable RowsOf(const CQueueReqItem& request) {
+        CDataTable table;
+        FakeHost::Params(request).GetData("Table", table);
+        return table;
+    }
+
+    // Answers go to whoever sent the request, when he is still there.
+    static void Deliver(const CQueueReqItem& request, const CQueueRespData& answer) {
+        DeliverResponse(HandleFromText(request.GetDataText("From")), answer);
+    }
+    static void Answer(const CQueueReqItem& request, const CDataTable& table = CDataTable(),
+                       bool isGood = true) {
+        Deliver(request, WithTable(AnswerTo(request, isGood), table));
+    }
+    void Answer(int type, const CDataTable& table = CDataTable()) const { Answer(Sent(type), table); }
+    void AnswerJson(int type, const std::string& text, bool isGood = true) const {
+        CQueueRespData answer = AnswerTo(Sent(type), isGood);
+        if (CJsonObject json; json.Parse(Gbk(text))) answer.SetData("JsonData", json);
+        Deliver(Sent(type), answer);
+    }
+    // A record of texts, from UTF-8.
+    static CUIData Values(const std::vector<std::pair<std::string, std::string>>& texts) {
+        CUIData values;
+        for (const auto& [name, text] : texts) values.SetData(name, Gbk(text));
+        return values;
     }
 
     // An answer to a request, as the router hands it on; DATATYPE -1 when it failed.
