@@ -253,12 +253,12 @@ function accounts.run(session)
         return good and at_broker("demo", CHEN).key == nil, seen
     end)
 
-    step("A desk signs in that trades for others (PB_MODE)", "its accounts take the place of the others", function()
+    step("A desk signs in that trades for others (PB_MODE)", "the accounts and groups of the user before are gone, then come those of the desk", function()
         session.use_settings("\\qsclient\\system\\systemset.cfg")
         session.write_setting("RunMode", "PB_MODE")
         session.use_settings(session.settings_file)
         local unknown = ALL .. "1001|8|1 李明_样例证券 [默认单元] 密码为空; 1001|8|2"
-        return check({GROUPS, unknown, unknown, ORDER .. "1001|8|1", "host login: "}, function()
+        return check({ALL, GROUPS, GROUPS, unknown, unknown, "host login: "}, function()
             session.luadui.on_error("accountpage:" .. to_codepage(PAGE), object({user = "desk", id = "2"}))
         end)
     end)

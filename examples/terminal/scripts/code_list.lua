@@ -144,6 +144,7 @@ function code_list.run(session)
         local good, text = compare({list[1].code, list[#list].pinyin, list[#list].name})
         return good, text
     end)
+    while session.take_record() do end
 end
 
 return code_list

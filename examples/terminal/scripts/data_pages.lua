@@ -205,9 +205,13 @@ function data_pages.run(session, before)
         end)
     end)
 
-    step("An account logs in", "its row is news; the host is asked to keep the account that came online (1903)", function()
+    step("An account logs in", "its row is news, and so are the lists of accounts; the host is asked to keep the account that " ..
+         "came online (1903)", function()
         local asked = session.requests(1903)
-        local good, seen = check(to(ALL, "account 880002, 1 rows (push)"), 1, function() terminal.come_online("880002") end)
+        local every = "accountdatalist 880001,880002,880003, 3 rows (push)"
+        local good, seen = check(both(both(to(ALL, "account 880002, 1 rows (push)", every), to(BACK, every)),
+                                      to(CORE, "accountdatalist 880001, 1 rows (push)")), 1,
+                                 function() terminal.come_online("880002") end)
         return good and session.requests(1903) == asked + 1, seen
     end)
 

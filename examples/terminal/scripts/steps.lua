@@ -21,7 +21,7 @@ function steps.finish()
     local names = {}
     for name in pairs(terminal.counters()) do names[#names + 1] = name end
     table.sort(names)
-    print("\nDropped, refused or unreadable during the scenario:")
+    print("\nCounted during the scenario (what was dropped, refused or unreadable, and quotes):")
     for _, name in ipairs(names) do print(("    %-28s %d"):format(name, terminal.counters()[name])) end
     print(failed == 0 and ("\nAll %d steps passed."):format(number) or ("\n%d of %d steps FAILED."):format(failed, number))
     return failed == 0 and 0 or 1
