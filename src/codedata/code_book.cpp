@@ -11,7 +11,7 @@ CodeBook::Entry CodeBook::At(size_t entry) const {
     const char* at = m_texts.data() + texts.at;
     return {{at, texts.code},
             {at + texts.code, texts.name},
-            m_markets[texts.market].id,
+            m_markets[m_index.Label(static_cast<uint32_t>(entry))].id,
             {at + texts.code + texts.name, texts.phonetic}};
 }
 
@@ -20,7 +20,7 @@ std::wstring_view CodeBook::WideName(size_t entry) const {
 }
 
 std::wstring_view CodeBook::WideMarket(size_t entry) const {
-    return m_markets[m_entries[entry].market].wideId;
+    return m_markets[m_index.Label(static_cast<uint32_t>(entry))].wideId;
 }
 
 std::wstring CodeBook::SearchKey(size_t entry) const {
@@ -61,7 +61,7 @@ std::optional<size_t> CodeBook::Find(std::string_view code) const noexcept {
 std::optional<size_t> CodeBook::Find(std::string_view code, std::string_view market) const noexcept {
     const auto entries = EntriesOf(code);
     const auto idOf = [this](uint32_t entry) -> std::string_view {
-        return m_markets[m_entries[entry].market].id;
+        return m_markets[m_index.Label(entry)].id;
     };
     for (const uint32_t entry : entries) {
         if (idOf(entry) == market) return entry;

@@ -71,15 +71,15 @@ class CodeBook {
     std::span<const uint32_t> ByCode() const { return m_byCode; }
 
     const SubstringIndex& Index() const { return m_index; }
-    // What begins at an occurrence of the index.
-    Part PartAt(uint32_t occurrence) const { return m_parts[occurrence]; }
+    // What begins at that place of the index.
+    Part PartAt(uint32_t place) const { return m_parts[place]; }
     size_t Bytes() const noexcept;  // of memory, the index included
 
   private:
     // Code, name and phonetic, one after the other in m_texts from `at` on, and the name in m_wideNames.
     struct Texts {
         uint32_t at, wideName;
-        uint8_t code, name, phonetic, wideLength, market;
+        uint8_t code, name, phonetic, wideLength;
     };
     struct Market {
         std::string id;

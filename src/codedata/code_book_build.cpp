@@ -121,7 +121,9 @@ class CodeBook::Builder {
     void _writeKeys() {
         std::wstring keys;  // all of them, so that they are upper-cased in one go
         size_t count = 0;
-        for (; count < m_rows.size() && keys.size() <= SubstringIndex::kMaxText; ++count) {
+        for (; count < std::min(m_rows.size(), SubstringIndex::kMaxKeys) &&
+               keys.size() <= SubstringIndex::kMaxText;
+             ++count) {
             Row& row = m_rows[count];
             row.key = static_cast<uint32_t>(keys.size());
             _appendKey(row, keys);
@@ -183,7 +185,7 @@ class CodeBook::Builder {
         m_book->m_texts.shrink_to_fit();
         m_book->m_wideNames.shrink_to_fit();
         m_keys = {};
-        m_book->m_index = SubstringIndex(std::move(keys), std::move(starts), labels);
+        m_book->m_index = SubstringIndex(std::move(keys), std::move(starts), std::move(labels));
     }
 
     void _writeEntry(const Row& row) {
@@ -193,7 +195,7 @@ class CodeBook::Builder {
         m_book->m_entries.push_back(
             {static_cast<uint32_t>(texts.size()), static_cast<uint32_t>(m_book->m_wideNames.size()),
              static_cast<uint8_t>(record.code.size()), static_cast<uint8_t>(record.name.size()),
-             static_cast<uint8_t>(record.phonetic.size()), static_cast<uint8_t>(name.size()), row.market});
+             static_cast<uint8_t>(record.phonetic.size()), static_cast<uint8_t>(name.size())});
         texts.append(record.code).append(record.name).append(record.phonetic);
         m_book->m_wideNames += name;
     }
@@ -201,9 +203,11 @@ class CodeBook::Builder {
     void _writeParts() {
         const SubstringIndex& index = m_book->m_index;
         std::vector<Part> parts;  // of the text of all keys
+        std::vector<size_t> starts;
         for (uint32_t key = 0; key < index.KeyCount(); ++key) {
             const std::u16string_view text = index.Key(key);
-            const size_t start = parts.size(), name = start + m_book->m_entries[key].code;
+            const size_t start = starts.emplace_back(parts.size()),
+                         name = start + m_book->m_entries[key].code;
             parts.resize(start + text.size());
             const size_t reading = name + m_book->m_entries[key].wideLength;
             for (size_t i = reading; i < parts.size(); ++i) {
@@ -213,7 +217,8 @@ class CodeBook::Builder {
             parts[start] = Part::kCode;
         }
         m_book->m_parts.resize(parts.size());
-        for (uint32_t i = 0; i < parts.size(); ++i) m_book->m_parts[i] = parts[index.Position(i)];
+        for (uint32_t i = 0; i < parts.size(); ++i)
+            m_book->m_parts[i] = parts[starts[index.KeyAt(i)] + index.OffsetAt(i)];
     }
 
     void _writeCodeTable() {
@@ -244,6 +249,7 @@ class CodeBook::Builder {
     std::vector<uint32_t> m_order;  // of the rows, by key
 };
 
+static_assert(CodeList::kMaxCode + CodeList::kMaxName + CodeList::kMaxPhonetic < SubstringIndex::kMaxKey);
 static_assert(CodeList::kMaxCode <= UINT8_MAX && CodeList::kMaxName <= UINT8_MAX &&
               CodeList::kMaxPhonetic <= UINT8_MAX);
 

@@ -28,13 +28,16 @@ class Search {
     }
 
   private:
-    // An occurrence, ordered by market and, within it, by place in the text, which is by code.
-    static uint64_t _hit(uint64_t market, uint32_t position) { return market << 32 | position; }
+    // An occurrence, ordered by market and, within it, by key, which begins with the code.
+    uint64_t _hit(uint32_t place) const {
+        const uint32_t key = m_index.KeyAt(place);
+        return uint64_t{m_index.Label(key)} << 48 | uint64_t{key} << 16 | m_index.OffsetAt(place);
+    }
 
-    bool _begins(CodeBook::Part part, uint32_t occurrence) const { return m_book.PartAt(occurrence) == part; }
+    bool _begins(CodeBook::Part part, uint32_t place) const { return m_book.PartAt(place) == part; }
 
-    bool _isWholeCode(uint32_t occurrence) const {
-        return m_book.At(m_index.KeyAt(m_index.Position(occurrence))).code.size() == m_query.size();
+    bool _isWholeCode(uint32_t place) const {
+        return m_book.At(m_index.KeyAt(place)).code.size() == m_query.size();
     }
 
     // Takes the first ones of those occurrences that are of the kind.
@@ -43,22 +46,20 @@ class Search {
         if (m_found.size() == m_max) return;
         m_hits.clear();
         for (uint32_t i = range.first; i < range.last; ++i) {
-            if (isOfKind(i)) m_hits.push_back(_hit(m_index.Label(i), m_index.Position(i)));
+            if (isOfKind(i)) m_hits.push_back(_hit(i));
         }
         std::make_heap(m_hits.begin(), m_hits.end(), std::greater<>());
         while (!m_hits.empty() && m_found.size() < m_max) {
             std::pop_heap(m_hits.begin(), m_hits.end(), std::greater<>());
-            _takeKey(static_cast<uint32_t>(m_hits.back()), match);
+            _takeKey(m_hits.back() >> 16 & UINT32_MAX, m_hits.back() & UINT16_MAX, match);
             m_hits.pop_back();
         }
     }
 
-    void _takeKey(uint32_t position, CodeMatch match) {
-        const uint32_t key = m_index.KeyAt(position);
+    void _takeKey(size_t key, size_t start, CodeMatch match) {
         if (m_isTaken[key]) return;
         m_isTaken[key] = true;
         const CodeBook::Entry entry = m_book.At(key);
-        size_t start = position - m_index.KeyStart(key);
         CodeField field = CodeField::kCode;
         const size_t lengths[] = {entry.code.size(), m_book.WideName(key).size()};
         for (const size_t length : lengths) {

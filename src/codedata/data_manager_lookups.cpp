@@ -1,6 +1,7 @@
 // The keyboard wizard, names and markets of securities: answers from the code book of the moment.
 #include <optional>
 
+#include "base/counters.h"
 #include "base/data_table.h"
 #include "base/text.h"
 #include "codedata/code_book.h"
@@ -63,9 +64,13 @@ void CDataManager::Update_CodeList(uint16_t, uint32_t, uint32_t, uint32_t) {
 int CDataManager::InitETFKeyFairy(const CDataTable& funds) {
     std::vector<CodeLoader::Addition> additions;
     for (int row = 0; row < funds.GetRowNumber(); ++row) {
+        const std::string_view code = Cell(funds, row, {"stock_code", "SecurityID"});
         const std::string_view market = Cell(funds, row, {"stock_marketid", "Market"});
-        additions.push_back({std::string(Cell(funds, row, {"stock_code", "SecurityID"})),
-                             std::string(Cell(funds, row, {"stock_name", "SecurityName"})),
+        if (code.empty() || market.empty()) {
+            CCounters::Add("code_list_row_unusable");
+            continue;
+        }
+        additions.push_back({std::string(code), std::string(Cell(funds, row, {"stock_name", "SecurityName"})),
                              std::string(FundMarketOf(market)),
                              std::string(Cell(funds, row, {"stock_phonetic"}))});
     }
