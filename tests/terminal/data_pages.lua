@@ -2,4 +2,5 @@
 local session = ...
 require("data_pages").run(session, {pages = {}, orders = 0, shares = 12000})
 require("trading").run(session, {pages = {"总览"}})
+require("quotes").run(session, "交易")
 return require("steps").finish()

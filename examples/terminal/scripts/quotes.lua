@@ -198,6 +198,20 @@ function quotes.run(session, page)
                                                        place and row["AmountBuy" .. place] or "?", text)
     end)
 
+    step("Prices of an order, by the book", "for another page, of the quotes that are current, without asking", function()
+        local code, market = favourites[1]:match("^(%w+):(%d+)$")
+        local quote, sent, seen, good = quote_of(favourites[1]), session.requests(1051), {}, true
+        for _, level in ipairs({{"S1", "sell1"}, {"B3", "buy3"}, {"ZT", "limit_up"}, {"0", "last"}}) do
+            session.command(page, {["do"] = "ask", kind = "price_level", price_level = level[1], stock_code = code,
+                                   stock_marketid = market})
+            idle(100)
+            local price = (session.view(page).text:match("\nprice_level: ([^\n]*)") or ""):match("%f[%w]price=(%S+)")
+            good = good and tonumber(price) == tonumber(quote[level[2]])
+            seen[#seen + 1] = ("%s %s"):format(level[1], tostring(price))
+        end
+        return good and session.requests(1051) == sent, table.concat(seen, ", ")
+    end)
+
     step("A single quote (1055)", "the asker gets it", function()
         listen()
         session.quote_command(FEW, {["do"] = "single", codes = favourites[1]})
