@@ -23,12 +23,17 @@ enum SyncRequest : int {
 
 CallbackTargets g_targets;
 std::atomic<const CallbackTargets*> g_current{nullptr};
+std::atomic<int> g_running{0};
 
 // Lua code and C code call through here; no exception may pass.
 template <class Work>
 int Guard(Work work) {
-    const CallbackTargets* targets = g_current.load(std::memory_order_acquire);
-    if (targets) luadui::Guarded("host_callback_failed", [&] { work(*targets); });
+    ++g_running;
+    if (const CallbackTargets* const targets = g_current.load()) {
+        luadui::Guarded("host_callback_failed", [&] { work(*targets); });
+    }
+    --g_running;
+    g_running.notify_all();
     return 0;
 }
 
@@ -103,11 +108,14 @@ void AnswerRequest(const CallbackTargets& targets, CUIData& request) {
 
 bool SetCallbacks(const Library& library, const CallbackTargets& targets) {
     g_targets = targets;
-    g_current.store(&g_targets, std::memory_order_release);
+    g_current = &g_targets;
     return library.setPushCallback(&OnPush) && library.setRequestSyncCallback(&OnRequestSync) &&
            library.setLoginCallback(&OnLogin);
 }
 
-void ClearCallbackTargets() { g_current.store(nullptr, std::memory_order_release); }
+void ClearCallbackTargets() {
+    g_current = nullptr;
+    while (const int running = g_running.load()) g_running.wait(running);
+}
 
 }  // namespace terminal

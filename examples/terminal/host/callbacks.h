@@ -17,8 +17,8 @@ struct CallbackTargets {
     News* news = nullptr;
 };
 
-// Registers the callbacks. `targets` is used until ClearCallbackTargets, which is called when no thread of the library
-// runs any more.
+// Registers the callbacks. `targets` is used until ClearCallbackTargets returns: it waits for callbacks that run, as the
+// library loads its code list in a thread that nobody else can wait for. Later ones do nothing.
 bool SetCallbacks(const Library& library, const CallbackTargets& targets);
 void ClearCallbackTargets();
 

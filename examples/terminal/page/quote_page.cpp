@@ -30,9 +30,8 @@ constexpr const char* kColumns[] = {
 constexpr int kShownColumns = 11;
 
 const std::vector<luadui::HashedKey>& Columns() {
-    static const auto* const keys =
-        new std::vector<luadui::HashedKey>(std::begin(kColumns), std::end(kColumns));
-    return *keys;
+    static const std::vector<luadui::HashedKey> keys(std::begin(kColumns), std::end(kColumns));
+    return keys;
 }
 
 std::string KindOf(std::string_view code) {
