@@ -8,7 +8,7 @@ code=${PIPESTATUS[0]}
 places=("$data" "$said")
 [ -d "$logs" ] && places+=("$logs")
 # A broker that got no encrypted password at all, or no trace record, would prove nothing.
-for seen in 'REQTYPE=1808 .*\|[A-Za-z0-9+/]{171}=\|' 'REQTYPE=1807 .*\|[A-Za-z0-9+/]{171}=\|' 'REQTYPE=1466 .*MODULE_ACCOUNTMANAGER'; do
+for seen in 'REQTYPE=1808 .*\|[A-Za-z0-9+/]{171}=\|' 'REQTYPE=1807 .*\|[A-Za-z0-9+/]{171}=\|' 'REQTYPE=1466 .*MODULE_ACCOUNTMANAGER' 'REQTYPE=1466 .*[|]T1[|]'; do
     grep -qaE "$seen" "$data/broker/traffic.log" || { echo "FAILED: the broker never got $seen"; code=1; }
 done
 found=$("$(dirname "$0")/find_planted.sh" "${places[@]}") || code=1

@@ -37,7 +37,8 @@ struct BrokerFiles {
 // A query whose "Params" "isSub" is "true" also subscribes its sender to change notices of that request type and
 // account; "unsub" = "true" ends that and is not answered. Whatever changes an account is pushed to the client as well:
 // the rows of its orders and deals ("Entrust|", "Trade|"), each of them as a report ("entrustret", "traderet"), its
-// positions and its funds. Orders are matched in steps of kStep, as long as deals are made (see Exchange).
+// positions and its funds. Orders are matched in steps of kStep, as long as deals are made (see Exchange). Requests for
+// quotes go to the quote server (see QuoteFeed) and have no planned faults.
 class Broker {
   public:
     using Deliver = std::function<void(luadui::CUIData& record)>;
