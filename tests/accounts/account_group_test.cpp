@@ -63,16 +63,16 @@ TEST_F(AccountGroupTest, LifeOfAGroup) {
         {[&] { return m_groups.DeleteGroup(About("g")); }, "", {"账户组ID:g，不存在，删除失败！"}, "", ""},
         {[&] { return m_groups.AddGroup(About("g")); }, "1038 useraccount=user groupid=g groupname=Gg grouptype=1 issimulate=0",
          {"账户组ID:g，添加请求已发送！", "账户组ID:g，添加成功！"},
-         "add_accountgroup_success MODULE_ACCOUNTGROUP_LIST", "{\"groupinfo\":{" + info + "}}"},
+         "add_accountgroup_success ACCOUNTGROUP_LIST", "{\"groupinfo\":{" + info + "}}"},
         {[&] { return m_groups.AddGroup(About("g")); }, "", {"账户组ID:g，已存在，添加失败！"}, "", ""},
         {add, "1040 useraccount=user groupid=g accountid=1001", {"账户ID:1001，添加请求已发送！", "账户ID:1001，添加成功！"},
-         "add_account_ingroup_success MODULE_GROUP", member(R"([\"1001\"])", "1001")},
+         "add_account_ingroup_success GROUP", member(R"([\"1001\"])", "1001")},
         {add, "", {"账户ID:1001，已添加！"}, "", ""},
         {remove, "1041 useraccount=user groupid=g accountid=1001", {"账户ID:1001，删除请求已发送！", "账户ID:1001，删除成功！"},
-         "delete_account_ingroup_success MODULE_GROUP", member("[]", "1001")},
+         "delete_account_ingroup_success GROUP", member("[]", "1001")},
         {remove, "", {"账户ID:1001，已删除！"}, "", ""},
         {[&] { return m_groups.DeleteGroup(About("g")); }, "1039 useraccount=user groupid=g", {"账户组ID:g，删除成功！"},
-         "delete_accountgroup_success MODULE_ACCOUNTGROUP_LIST", "{\"groupinfo\":{" + info + ",\"accountlist\":\"[]\"}}"},
+         "delete_accountgroup_success ACCOUNTGROUP_LIST", "{\"groupinfo\":{" + info + ",\"accountlist\":\"[]\"}}"},
     };
     // clang-format on
     for (const Case& each : cases) {
@@ -93,9 +93,8 @@ TEST_F(AccountGroupTest, LifeOfAGroup) {
     EXPECT_TRUE(m_groups.All().empty());
     EXPECT_FALSE(m_groups.AddAccount(About("g", "1001"))) << "no such group";
     EXPECT_TRUE(m_groups.AddGroup(About("")));
-    EXPECT_THAT(
-        service.Events(),
-        ElementsAre("add_accountgroup_failed MODULE_ACCOUNTGROUP_LIST -8989 发送添加账户组请求失败！"));
+    EXPECT_THAT(service.Events(),
+                ElementsAre("add_accountgroup_failed ACCOUNTGROUP_LIST -8989 发送添加账户组请求失败！"));
 }
 
 TEST_F(AccountGroupTest, MemberTextFollowsTheMembers) {
@@ -149,7 +148,7 @@ TEST_F(AccountGroupTest, AQueryIsTheWholeList) {
         R"({"groupid":"new","groupname":"M","grouptype":"2","issimulate":"1","accountlist":"[\"2\"]"}))");
     EXPECT_EQ(m_groups.Find("kept"), kept) << "its pending requests must find it";
     EXPECT_EQ(service.events.at(0).payload.GetArray("clientgroups").Size(), 2u);
-    EXPECT_THAT(service.Events(), ElementsAre("qry_accountgroup_success MODULE_ACCOUNTGROUP_LIST"));
+    EXPECT_THAT(service.Events(), ElementsAre("qry_accountgroup_success ACCOUNTGROUP_LIST"));
 
     const std::string before = Text();
     m_groups.Query();
@@ -158,9 +157,8 @@ TEST_F(AccountGroupTest, AQueryIsTheWholeList) {
     AnswerLast(false);
     EXPECT_THAT(
         service.Events(),
-        ElementsAre(
-            "qry_accountgroup_failed MODULE_ACCOUNTGROUP_LIST -8989 获取应答数据生成表格失败！原始数据：",
-            "qry_accountgroup_failed MODULE_ACCOUNTGROUP_LIST -8989 查询失败！"));
+        ElementsAre("qry_accountgroup_failed ACCOUNTGROUP_LIST -8989 获取应答数据生成表格失败！原始数据：",
+                    "qry_accountgroup_failed ACCOUNTGROUP_LIST -8989 查询失败！"));
     EXPECT_EQ(Text(), before);
     m_groups.Query();
     AnswerLast(true, MakeTable({"groupid"}, {{"new"}}));  // what the server does not say stays
@@ -181,7 +179,7 @@ TEST_F(AccountGroupTest, AnswersThatCrossEndInTheServersState) {
     EXPECT_EQ(service.Events().size(), 1u) << "the query is not answered yet";
     EXPECT_EQ(service.host.pushed.back().GetDataText("UUID"), query.GetDataText("UUID"));
     AnswerLast(true, Groups({{"g", "G", "1", "0", "[\"1001\"]"}}));
-    EXPECT_THAT(service.Events(), ElementsAre("qry_accountgroup_success MODULE_ACCOUNTGROUP_LIST"));
+    EXPECT_THAT(service.Events(), ElementsAre("qry_accountgroup_success ACCOUNTGROUP_LIST"));
 
     // The query's answer has the member already when the member's own answer comes, twice.
     m_groups.AddAccount(About("g", "1002"));
@@ -204,9 +202,9 @@ TEST_F(AccountGroupTest, AnswersThatCrossEndInTheServersState) {
     service.Answer(first, CDataTable(), false);
     EXPECT_EQ(Text(), "all=()");
     EXPECT_THAT(service.Events(),
-                ElementsAre("delete_accountgroup_success MODULE_ACCOUNTGROUP_LIST",
-                            "add_account_ingroup_failed MODULE_GROUP -8989 账户组不存在！",
-                            "delete_accountgroup_failed MODULE_ACCOUNTGROUP_LIST -8989 删除失败！"));
+                ElementsAre("delete_accountgroup_success ACCOUNTGROUP_LIST",
+                            "add_account_ingroup_failed GROUP -8989 账户组不存在！",
+                            "delete_accountgroup_failed ACCOUNTGROUP_LIST -8989 删除失败！"));
     m_groups.AddGroup(About("g"));
     const CQueueReqItem again = service.host.pushed.back();
     m_groups.AddGroup(About("g"));

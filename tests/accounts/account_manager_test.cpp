@@ -311,6 +311,8 @@ TEST_F(AccountManagerTest, NothingOfAUserReachesTheNext) {
     EXPECT_EQ(lines[0], Refused("用户已切换！"));
     EXPECT_EQ(lines[1], R"(ClientAccountChanged {"clientaccounts":[],"clientgroups":[]})");
     EXPECT_EQ(HeardOf(tick), Lines{"push AccountOnline "});
+    EXPECT_EQ(Starts(Command("notifyOrderToPage", "{}")), (Lines{"K u ", "ClientAccountOrderChanged "}))
+        << "an order that nobody knows yet is not written";
     EXPECT_EQ(FakeHost::Params(service.Sent(1033)).GetDataString("useraccount"), "next");
 
     const CDataTable old = MakeTable({"account_code", "broker_id", "trade_type"}, {{"1", "7", "1"}});

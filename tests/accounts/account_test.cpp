@@ -59,10 +59,11 @@ TEST_F(AccountTest, AnswersChangeTheAccount) {
     const auto unbind = [&] { return account->Unbind(Values({{"useraccount", "u"}, {"user_id", "x"}})); };
     const auto enter = [&] { return EnterPassword(); };
     const std::string entered =
-        "1808 Table=[account_code,trade_type,institution_id,broker_id,issimulate,password,"
-        "txpassword,hardware_info,version,trade_server,verification,qsflag,token,user_id,key_password,key_"
-        "account_code,"
-        "key_fund_token|1001,1,[institutionid],7,[issimulate],<7>,<7>,,,,,,T,[userid],,,]";
+        "1808 "
+        "Table=[account_code,trade_type,institution_id,broker_id,issimulate,password,txpassword,hardware_"
+        "info,"
+        "version,trade_server,verification,qsflag,token,user_id,key_password,key_account_code,key_fund_token|"
+        "1001,1,[institutionid],7,[issimulate],<7>,<7>,,,,,,T,[userid],,,]";
     // clang-format off
     const Case cases[] = {
         {unbind, "", none, "", {"，未绑定！"}, "0 1 [AccountMsg] [accountname] [nickname] [accountmark] [PermissionCode] "},
@@ -97,7 +98,7 @@ TEST_F(AccountTest, AnswersChangeTheAccount) {
             ASSERT_EQ(service.events.size(), 1u) << each.event;
             EXPECT_EQ(service.events[0].payload.ToText(), account->ToJson().ToText());
             EXPECT_EQ(service.events[0].uuid, service.host.pushed.back().GetDataString("UUID"));
-            EXPECT_THAT(service.Events(), ElementsAre(each.event + "_success MODULE_ACCOUNT 1001|7|1"));
+            EXPECT_THAT(service.Events(), ElementsAre(each.event + "_success ACCOUNT 1001|7|1"));
         }
         std::vector<std::string> lines;
         for (const std::string& end : each.lines) lines.push_back("account:账户ID:1001" + end);
@@ -122,7 +123,7 @@ TEST_F(AccountTest, PasswordsDoNotLeaveWithoutCipher) {
     EXPECT_TRUE(account->EditPassword(values, nullptr));
     EXPECT_TRUE(account->EditPassword(values, [](auto) { return std::nullopt; }));
     EXPECT_THAT(service.host.pushed, IsEmpty());
-    const std::string failed = "edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 发送重输密码请求失败！";
+    const std::string failed = "edit_password_failed ACCOUNT 1001|7|1 -8989 发送重输密码请求失败！";
     EXPECT_THAT(service.Events(), ElementsAre(failed, failed));
 }
 
@@ -141,8 +142,7 @@ TEST_F(AccountTest, FailuresTellTheReason) {
         CJsonObject object;
         if (object.Parse(json)) response.SetData("JsonData", object);
         Answer(response);
-        EXPECT_THAT(service.Events(), ElementsAre("bind_account_failed MODULE_ACCOUNT 1001|7|1 " + reason))
-            << json;
+        EXPECT_THAT(service.Events(), ElementsAre("bind_account_failed ACCOUNT 1001|7|1 " + reason)) << json;
         EXPECT_FALSE(account->IsBound());
     }
 }
@@ -158,7 +158,7 @@ TEST_F(AccountTest, LoginAnswerWithoutARowIsAFailure) {
         Answer(response);
         EXPECT_EQ(GbkToUtf8(service.events.at(0).payload.ToText()),
                   R"({"error_code":"-8989","msg":"获取应答数据生成表格失败！原始数据：<乱>"})");
-        EXPECT_THAT(service.Events(), ElementsAre("edit_password_failed MODULE_ACCOUNT 1001|7|1 -8989 "
+        EXPECT_THAT(service.Events(), ElementsAre("edit_password_failed ACCOUNT 1001|7|1 -8989 "
                                                   "获取应答数据生成表格失败！原始数据：<乱>"));
         EXPECT_TRUE(account->CanUse());
         EXPECT_TRUE(account->Password(kPassword).IsEmpty());
@@ -177,7 +177,7 @@ TEST_F(AccountTest, EachRequestHasOneAnswer) {
     Answer(CQueueRespData());
     account->OnResponse(nullptr);
     EXPECT_TRUE(account->IsBound());
-    EXPECT_THAT(service.Events(), ElementsAre("bind_account_success MODULE_ACCOUNT 1001|7|1"));
+    EXPECT_THAT(service.Events(), ElementsAre("bind_account_success ACCOUNT 1001|7|1"));
     EXPECT_EQ(CCounters::Get("account_answer_repeated") - before, 3u);
 
     // Two requests under one identifier: the second is refused, the first is still answered. An answer that lost
@@ -188,8 +188,8 @@ TEST_F(AccountTest, EachRequestHasOneAnswer) {
     bare.Remove("Request");
     Answer(bare);
     EXPECT_THAT(service.Events(),
-                ElementsAre("edit_account_failed MODULE_ACCOUNT 1001|7|1 -8989 发送编辑账户请求失败！",
-                            "edit_account_success MODULE_ACCOUNT 1001|7|1"));
+                ElementsAre("edit_account_failed ACCOUNT 1001|7|1 -8989 发送编辑账户请求失败！",
+                            "edit_account_success ACCOUNT 1001|7|1"));
     EXPECT_EQ(account->Get(kNickname), "first");
 }
 

@@ -41,19 +41,17 @@ class ServiceProbe : public ResultEventSink, public ElkSink {
         }
         return m_lines;
     }
-    // The events since the last call: "name module key code message" in UTF-8, without empty parts.
+    // The events since the last call: "name module key code message" in UTF-8, without empty parts, modules without their
+    // "MODULE_".
     std::vector<std::string> Events() {
         std::vector<std::string> texts;
-        for (const ResultEvent& event : events) {
-            std::string text(event.name);
-            for (const std::string_view part :
-                 {event.module, std::string_view(event.accountKey), std::string_view(event.code),
-                  std::string_view(event.message)}) {
-                if (!part.empty()) (text += ' ') += part;
+        for (const ResultEvent& event : std::exchange(events, {})) {
+            std::string text = std::string(event.name) + ' ' + std::string(event.module.substr(7));
+            for (const std::string* const part : {&event.accountKey, &event.code, &event.message}) {
+                if (!part->empty()) (text += ' ') += *part;
             }
             texts.push_back(GbkToUtf8(text));
         }
-        events.clear();
         return texts;
     }
 
