@@ -112,7 +112,7 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     };
     struct AccountRequest {
         uint64_t turn = 0;
-        std::string key;
+        std::string key;  // of the account
     };
     struct LoginState {
         uint64_t turn = 0;  // of the request that settled it
@@ -191,10 +191,9 @@ class CAccountList final : public CAccountRequester, private ResultEventSink {
     uint64_t m_lastMerged = 0;                 // of the query whose answer the list shows
     ByText<Context> m_contexts;                // by UUID
     ByText<AccountRequest> m_accountRequests;  // those of accounts that bear on logins, by UUID
-    ByText<uint64_t> m_touched;   // last confirmed change of what a query answers, by account key
-    ByText<LoginState> m_logins;  // last settled login, by account key
-    ByText<LoginState>
-        m_dropped;  // how accounts stood when the service no longer named them; up to kMaxDropped
+    ByText<uint64_t> m_touched;    // last confirmed change of what a query answers, by account key
+    ByText<LoginState> m_logins;   // last settled login, by account key
+    ByText<LoginState> m_dropped;  // how those stood that the service no longer names; at most kMaxDropped
 };
 
 }  // namespace luadui
