@@ -41,11 +41,13 @@ QuoteFeed::Held QuoteFeed::_hold(Kind& kind, const Names& securities, uint32_t h
         if (kind.holders[holder].insert(name).second) ++security.holders;
         if (!std::exchange(security.isAtServer, true)) {
             security.asker = holder;
+            security.askedAt = GetTickCount();
             held.fresh.push_back(name);
         } else if (!security.keys.empty()) {
             held.current.push_back(name);
         } else {
-            (security.asker == holder ? held.pending : held.others).push_back(name);
+            const bool isUnderWay = GetTickCount() - security.askedAt < kPatience;
+            (isUnderWay && security.asker == holder ? held.pending : held.others).push_back(name);
         }
     }
     return held;

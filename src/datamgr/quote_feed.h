@@ -58,6 +58,7 @@ class QuoteFeed {
     // Publishes what was pushed since the last tick.
     void Tick();
 
+    static constexpr uint32_t kPatience = 10'000;  // ms; then an answer is no longer waited for
     static constexpr uint32_t kFreshTime = 5'000;  // ms
     static constexpr size_t kMaxSecurities =
         200'000;  // further ones are refused, "quote_subscription_refused"
@@ -68,8 +69,9 @@ class QuoteFeed {
     struct Security {
         size_t holders = 0;
         bool isAtServer = false;
-        uint32_t asker = 0;  // who gets the answer to the query that subscribed, while that is under way
-        Names keys;          // of its quotes; none before the answer
+        uint32_t asker = 0;    // who gets the answer to the query that subscribed, while that is under way
+        uint32_t askedAt = 0;  // GetTickCount()
+        Names keys;            // of its quotes; none before the answer
     };
     struct Kind {
         TextMap<Security> securities;

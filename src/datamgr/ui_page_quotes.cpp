@@ -33,19 +33,21 @@ QuoteInterest* CUIPageData::_interestIn(std::string_view kind) {
 }
 
 bool CUIPageData::_takeQuoteQuery(CUIData& record) {
-    const int32_t window = HandleOf(record);
-    if (IsQuoteKind(record.GetTypeText())) return _takeQuoteQuery(record, window);
+    const int32_t window = HandleOf(record), self = GetHandle();
+    if (IsQuoteKind(record.GetTypeText()))
+        return _takeQuoteQuery(record, window) || CBaseObject::Find(self) != this;
     if (record.GetDataLong("req_level") != 2) return false;
     for (const auto [key, value] : CUIData(record)) {
         CUIData request;
         if (!value.Get(request) || !IsQuoteKind(request.GetTypeText())) continue;
+        if (CBaseObject::Find(self) != this) return true;  // the host closed the page when it was asked
         if (_takeQuoteQuery(request, request.Has("handle") ? HandleOf(request) : window)) {
             record.Remove(key);
         } else {
             record.SetData(key, request);
         }
     }
-    return false;
+    return CBaseObject::Find(self) != this;
 }
 
 bool CUIPageData::_takeQuoteQuery(CUIData& request, int32_t window) {

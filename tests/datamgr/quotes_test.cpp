@@ -367,10 +367,22 @@ TEST_F(QuotesTest, PagesMayGoAndPushesMayComeWhileATickIsTold) {
     Tick();
     EXPECT_EQ(stranger.Take(), "hq push 600002:17@1.00");
     EXPECT_EQ(window.Take(), "");
-    // The host ends a page while it is told of a subscription.
-    host.onPush = [&](CQueueReqItem&) { otherPage.reset(); };
-    SetFor(*otherPage, stranger, kSetSubscribe, "hq stock_code=600000");
-    EXPECT_FALSE(otherPage);
+    // The host ends a page while it hears of its subscriptions.
+    constexpr char kOne[] = "hq stock_code=600000", kTwo[] = "hq stock_code=600000,600001 isSub=true";
+    for (const int way : {0, 1, 2}) {
+        otherPage = std::make_unique<CUIPageData>("Q");
+        otherPage->Init();
+        if (way != 0) SetFor(*otherPage, stranger, kSetSubscribe, kOne);
+        host.onPush = [&](CQueueReqItem&) { otherPage.reset(); };
+        CUIData bundle = RecordFor(stranger, "bundle req_level=2");
+        bundle.SetData("one", RecordOf(kTwo));
+        bundle.SetData("two", RecordOf("hq_zq stock_code=1 isSub=true"));
+        if (way == 0) SetFor(*otherPage, stranger, kSetSubscribe, kOne);
+        if (way == 1) Ask(*otherPage, stranger, kTwo);
+        if (way == 2) otherPage->SetData(&bundle, kSetRequest);
+        EXPECT_FALSE(otherPage) << way;
+        host.onPush = [](CQueueReqItem&) {};
+    }
 }
 
 TEST_F(QuotesTest, GarbageChangesNothing) {
