@@ -1,4 +1,5 @@
 // The keyboard wizard, names and markets of securities: answers from the code book of the moment.
+#include <algorithm>
 #include <optional>
 
 #include "base/counters.h"
@@ -22,12 +23,35 @@ CDuiString Text(std::wstring_view text) { return {text.data(), static_cast<int>(
 
 std::string Narrow(const CDuiString& text) { return WideToGbk(View(text)); }
 
-// Nothing upper-cases a query that is longer than any key.
+// Digits, capitals and Chinese characters have no other case.
+bool MayHaveUpperCase(wchar_t c) {
+    return (c >= L'a' && c <= L'z') || (c >= 0x80 && c < 0x2E80) || static_cast<uint32_t>(c) >= 0xFF00;
+}
+
+// A query as the keys are written; copied only when it has to be.
+class UpperQuery {
+  public:
+    explicit UpperQuery(const CDuiString& query) : m_view(View(query)) {
+        if (std::none_of(m_view.begin(), m_view.end(), MayHaveUpperCase)) return;
+        m_copy = query;
+        m_copy.MakeUpper();
+        m_view = View(m_copy);
+    }
+    UpperQuery(const UpperQuery&) = delete;
+    UpperQuery& operator=(const UpperQuery&) = delete;
+    operator std::wstring_view() const { return m_view; }
+
+  private:
+    CDuiString m_copy;
+    std::wstring_view m_view;
+};
+
+bool IsTooLong(const CodeBook& book, const CDuiString& query) {
+    return View(query).size() > book.Index().LongestKey();
+}
+
 std::optional<size_t> Search(const CodeBook& book, const CDuiString& query) {
-    if (View(query).size() > book.Index().LongestKey()) return std::nullopt;
-    CDuiString upper(query);
-    upper.MakeUpper();
-    return book.Search(View(upper));
+    return IsTooLong(book, query) ? std::nullopt : book.Search(UpperQuery(query));
 }
 
 CDuiString MarketOf(const CDuiString& query) {
@@ -88,10 +112,8 @@ CDuiString CDataManager::GetMarketCodeFromKeyFairy(const CDuiString& query) { re
 
 CDuiString CDataManager::GetZqmcFromKeyFairy(const CDuiString& query, const CDuiString& market) {
     const Reading book = CodeLoader::Instance().Read();
-    if (View(query).size() > book->Index().LongestKey()) return {};
-    CDuiString upper(query);
-    upper.MakeUpper();
-    const auto entry = book->Search(View(upper), View(market));
+    if (IsTooLong(*book, query)) return {};
+    const auto entry = book->Search(UpperQuery(query), View(market));
     return entry ? Text(book->WideName(*entry)) : CDuiString();
 }
 
@@ -107,10 +129,8 @@ int CDataManager::Get_KeyFairy_Size() { return static_cast<int>(CodeLoader::Inst
 
 std::vector<CodeCandidate> CDataManager::FindCandidates(const CDuiString& query, size_t max) {
     const Reading book = CodeLoader::Instance().ReadNow();
-    if (View(query).size() > book->Index().LongestKey()) return {};
-    CDuiString upper(query);
-    upper.MakeUpper();
-    return luadui::FindCandidates(*book, View(upper), max);
+    if (IsTooLong(*book, query)) return {};
+    return luadui::FindCandidates(*book, UpperQuery(query), max);
 }
 
 CDuiString CDataManager::GetZqmcFromFairy(const CDuiString& code, const CDuiString& market) {

@@ -9,7 +9,7 @@ namespace luadui {
 namespace {
 
 constexpr uint32_t kCharacters = 1u << 16;
-constexpr uint32_t kFewPlaces = 64;  // that are looked through one by one
+constexpr uint32_t kFewPlaces = 64, kFewTexts = 8;  // that are looked through one by one
 
 // Codes and initials are of digits and letters: up to three of these are the number of a bucket.
 constexpr uint32_t kDigits = 36;
@@ -166,6 +166,16 @@ SubstringIndex::Range SubstringIndex::_narrow(Range range, std::wstring_view que
 // The same for any range in which all occurrences have the first `known` characters.
 SubstringIndex::Range SubstringIndex::_narrowByText(Range range, std::wstring_view query,
                                                     size_t known) const noexcept {
+    if (range.last - range.first <= kFewTexts &&
+        !range.IsEmpty()) {  // reading all at once beats waiting for each
+        Range found{range.last, range.last};
+        for (uint32_t place = range.first; place < range.last; ++place) {
+            const int order = _compare(place, query, known);
+            if (order >= 0) found.first = std::min(found.first, place);
+            if (order > 0) found.last = std::min(found.last, place);
+        }
+        return found;
+    }
     for (uint32_t end = range.last; range.first < end;) {
         const uint32_t middle = range.first + (end - range.first) / 2;
         if (_compare(middle, query, known) < 0) {
@@ -206,7 +216,7 @@ uint32_t SubstringIndex::FirstKey(Range range, uint8_t label) const noexcept {
         uint32_t first = kNone;
         for (uint32_t place = range.first; place < range.last; ++place) {
             const uint32_t key = KeyAt(place);
-            if (key < first && m_labels[key] == label) first = key;
+            first = std::min(first, m_labels[key] == label ? key : kNone);
         }
         return first;
     }
@@ -218,9 +228,9 @@ uint32_t SubstringIndex::FirstKey(Range range, uint8_t label) const noexcept {
 
 uint32_t SubstringIndex::_countBefore(uint32_t place, uint8_t label) const noexcept {
     const size_t labels = m_labelStarts.size() - 1, stride = place / kCountStride;
-    const auto counted = m_labelAt.begin() + static_cast<ptrdiff_t>(stride * kCountStride);
-    const auto rest = std::count(counted, m_labelAt.begin() + static_cast<ptrdiff_t>(place), label);
-    return m_labelCounts[stride * labels + label] + static_cast<uint32_t>(rest);
+    uint8_t rest = 0;  // below kCountStride
+    for (size_t i = stride * kCountStride; i < place; ++i) rest += m_labelAt[i] == label;
+    return m_labelCounts[stride * labels + label] + rest;
 }
 
 size_t SubstringIndex::Bytes() const noexcept {

@@ -65,14 +65,25 @@ class Sorter {
     void _sortGroup(const Group& group) {
         const auto suffixes = std::span(m_suffixes).subspan(group.first, group.last - group.first);
         for (Suffix& suffix : suffixes) suffix.word = _word(suffix.position + group.depth);
-        std::sort(suffixes.begin(), suffixes.end(),
-                  [](const Suffix& left, const Suffix& right) { return left.word < right.word; });
+        _sortByWord(suffixes);
         for (size_t i = 0, end; i < suffixes.size(); i = end) {
             for (end = i + 1; end < suffixes.size() && suffixes[end].word == suffixes[i].word;) ++end;
             if (end - i > 1 && (suffixes[i].word & 0xFFFF) != 0) {
                 m_groups.push_back({group.first + i, group.first + end, group.depth + kStep});
             }
         }
+    }
+
+    // What many share is set apart first: sorting equals would cost as much as sorting others.
+    static void _sortByWord(std::span<Suffix> suffixes) {
+        const uint64_t pivot = suffixes[suffixes.size() / 2].word;
+        const auto less = [](const Suffix& left, const Suffix& right) { return left.word < right.word; };
+        const auto equal = std::partition(suffixes.begin(), suffixes.end(),
+                                          [pivot](const Suffix& suffix) { return suffix.word < pivot; });
+        const auto greater = std::partition(equal, suffixes.end(),
+                                            [pivot](const Suffix& suffix) { return suffix.word == pivot; });
+        std::sort(suffixes.begin(), equal, less);
+        std::sort(greater, suffixes.end(), less);
     }
 
     // The characters from `at` on, the first one highest; zero from the first mark on.

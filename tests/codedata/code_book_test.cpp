@@ -8,6 +8,7 @@
 #include <map>
 #include <random>
 #include <set>
+#include <tuple>
 #include <unordered_map>
 
 #include "base/counters.h"
@@ -216,6 +217,105 @@ TEST(CodeBook, AnswersAsThePlainWalk) { CompareWithWalk(40'000, 1, kQueries, kQu
 
 TEST(CodeBook, AnswersAsThePlainWalkForShortLists) {
     for (unsigned seed = 2; seed < 60; ++seed) CompareWithWalk(1 + seed * seed % 300, seed, 500, 500);
+}
+
+struct RowCase {
+    const char *code, *name, *market, *phonetic;
+};
+
+TEST(CodeBook, LeavesOutWhatIsNoSecurity) {
+    const std::string longName(128, 'N');
+    const RowCase rows[] = {{"600000", "A", "17", ""},
+                            {"600000", "B", "17", ""},
+                            {"600000", "C", "1", ""},
+                            {"", "A", "17", ""},
+                            {"1", "A", "", ""},
+                            {"\xB0\xA1", "A", "17", ""},
+                            {"2", longName.c_str(), "17", ""},
+                            {"3", "\xFF\x80", "99999", "  ;"}};
+    std::vector<CodeRecord> records;
+    for (const RowCase& row : rows) records.push_back({row.code, row.name, row.market, row.phonetic});
+    const uint64_t unusable = CCounters::Get("code_list_row_unusable"),
+                   doubled = CCounters::Get("code_list_duplicate");
+    const CodeRecord additions[] = {{"600000", "D", "17", ""}, {"600000", "E", "18", ""}};
+    const auto book = CodeBook::Build(records, additions);
+    EXPECT_EQ(CCounters::Get("code_list_row_unusable"), unusable + 4);
+    EXPECT_EQ(CCounters::Get("code_list_duplicate"), doubled + 1);
+    std::string names;
+    for (const uint32_t entry : book->EntriesOf("600000")) names += book->At(entry).name;
+    EXPECT_EQ(names, "AEC") << "by the rank of their markets";
+    EXPECT_EQ(book->Size(), 4U);
+    EXPECT_EQ(book->At(*book->Find("3")).phonetic, "  ;");
+    EXPECT_EQ(book->Search(L"\xF8F5"), book->Find("3"));
+
+    std::vector<std::string> markets;
+    for (size_t i = 0; i < 2 * CodeBook::kMaxMarkets; ++i) markets.push_back(std::to_string(1'000 + i));
+    records.clear();
+    for (const std::string& market : markets) records.push_back({"1", "N", market, ""});
+    EXPECT_EQ(CodeBook::Build(records)->Size(), CodeBook::kMaxMarkets);
+    EXPECT_EQ(CodeBook::Build({})->Size(), 0U);
+    EXPECT_FALSE(CodeBook::Build({})->Search(L"1"));
+    EXPECT_FALSE(CodeBook().Search(L"1"));
+    EXPECT_FALSE(CodeBook().Find("1"));
+}
+
+// One key, endlessly repeated or of the same character, neither hangs the sort nor blurs the answer.
+TEST(CodeBook, RepeatedTextsAreSorted) {
+    std::vector<std::string> codes;
+    for (int i = 0; i < 500; ++i)
+        codes.push_back(std::string(static_cast<size_t>(1 + i % 31), 'A') + std::to_string(i));
+    const std::string name(127, 'A'), phonetic(255, 'A');
+    std::vector<CodeRecord> records;
+    for (const std::string& code : codes) {
+        if (code.size() <= CodeList::kMaxCode) records.push_back({code, name, "17", phonetic});
+    }
+    const auto book = CodeBook::Build(records);
+    EXPECT_EQ(book->Search(std::wstring(300, L'A')), 0U);
+    EXPECT_EQ(book->Search(std::wstring(383, L'A')), std::nullopt);
+    EXPECT_EQ(book->Search(L"499A"), book->Find(codes[499]));
+}
+
+// The best match of an entry, as a search box defines it; kInside + 1 when there is none.
+int MatchOf(const CodeBook& book, size_t entry, const std::wstring& query) {
+    const std::wstring key = book.SearchKey(entry);
+    const size_t code = book.At(entry).code.size(), readings = code + book.WideName(entry).size();
+    int best = 5;
+    for (size_t at = key.find(query); at != std::wstring::npos; at = key.find(query, at + 1)) {
+        const bool isReading = at >= readings && (at == readings || key[at - 1] == kMark);
+        const int match = at == 0 ? (query.size() == code ? 0 : 1) : isReading ? 2 : at == code ? 3 : 4;
+        best = std::min(best, match);
+    }
+    return best;
+}
+
+TEST(CodeBook, CandidatesAreRanked) {
+    const Securities securities(1'500, 9);
+    const auto book = CodeBook::Build(securities.Records());
+    const PlainWalk walk(securities);
+    Typist typist(walk, 4);
+    for (int i = 0; i < 300; ++i) {
+        const std::wstring query = typist.Type().text;
+        if (query.empty() || std::any_of(query.begin(), query.end(), PlainWalk::IsMark)) continue;
+        using Rank = std::tuple<int, size_t, size_t>;
+        std::vector<Rank> expected, found;
+        for (size_t entry = 0; entry < book->Size(); ++entry) {
+            const int match = MatchOf(*book, entry, query);
+            if (match <= 4) expected.emplace_back(match, CodeListRank(book->At(entry).market), entry);
+        }
+        std::sort(expected.begin(), expected.end());
+        const size_t most = 1 + static_cast<size_t>(i) % 30 * 40;
+        expected.resize(std::min(most, expected.size()));
+        for (const CodeCandidate& candidate : FindCandidates(*book, query, most)) {
+            const size_t entry = *book->Find(candidate.code, candidate.market);
+            found.emplace_back(static_cast<int>(candidate.match), CodeListRank(candidate.market), entry);
+            const std::string fields[] = {candidate.code, candidate.name, candidate.phonetic};
+            std::wstring rest;
+            for (auto field = static_cast<size_t>(candidate.field); field < 3; ++field)
+                rest += GbkToWide(fields[field]);
+            ASSERT_EQ(Upper(rest.substr(candidate.start, candidate.length)), query);
+        }
+        ASSERT_EQ(found, expected) << WideToGbk(query);
+    }
 }
 
 }  // namespace

@@ -19,7 +19,6 @@ void ExpectUnchangingAnswers(const Terminal& terminal) {
     EXPECT_FALSE(module.set_login_callback(nullptr));
     EXPECT_EQ(module.handle_response_callback(nullptr), 0);
     EXPECT_EQ(module.handle_keyboard_callback(0xFFFF, 0xFFFFFFFF, 0, 1), 0);
-    module.init_keyfairy(nullptr);
     char name[] = "xxxxxxxx";
     EXPECT_EQ(module.get_securityname("600000", name, "SH", 3), 3U);
     EXPECT_STREQ(name, ":SHxxxxx") << "no terminating zero";
@@ -32,6 +31,7 @@ void ExpectUnchangingAnswers(const Terminal& terminal) {
 
 // What Lua and C functions answer while there are no pages and none can be made.
 void ExpectNoPages(Terminal& terminal) {
+    terminal.module.init_keyfairy(nullptr);
     ExpectUnchangingAnswers(terminal);
     const uint64_t dropped = Count("response_without_ui_thread");
     CUIData response = Response("1", 1);
@@ -50,7 +50,7 @@ TEST(HostLifetime, BeforeTheStart) {
     ExpectNoPages(terminal);
     EXPECT_EQ(terminal.module.create("/test_page.dll", "p", "i", 0), -1);
     EXPECT_EQ(terminal.module.init(nullptr, nullptr), 0);
-    EXPECT_EQ(ProcessUsage::Now().threads, before.threads) << "nothing is started by this";
+    EXPECT_TRUE(WaitFor([&] { return ProcessUsage::Now().threads == before.threads; })) << "nothing is left running";
     EXPECT_EQ(Terminal::ManagerWindow(), nullptr);
 
     // Creation waits, however long, for the UI thread.
@@ -179,6 +179,7 @@ TEST(HostLifetime, EverythingIsCalledWhileItEnds) {
         },
         [&](LuaScripts&) {
             terminal.module.start_dui_thread();
+            terminal.module.init_keyfairy(nullptr);
             ExpectUnchangingAnswers(terminal);
         }};
     std::vector<std::thread> threads;

@@ -58,7 +58,8 @@ class Terminal {
     }
 
     Module module;
-    // Set while nothing is under way; called on whatever thread the module sends.
+    // Set while nothing is under way; called on whatever thread the module sends, but not for the code list, which may be
+    // asked for at any time and is empty here.
     Callback onPush;
     Callback onAsk;
 
@@ -125,6 +126,9 @@ class Terminal {
 
   private:
     static int _called(const Callback& callback, CQueueReqItem& request) {
+        CUIData params;
+        request.GetData("Params", params);
+        if (params.GetDataString("method") == "GetCodeList") return 0;
         if (callback) callback(request);
         return 0;
     }
