@@ -1,5 +1,7 @@
 #include "base/data_set.h"
 
+#include <utility>
+
 namespace luadui {
 
 class DataSetBody final : public SharedBody {
@@ -26,9 +28,16 @@ const CDataSet::Texts& CDataSet::_texts() const noexcept {
 }
 
 bool CDataSet::Insert(std::string_view text) {
-    if (Contains(text)) return false;  // first, so that nothing is cloned for it
-    const std::string own(text);       // `text` may lie in the body that gets cloned
-    _edit().texts.insert(own);
+    const Texts& texts = _texts();
+    const auto place = texts.lower_bound(text);
+    if (place != texts.end() && *place == text) return false;  // first, so that nothing is cloned for it
+    std::string own(text);                                     // `text` may lie in the body that gets cloned
+    const bool isOwn = _body() && _body()->IsUnique();
+    if (isOwn) {
+        _edit().texts.insert(place, std::move(own));
+    } else {
+        _edit().texts.insert(std::move(own));
+    }
     return true;
 }
 

@@ -212,11 +212,12 @@ bool CDataTable::InsertRow(const CDataTable& source, int row) {
     return added >= 0;
 }
 
-bool CDataTable::MergeRow(int row, const CDataTable& source, int sourceRow, const RowMerge& merge) {
+bool CDataTable::MergeRow(int row, const CDataTable& source, int sourceRow, const RowMerge& merge,
+                          std::vector<int>* changes) {
     if (!HasRow(_head(), row) || !HasRow(source._head(), sourceRow) || !merge.Fits(*this, source))
         return false;
     const RowPtr update = AsBody(source._head())->RowOf(static_cast<uint32_t>(sourceRow));
-    return _edit().MergeRow(static_cast<uint32_t>(row), update, merge);
+    return _edit().MergeRow(static_cast<uint32_t>(row), update, merge, changes);
 }
 
 }  // namespace luadui

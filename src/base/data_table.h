@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "base/row_block.h"
 #include "base/row_hint.h"
@@ -141,9 +142,11 @@ class TESSEL_API CDataTable : public SharedValue<TableBody> {
     bool InsertRow(const CDataTable& source, int row);
     // Updates `row` with a row of `source`, for whose columns and this table's `merge` was made: a cell that says
     // something replaces the text here, others leave it. Colours stay as they are. What the row then holds is one
-    // block: that of `source`, shared, when nothing of the old texts and colours is left. False, and nothing changed,
+    // block: that of `source`, shared, when nothing of the old texts and colours is left. The numbers of columns whose
+    // text became another one are appended to `changes`, if given, in ascending order. False, and nothing changed,
     // when there is no such row here or there, the columns are others, or the row would get too long (counted).
-    bool MergeRow(int row, const CDataTable& source, int sourceRow, const RowMerge& merge);
+    bool MergeRow(int row, const CDataTable& source, int sourceRow, const RowMerge& merge,
+                  std::vector<int>* changes = nullptr);
 
   private:
     const TableHead* _head() const noexcept { return static_cast<const TableHead*>(_body()); }

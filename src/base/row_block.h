@@ -64,7 +64,7 @@ class RowBlock : public RefCounted {
     static RowPtr Mapped(const RowBlock& row, const ColumnMap& map);
     // Updates `row`, see CDataTable::MergeRow; either may be null. False, and nothing changed, when the row would have
     // more text than its offsets reach.
-    static bool Merge(RowPtr& row, const RowPtr& update, const RowMerge& merge);
+    static bool Merge(RowPtr& row, const RowPtr& update, const RowMerge& merge, std::vector<int>* changes);
 
     static void Destroy(RowBlock* row) noexcept;
 
@@ -91,9 +91,12 @@ class RowBlock : public RefCounted {
     void _appendEmptyUpTo(uint32_t cells) noexcept;
     void _appendFrom(const RowBlock& from, uint32_t first, uint32_t last) noexcept;
     // For merging, see base/row_merge.h.
-    bool _says(uint32_t cell, std::string_view nothing) const noexcept;
-    bool _replaces(const RowBlock& old, std::string_view nothing) const noexcept;
+    class CellReader;
+    class UpdateReader;
+    bool _replaces(const RowBlock& old, const RowMerge& merge) const noexcept;
     void _appendMerged(const RowBlock& old, const RowBlock& update, const RowMerge& merge) noexcept;
+    static void _listChanges(const RowBlock& old, const RowBlock& update, const RowMerge& merge,
+                             std::vector<int>& changes);
     static void _replaceTexts(RowPtr& row, const RowBlock& texts);
 
     uint32_t m_cells = 0;

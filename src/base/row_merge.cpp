@@ -2,14 +2,21 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <utility>
 
 #include "base/row_block.h"
+#include "base/short_bytes.h"
 #include "base/table_body.h"
 
 namespace luadui {
+namespace {
+
+constexpr uint32_t kShortText = 16;
+
+}  // namespace
 
 RowMerge::RowMerge(const CDataTable& target, const CDataTable& source, std::string_view nothing)
     : m_nothing(nothing),
@@ -23,62 +30,128 @@ RowMerge::RowMerge(const CDataTable& target, const CDataTable& source, std::stri
         if (to >= 0) m_before[cell] = std::exchange(m_from[static_cast<size_t>(to)], cell);
     }
     m_isSame = target.HasSameColumns(source);
+    m_hasDoubles = std::ranges::any_of(m_before, [](uint32_t cell) { return cell != kNowhere; });
     for (uint32_t cell = 0; m_isSame && cell < m_from.size(); ++cell) m_isSame = m_from[cell] == cell;
 }
 
-// The cell, if it says something.
-bool RowBlock::_says(uint32_t cell, std::string_view nothing) const noexcept {
-    if (cell >= m_cells) return false;
-    const uint32_t* start = _starts() + cell;
-    const uint32_t size = start[1] - start[0] - 1;
-    return size != 0 && (size != nothing.size() || Text(cell) != nothing);
-}
+// Reads the cells of a row one by one as (text, size), without a call for each; all are there, some perhaps empty.
+class RowBlock::CellReader {
+  public:
+    explicit CellReader(const RowBlock& row) noexcept
+        : m_base(reinterpret_cast<const char*>(&row)),
+          m_starts(row._starts()),
+          m_cells(row.m_cells),
+          m_safe(row.m_capacity < kWord ? 0 : row.m_capacity - kWord) {}
+
+    struct Cell {
+        const char* text;  // with a zero byte behind it
+        uint32_t size;
+        bool isSafe;  // kWord bytes may be read
+    };
+    Cell operator[](uint32_t cell) const noexcept {
+        if (cell >= m_cells) return {"", 0, false};
+        const uint32_t start = m_starts[cell];
+        return {m_base + start, m_starts[cell + 1] - start - 1, start <= m_safe};
+    }
+
+    static constexpr uint32_t kWord = 16;
+
+  private:
+    const char* const m_base;
+    const uint32_t* const m_starts;
+    const uint32_t m_cells;
+    const uint32_t m_safe;
+};
+
+// Which cells of the update say something.
+class RowBlock::UpdateReader {
+  public:
+    UpdateReader(const RowBlock& update, const RowMerge& merge) noexcept
+        : m_cells(update), m_merge(merge), m_nothing(merge.m_nothing) {}
+
+    using Cell = CellReader::Cell;
+    bool Says(const Cell& cell) const noexcept {
+        if (m_nothing.size() == 1) [[likely]]  // as good as random: without a branch
+            return (cell.size != 0) & !((cell.size == 1) & (*cell.text == m_nothing[0]));
+        return cell.size != 0 && std::string_view(cell.text, cell.size) != m_nothing;
+    }
+    // The one that goes to `cell` of the target.
+    Cell For(uint32_t cell) const noexcept {
+        if (m_merge.m_isSame) return m_cells[cell];
+        uint32_t from = m_merge.m_from[cell];
+        while (m_merge.m_hasDoubles && from != RowMerge::kNowhere && !Says(m_cells[from]))
+            from = m_merge.m_before[from];
+        return m_cells[from];
+    }
+
+  private:
+    const CellReader m_cells;
+    const RowMerge& m_merge;
+    const std::string_view m_nothing;
+};
 
 // Whether all that a row of `old` holds goes when this row's cells come, one by one, into its place.
-bool RowBlock::_replaces(const RowBlock& old, std::string_view nothing) const noexcept {
-    if (m_colors || old.m_colors || m_cells < old.m_cells) return false;
+bool RowBlock::_replaces(const RowBlock& old, const RowMerge& merge) const noexcept {
+    if (!merge.m_isSame || m_colors || old.m_colors || m_cells < old.m_cells) return false;
+    const UpdateReader cells(*this, merge);
+    const CellReader oldCells(old);
     for (uint32_t cell = 0; cell < m_cells; ++cell) {
-        const bool isLost = cell < old.m_cells && !old.Text(cell).empty();
-        if (!_says(cell, nothing) && (isLost || !Text(cell).empty())) return false;
+        const auto said = cells.For(cell);
+        if (!cells.Says(said) && (said.size != 0 || oldCells[cell].size != 0)) return false;
     }
     return true;
 }
 
+// There is room for both rows and a word.
 void RowBlock::_appendMerged(const RowBlock& old, const RowBlock& update, const RowMerge& merge) noexcept {
-    const auto appendOld = [&](uint32_t first, uint32_t last) {
-        _appendFrom(old, std::min(first, old.m_cells), std::min(last, old.m_cells));
-        _appendEmptyUpTo(last);
-    };
-    if (merge.m_isSame) {  // neighbours that come from the same row are copied together
-        const uint32_t cells = std::max(old.m_cells, update.m_cells);
-        for (uint32_t cell = 0; cell < cells;) {
-            const uint32_t first = cell;
-            const bool isNew = update._says(cell, merge.m_nothing);
-            while (++cell < cells && update._says(cell, merge.m_nothing) == isNew) {
-            }
-            isNew ? _appendFrom(update, first, cell) : appendOld(first, cell);
+    const UpdateReader updates(update, merge);
+    const CellReader oldCells(old);
+    const auto cells = static_cast<uint32_t>(merge.m_from.size());
+    uint32_t* starts = _starts();
+    uint32_t end = starts[0];
+    for (uint32_t cell = 0; cell < cells; ++cell) {
+        const auto said = updates.For(cell), was = oldCells[cell];
+        const bool isNew = updates.Says(said);
+        const char* const text = isNew ? said.text : was.text;
+        const uint32_t size = isNew ? said.size : was.size;
+        char* const to = _bytes() + end;
+        if ((isNew ? said.isSafe : was.isSafe) && size < CellReader::kWord) [[likely]] {
+            std::memcpy(to, text, CellReader::kWord);
+        } else {
+            std::memcpy(to, text, size + size_t{1});
         }
-        return;
+        starts[cell + 1] = end += size + 1;
     }
-    for (uint32_t cell = 0; cell < merge.m_from.size(); ++cell) {
-        uint32_t from = merge.m_from[cell];
-        while (from != RowMerge::kNowhere && !update._says(from, merge.m_nothing))
-            from = merge.m_before[from];
-        from != RowMerge::kNowhere ? _append(update.Text(from)) : appendOld(cell, cell + 1);
+    m_cells = cells;
+}
+
+void RowBlock::_listChanges(const RowBlock& old, const RowBlock& update, const RowMerge& merge,
+                            std::vector<int>& changes) {
+    const UpdateReader updates(update, merge);
+    const CellReader oldCells(old);
+    const auto cells = static_cast<uint32_t>(merge.m_from.size());
+    for (uint32_t cell = 0; cell < cells; ++cell) {
+        const auto said = updates.For(cell), was = oldCells[cell];
+        if (!updates.Says(said)) continue;
+        const bool isEqual = said.size == was.size &&
+                             (said.size <= kShortText ? EqualShort(said.text, was.text, said.size)
+                                                      : std::memcmp(said.text, was.text, said.size) == 0);
+        if (!isEqual) changes.push_back(static_cast<int>(cell));
     }
 }
 
-bool RowBlock::Merge(RowPtr& row, const RowPtr& update, const RowMerge& merge) {
+bool RowBlock::Merge(RowPtr& row, const RowPtr& update, const RowMerge& merge, std::vector<int>* changes) {
     constexpr size_t kSmallRow = 4096;
     const RowBlock& old = row ? *row : None();
     const RowBlock& from = update ? *update : None();
-    if (merge.m_isSame && from._replaces(old, merge.m_nothing)) {
+    const size_t cells = merge.m_from.size();
+    const size_t bytes = old.TextBytes() + from.TextBytes() + cells + CellReader::kWord;
+    if (bytes > kMaxText) return false;
+    if (changes) _listChanges(old, from, merge, *changes);
+    if (from._replaces(old, merge)) {
         row = update;
         return true;
     }
-    const size_t cells = merge.m_from.size();
-    const size_t bytes = old.TextBytes() + from.TextBytes() + cells;
-    if (bytes > kMaxText) return false;
     if (sizeof(RowBlock) + (cells + 1) * sizeof(uint32_t) + bytes <= kSmallRow) {
         // Only then it is known how long the row is, and its block can often stay.
         alignas(RowBlock) std::byte storage[kSmallRow];

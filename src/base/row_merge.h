@@ -33,6 +33,7 @@ class TESSEL_API RowMerge {
 
     CDataTable m_target, m_source;  // columns only
     std::string m_nothing;
+    bool m_hasDoubles;               // several cells of the source have the same name
     bool m_isSame;  // cell i goes to cell i
     std::vector<uint32_t>
         m_from;  // by cell of the target: the last cell of that name in the source, or kNowhere

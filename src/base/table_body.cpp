@@ -90,8 +90,9 @@ RowPtr TableBody::RowOf(uint32_t row) const {
 
 void TableBody::SetRow(uint32_t row, const RowPtr& cells) { _editRow(row) = cells; }
 
-bool TableBody::MergeRow(uint32_t row, const RowPtr& update, const RowMerge& merge) {
-    if (RowBlock::Merge(_editRow(row), update, merge)) return true;
+bool TableBody::MergeRow(uint32_t row, const RowPtr& update, const RowMerge& merge,
+                         std::vector<int>* changes) {
+    if (RowBlock::Merge(_editRow(row), update, merge, changes)) return true;
     CCounters::Add("table_text_limit");
     return false;
 }

@@ -34,7 +34,7 @@ class TableBody final : public TableHead {
     RowPtr RowOf(uint32_t row) const;
     void SetRow(uint32_t row, const RowPtr& cells);
     // False when the row would get too long.
-    bool MergeRow(uint32_t row, const RowPtr& update, const RowMerge& merge);
+    bool MergeRow(uint32_t row, const RowPtr& update, const RowMerge& merge, std::vector<int>* changes);
     void Append();
     void Erase(uint32_t row);
     void EraseAll();

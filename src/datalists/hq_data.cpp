@@ -1,7 +1,11 @@
 #include "datalists/hq_data.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdint>
+#include <cstring>
+#include <deque>
 #include <limits>
 #include <optional>
 #include <string>
@@ -38,6 +42,16 @@ class QuoteKey {
     std::string_view View() const noexcept { return {m_text, m_end}; }
     std::string_view Code() const noexcept { return {m_text, m_codeSize}; }
     int Market() const noexcept { return m_market; }
+    // Codes of at most 8 bytes as a word, and what makes it, with the other, the whole key.
+    bool IsShort() const noexcept { return m_codeSize <= sizeof(uint64_t); }
+    uint64_t CodeWord() const noexcept {
+        uint64_t word = 0;
+        std::memcpy(&word, m_text, m_codeSize);
+        return word;
+    }
+    uint64_t RestWord() const noexcept {
+        return uint64_t{m_codeSize} << 32 | static_cast<uint32_t>(m_market);
+    }
 
   private:
     char m_text[CHqData::kMostCodeBytes + 16];
@@ -53,11 +67,62 @@ CDataTable EmptyPushTable() {
 }
 
 struct Quote {
-    explicit Quote(const QuoteKey& key) : security(key.Code(), key.Market()) {}
+    explicit Quote(const QuoteKey& quoteKey)
+        : key(quoteKey.View()), security(quoteKey.Code(), quoteKey.Market()) {}
 
+    const std::string key;
     CUIData record;  // attached to all outputs that it was put into
     QuoteSecurity security;
-    int pushRow = -1;  // in the table of pushes
+};
+
+// Numbers of quotes by their keys. The ordinary ones lie in the slots of one hash table: each row that is pushed asks
+// here, and seldom for the same quote as the row before.
+class QuoteIndex {
+  public:
+    // -1 when there is none.
+    int Find(const QuoteKey& key) const {
+        if (!key.IsShort()) {
+            const auto found = m_long.find(key.View());
+            return found == m_long.end() ? -1 : found->second;
+        }
+        return m_slots.empty() ? -1 : m_slots[_locate(key.CodeWord(), key.RestWord())].quote;
+    }
+    void Add(const QuoteKey& key, int quote) {
+        if (!key.IsShort()) {
+            m_long.emplace(key.View(), quote);
+            return;
+        }
+        if (2 * (m_used + 1) > m_slots.size()) _grow();
+        m_slots[_locate(key.CodeWord(), key.RestWord())] = {key.CodeWord(), key.RestWord(), quote};
+        ++m_used;
+    }
+
+  private:
+    struct Slot {
+        uint64_t code = 0, rest = 0;
+        int quote = -1;
+    };
+
+    // Where the key is, or would go.
+    size_t _locate(uint64_t code, uint64_t rest) const {
+        const std::array<uint64_t, 2> words{code, rest};
+        const HashedKey hashed({reinterpret_cast<const char*>(words.data()), sizeof words});
+        size_t slot = hashed.hash & (m_slots.size() - 1);
+        while (m_slots[slot].quote >= 0 && (m_slots[slot].code != code || m_slots[slot].rest != rest))
+            slot = (slot + 1) & (m_slots.size() - 1);
+        return slot;
+    }
+    void _grow() {
+        std::vector<Slot> slots(std::max<size_t>(64, 2 * m_slots.size()));
+        slots.swap(m_slots);
+        for (const Slot& slot : slots) {
+            if (slot.quote >= 0) m_slots[_locate(slot.code, slot.rest)] = slot;
+        }
+    }
+
+    std::vector<Slot> m_slots;  // a power of two, at most half of them used
+    size_t m_used = 0;
+    TextMap<int> m_long;
 };
 
 // Room for all fields at once.
@@ -68,10 +133,8 @@ constexpr size_t kRecordBytes = 1400;
 
 class CHqData::Store {
   public:
-    using Entry = TextMap<Quote>::value_type;  // these stay where they are
-
     explicit Store(std::string_view kind)
-        : m_kind(kind), m_emptyTable(EmptyPushTable()), m_pushColumns(m_emptyTable) {}
+        : m_kind(kind), m_emptyTable(EmptyPushTable()), m_known(m_emptyTable), m_fromPush(m_emptyTable) {}
 
     void InitPush(CUIData& owner) {
         ClearPush();
@@ -82,19 +145,20 @@ class CHqData::Store {
 
     void ClearPush() {
         if (m_pushed.empty()) return;
-        for (Entry* const entry : m_pushed) entry->second.pushRow = -1;
+        for (const int quote : m_pushed) m_pushRows[static_cast<size_t>(quote)] = -1;
         m_pushed.clear();
         m_table.DeleteAllRows();
         m_rows.Clear();
     }
 
     void Merge(const CDataTable& pushed) {
-        if (!m_merge || !m_merge->Fits(m_emptyTable, pushed)) m_merge.emplace(m_emptyTable, pushed, kNothing);
-        const QuoteColumns& columns = _columnsOf(pushed);
+        const Source& source = _sourceOf(pushed);
         for (int row = 0; row < pushed.GetRowNumber(); ++row) {
-            Entry* const entry = _entryOf(pushed.GetRow(row), columns);
-            if (entry && (entry->second.pushRow >= 0 || _addPush(*entry)))
-                m_table.MergeRow(entry->second.pushRow, pushed, row, *m_merge);
+            const int quote = _quoteOf(pushed.GetRow(row), source);
+            if (quote < 0) continue;
+            const int pushRow = m_pushRows[static_cast<size_t>(quote)];
+            const int place = pushRow < 0 ? _addPush(quote) : pushRow;
+            m_table.MergeRow(place, pushed, row, source.merge);
         }
     }
 
@@ -102,76 +166,92 @@ class CHqData::Store {
         if (m_pushed.empty()) return false;
         CDataSet keys;
         _start(out, m_pushed.size());
-        for (Entry* const entry : m_pushed)
-            _publish(m_table.GetRow(entry->second.pushRow), m_pushColumns, true, *entry, keys, out);
+        for (size_t row = 0; row < m_pushed.size(); ++row)
+            _publish(m_pushed[row], m_table, static_cast<int>(row), m_fromPush, true, keys, out);
         _finish(true, keys, out);
         return true;
     }
 
     void BuildQuery(const CDataTable& answer, CUIData& out) {
-        const QuoteColumns& columns = _columnsOf(answer);
+        const Source& source = _sourceOf(answer);
         CDataSet keys;
         _start(out, static_cast<size_t>(answer.GetRowNumber()));
         for (int row = 0; row < answer.GetRowNumber(); ++row) {
-            const TableRow cells = answer.GetRow(row);
-            if (Entry* const entry = _entryOf(cells, columns))
-                _publish(cells, columns, false, *entry, keys, out);
+            const int quote = _quoteOf(answer.GetRow(row), source);
+            if (quote >= 0) _publish(quote, answer, row, source, false, keys, out);
         }
         _finish(false, keys, out);
     }
 
     bool Fill(const CDataTable& table, int row, CUIData& record) {
-        const QuoteColumns& columns = _columnsOf(table);
-        const TableRow cells = table.GetRow(row);
+        const Source& source = _sourceOf(table);
         QuoteKey key;
-        if (!_readKey(cells, columns, key)) return false;
+        if (!_readKey(table.GetRow(row), source, key)) return false;
         QuoteSecurity security(key.Code(), key.Market());
-        FillQuote(cells, columns, key.View(), false, security, record);
+        CDataTable known = m_emptyTable;
+        known.AppendRow();
+        _fill(known, 0, table, row, source, false, key.View(), security, record);
         return true;
     }
 
     bool Find(std::string_view code, std::string_view market, CUIData& out) const {
         QuoteKey key;
-        if (!key.Set(code, market)) return false;
-        const auto found = m_quotes.find(key.View());
-        if (found == m_quotes.end() || found->second.record.IsEmpty()) return false;
-        out = CUIData(found->second.record);
+        const int quote = key.Set(code, market) ? m_index.Find(key) : -1;
+        if (quote < 0 || m_quotes[static_cast<size_t>(quote)].record.IsEmpty()) return false;
+        out = CUIData(m_quotes[static_cast<size_t>(quote)].record);
         return true;
     }
 
   private:
-    const QuoteColumns& _columnsOf(const CDataTable& table) {
-        if (!m_columns || !m_columns->Fits(table)) m_columns.emplace(table);
-        return *m_columns;
+    // What is known of the columns of a table.
+    struct Source {
+        explicit Source(const CDataTable& pushTable, const CDataTable& table)
+            : merge(pushTable, table, kNothing),
+              code(table.FindColumn("4")),
+              market(table.FindColumn("3")),
+              change(table.FindColumn("199112")) {}
+        explicit Source(const CDataTable& pushTable) : Source(pushTable, pushTable) {}
+
+        RowMerge merge;
+        int code, market, change;
+    };
+
+    // Servers send the same columns again and again.
+    const Source& _sourceOf(const CDataTable& table) {
+        if (!m_source || !m_source->merge.Fits(m_emptyTable, table)) m_source.emplace(m_emptyTable, table);
+        return *m_source;
     }
 
-    static bool _readKey(const TableRow& cells, const QuoteColumns& columns, QuoteKey& key) {
-        const bool hasKey = columns.Code() >= 0 && columns.Market() >= 0 &&
-                            key.Set(cells[columns.Code()], cells[columns.Market()]);
+    static bool _readKey(const TableRow& cells, const Source& source, QuoteKey& key) {
+        const bool hasKey =
+            source.code >= 0 && source.market >= 0 && key.Set(cells[source.code], cells[source.market]);
         if (!hasKey) CCounters::Add("quote_row_without_security");
         return hasKey;
     }
 
-    // Made when it is not there; null when there is none.
-    Entry* _entryOf(const TableRow& cells, const QuoteColumns& columns) {
+    // Made when it is not there; -1 when there is none.
+    int _quoteOf(const TableRow& cells, const Source& source) {
         QuoteKey key;
-        if (!_readKey(cells, columns, key)) return nullptr;
-        const auto found = m_quotes.find(key.View());
-        if (found != m_quotes.end()) return &*found;
+        if (!_readKey(cells, source, key)) return -1;
+        const int found = m_index.Find(key);
+        if (found >= 0) return found;
         if (m_quotes.size() >= kMostQuotes) {
             CCounters::Add("quote_store_full");
-            return nullptr;
+            return -1;
         }
-        return &*m_quotes.emplace(key.View(), Quote(key)).first;
+        const int quote = m_known.AppendRow();
+        m_quotes.emplace_back(key);
+        m_pushRows.push_back(-1);
+        m_index.Add(key, quote);
+        return quote;
     }
 
-    bool _addPush(Entry& entry) {
+    int _addPush(int quote) {
         const int row = m_table.AppendRow();
-        if (row < 0) return false;
-        m_pushed.push_back(&entry);
-        entry.second.pushRow = row;
-        m_rows.SetData(entry.first, row);
-        return true;
+        m_pushed.push_back(quote);
+        m_pushRows[static_cast<size_t>(quote)] = row;
+        m_rows.SetData(m_quotes[static_cast<size_t>(quote)].key, row);
+        return row;
     }
 
     void _start(CUIData& out, size_t quotes) const {
@@ -180,16 +260,24 @@ class CHqData::Store {
         out.SetType(m_kind);
     }
 
-    void _publish(const TableRow& cells, const QuoteColumns& columns, bool isPush, Entry& entry,
+    void _publish(int number, const CDataTable& table, int row, const Source& source, bool isPush,
                   CDataSet& keys, CUIData& out) {
-        Quote& quote = entry.second;
+        Quote& quote = m_quotes[static_cast<size_t>(number)];
         if (quote.record.IsEmpty()) {
             quote.record.Reserve(kRecordEntries, kRecordBytes);
             quote.record.SetType(m_kind);
         }
-        FillQuote(cells, columns, entry.first, isPush, quote.security, quote.record);
-        out.SetDataShared(entry.first, quote.record);
-        keys.Insert(entry.first);
+        _fill(m_known, number, table, row, source, isPush, quote.key, quote.security, quote.record);
+        out.SetDataShared(quote.key, quote.record);
+        keys.Insert(quote.key);
+    }
+
+    void _fill(CDataTable& known, int place, const CDataTable& table, int row, const Source& source,
+               bool isPush, std::string_view key, QuoteSecurity& security, CUIData& record) {
+        m_changes.clear();
+        known.MergeRow(place, table, row, source.merge, &m_changes);
+        const TextView change = source.change >= 0 ? table.GetItemText(row, source.change) : TextView();
+        FillQuote({known.GetRow(place), m_changes, change, isPush}, key, security, record);
     }
 
     static void _finish(bool isPush, const CDataSet& keys, CUIData& out) {
@@ -199,14 +287,19 @@ class CHqData::Store {
 
     const std::string m_kind;
     const CDataTable m_emptyTable;
-    const QuoteColumns m_pushColumns;
-    CDataTable m_table;  // attached to "push_table"
-    CUIData m_rows;      // attached to "push_code2row"
-    TextMap<Quote> m_quotes;
-    std::vector<Entry*> m_pushed;  // in the order of the rows
-    // For the columns that came last: servers send the same ones again and again.
-    std::optional<RowMerge> m_merge;
-    std::optional<QuoteColumns> m_columns;
+    CDataTable m_table;         // attached to "push_table"
+    CUIData m_rows;             // attached to "push_code2row"
+    std::vector<int> m_pushed;  // the quotes, in the order of the rows
+
+    // By number of the quote.
+    std::deque<Quote> m_quotes;
+    std::vector<int> m_pushRows;  // -1: not pushed
+    CDataTable m_known;           // the last cells that said something
+    QuoteIndex m_index;
+
+    const Source m_fromPush;
+    std::optional<Source> m_source;  // of the table that came last
+    std::vector<int> m_changes;      // of the row that is looked at
 };
 
 CHqData::CHqData(std::string_view kind) : CUIData(kind), m_store(std::make_unique<Store>(kind)) {

@@ -120,7 +120,7 @@ inline constexpr std::string_view kGzStatus = "C";  // the whole status; "GzFlag
 
 // The numbers that ratios are made of; 0 for what is not known.
 struct QuoteNumbers {
-    double last, previousClose, high, low, turnover, volume, premiumBase;
+    double last, previousClose, high, low, turnover, volume, premiumBase, volumeAtAsk;
 };
 
 struct QuoteRatio {

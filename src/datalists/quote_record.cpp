@@ -1,6 +1,7 @@
 #include "datalists/quote_record.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <iterator>
@@ -54,6 +55,40 @@ std::optional<int64_t> ReadCount(std::string_view text) {
     return *count < 0 || std::signbit(ParseDouble(text).value_or(0)) ? std::nullopt : count;
 }
 
+// The fields that a column of pushes fills; kFields for none.
+struct ColumnFields {
+    size_t first = kFields, second = kFields;
+};
+constexpr auto kFieldsOfColumn = [] {
+    std::array<ColumnFields, kPushColumns.size()> columns;
+    for (size_t column = 0; column < columns.size(); ++column) {
+        for (size_t i = 0; i < kFields; ++i) {
+            if (kQuoteFields[i].id != kPushColumns[column]) continue;
+            (columns[column].first == kFields ? columns[column].first : columns[column].second) = i;
+        }
+    }
+    return columns;
+}();
+
+// Fields from which others follow.
+struct NumberSource {
+    size_t key;
+    double QuoteNumbers::*number;
+};
+constexpr NumberSource kNumberSources[] = {
+    {KeyOf("PriceZxjg"), &QuoteNumbers::last},   {KeyOf("PriceZrsp"), &QuoteNumbers::previousClose},
+    {KeyOf("ZuiGao"), &QuoteNumbers::high},      {KeyOf("ZuiDi"), &QuoteNumbers::low},
+    {KeyOf("Cjje"), &QuoteNumbers::turnover},    {KeyOf("TotalAmount"), &QuoteNumbers::volume},
+    {KeyOf("Yjlx"), &QuoteNumbers::premiumBase}, {KeyOf("WaiPan"), &QuoteNumbers::volumeAtAsk},
+};
+// By field: which of the sources it is; std::size(kNumberSources) for none.
+constexpr auto kSourceOfField = [] {
+    std::array<uint8_t, kFields> sources;
+    sources.fill(std::size(kNumberSources));
+    for (uint8_t i = 0; i < std::size(kNumberSources); ++i) sources[kNumberSources[i].key] = i;
+    return sources;
+}();
+
 bool IsSuspended(const HaltRule& rule, std::string_view status) {
     return std::ranges::any_of(rule.beginnings, [&](std::string_view beginning) {
         return !beginning.empty() && status.starts_with(beginning);
@@ -61,30 +96,6 @@ bool IsSuspended(const HaltRule& rule, std::string_view status) {
 }
 
 }  // namespace
-
-QuoteColumns::QuoteColumns(const CDataTable& table) {
-    m_header.CopyHeader(table);
-    for (size_t i = 0; i < kFields; ++i) {
-        const int column = table.FindColumn(kQuoteFields[i].id);
-        if (column < 0) continue;
-        switch (kQuoteFields[i].kind) {
-            case QuoteKind::kCode:
-                m_code = column;
-                break;
-            case QuoteKind::kMarket:
-                m_market = column;
-                break;
-            case QuoteKind::kChange:
-                m_change = column;
-                break;
-            case QuoteKind::kStatus:
-                m_status = column;
-                break;
-            default:
-                m_others.emplace_back(static_cast<uint8_t>(i), column);
-        }
-    }
-}
 
 QuoteSecurity::QuoteSecurity(std::string_view code, int market)
     : m_decimals(CTrade::GetPriceDecimals(code, LongText(market))), m_market(market) {}
@@ -97,21 +108,31 @@ class QuoteFiller {
           m_market(key.substr(m_code.size() + 1)),
           m_record(record) {}
 
-    void Fill(const TableRow& row, const QuoteColumns& columns, bool isPush) {
-        _set(KeyOf("is_push"), isPush ? 1 : 0);
-        _setText(KeyOf("Zqdm"), m_code);
-        _setText(KeyOf("Market"), m_market);
-        for (const auto& [field, column] : columns.m_others) {
-            const std::string_view cell = row[column];
-            if (!SaysNothing(cell) && _text(field) != cell) _take(field, cell);
+    void Fill(const QuoteNews& news) {
+        const bool isFirst = !m_security.m_isFilled;
+        if (isFirst) _start();
+        if (isFirst || m_security.m_isPush != news.isPush) _set(KeyOf("is_push"), news.isPush ? 1 : 0);
+        m_security.m_isPush = news.isPush;
+        for (const int column : news.changes) {
+            const auto& [first, second] = kFieldsOfColumn[static_cast<size_t>(column)];
+            if (first != kFields) _take(first, news.row[column]);
+            if (second != kFields) _take(second, news.row[column]);
         }
-        if (columns.m_status >= 0) _takeStatus(row[columns.m_status]);
-        _derive(columns.m_change >= 0 ? row[columns.m_change] : TextView());
+        _setChange(news.change);
+        if (isFirst || m_hasNewNumbers) _derive();
+        _setLimits();
+        m_security.m_isFilled = true;
     }
 
   private:
     std::string_view _text(size_t key) const {
         return m_record.GetDataText(Key(key), m_security.m_places[key]);
+    }
+    // The record may have fields already: they go on counting.
+    void _start() {
+        _setText(KeyOf("Zqdm"), m_code);
+        _setText(KeyOf("Market"), m_market);
+        for (const auto& [key, number] : kNumberSources) m_security.m_numbers.*number = _number(key);
     }
     double _number(size_t key) const { return ParseDouble(_text(key)).value_or(0); }
     void _set(size_t key, DataValue value) { m_record.SetData(Key(key), value, m_security.m_places[key]); }
@@ -129,8 +150,15 @@ class QuoteFiller {
     }
     static void _refuse() { CCounters::Add("quote_number_unreadable"); }
 
-    // What the cell says is not what the record has.
     void _take(size_t field, std::string_view cell) {
+        if (_text(field) == cell) return;
+        _convert(field, cell);
+        const uint8_t source = kSourceOfField[field];
+        if (source == std::size(kNumberSources)) return;
+        m_security.m_numbers.*kNumberSources[source].number = _number(field);
+        m_hasNewNumbers = true;
+    }
+    void _convert(size_t field, std::string_view cell) {
         FixedBuffer buffer;
         std::string_view fixed;
         switch (kQuoteFields[field].kind) {
@@ -146,55 +174,50 @@ class QuoteFiller {
                 return _setIf(ParseDouble(cell).has_value(), field, cell);
             case QuoteKind::kCount:
                 return _setIf(ReadCount(cell).has_value(), field, cell);
-            default:
+            case QuoteKind::kText:
                 return _set(field, cell);
+            case QuoteKind::kStatus:
+                return _setStatus(cell);
+            case QuoteKind::kCode:
+            case QuoteKind::kMarket:
+            case QuoteKind::kChange:
+                return;  // not as the cell says
         }
     }
 
-    void _takeStatus(std::string_view status) {
-        if (SaysNothing(status)) return;
+    void _setStatus(std::string_view status) {
         const auto* const rule = std::ranges::find_if(
             kHaltRules, [&](const HaltRule& each) { return (m_security.m_market & each.marketBit) != 0; });
         if (rule != std::end(kHaltRules)) _set(KeyOf("TPFlag"), IsSuspended(*rule, status));
         _setText(KeyOf("GzFlag"), status == kGzStatus ? kGzStatus : std::string_view());
     }
 
-    void _derive(std::string_view change) {
-        const QuoteNumbers numbers{
-            .last = _number(KeyOf("PriceZxjg")),
-            .previousClose = _number(KeyOf("PriceZrsp")),
-            .high = _number(KeyOf("ZuiGao")),
-            .low = _number(KeyOf("ZuiDi")),
-            .turnover = _number(KeyOf("Cjje")),
-            .volume = _number(KeyOf("TotalAmount")),
-            .premiumBase = _number(KeyOf("Yjlx")),
-        };
-        _setChange(change, numbers);
-        _set(KeyOf("NeiPan"), _long(KeyOf("TotalAmount")) - _long(KeyOf("WaiPan")));
+    void _derive() {
+        const QuoteNumbers& numbers = m_security.m_numbers;
+        _set(KeyOf("NeiPan"),
+             static_cast<int64_t>(numbers.volume) - static_cast<int64_t>(numbers.volumeAtAsk));
         for (size_t i = 0; i < std::size(kQuoteRatios); ++i) {
             const double ratio = kQuoteRatios[i].of(numbers);
             _set(kFirstRatio + i, std::isfinite(ratio) ? ratio : 0.0);
         }
-        _setLimits(numbers.previousClose);
     }
-    int64_t _long(size_t key) const { return ParseLong(_text(key)).value_or(0); }
 
-    void _setChange(std::string_view cell, const QuoteNumbers& numbers) {
+    void _setChange(std::string_view cell) {
+        const double last = m_security.m_numbers.last, close = m_security.m_numbers.previousClose;
         FixedBuffer buffer;
         std::string_view change;
         if (!SaysNothing(cell)) {
             change = FixedText(cell, 2, buffer);
             if (change.empty()) _refuse();
         }
-        if (change.empty() && numbers.last > kLeastPrice && numbers.previousClose > kLeastPrice) {
-            change =
-                FixedText((numbers.last - numbers.previousClose) / numbers.previousClose * 100, 2, buffer);
-        }
+        if (change.empty() && last > kLeastPrice && close > kLeastPrice)
+            change = FixedText((last - close) / close * 100, 2, buffer);
         _setText(KeyOf("Zdfd"), change.empty() ? "0%" : change);
     }
 
     // They are the same all day long, unless the code list tells of a warning.
-    void _setLimits(double previousClose) {
+    void _setLimits() {
+        const double previousClose = m_security.m_numbers.previousClose;
         const uint64_t codes = CTrade::CodeDataVersion();
         if (m_security.m_limitsOf == previousClose && m_security.m_codesAt == codes) return;
         const Decimal close = Decimal::Parse(_text(KeyOf("PriceZrsp"))).value_or(Decimal());
@@ -210,11 +233,11 @@ class QuoteFiller {
     QuoteSecurity& m_security;
     const std::string_view m_code, m_market;
     CUIData& m_record;
+    bool m_hasNewNumbers = false;
 };
 
-void FillQuote(const TableRow& row, const QuoteColumns& columns, std::string_view key, bool isPush,
-               QuoteSecurity& security, CUIData& record) {
-    QuoteFiller(security, key, record).Fill(row, columns, isPush);
+void FillQuote(const QuoteNews& news, std::string_view key, QuoteSecurity& security, CUIData& record) {
+    QuoteFiller(security, key, record).Fill(news);
 }
 
 }  // namespace luadui

@@ -254,8 +254,11 @@ class PlainQuotes {
             std::string key;
             if (!_key(answer, row, key)) continue;
             Record cells;
-            for (int col = answer.GetColumnNumber() - 1; col >= 0; --col)
-                cells[answer.GetColumnProperty(col, "name")] = answer.GetItemText(row, col);
+            for (int col = 0; col < answer.GetColumnNumber(); ++col) {
+                const std::string text = answer.GetItemText(row, col);
+                if (!text.empty() && text != "-") cells[answer.GetColumnProperty(col, "name")] = text;
+            }
+            cells["199112"] = answer.GetItemText(row, "199112");  // not a value that is kept
             _fill(key, cells, 0);
             keys.insert(key);
         }
