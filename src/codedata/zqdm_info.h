@@ -4,12 +4,11 @@
 #include <string>
 
 #include "base/ui_data.h"
-#include "platform/export.h"
 
 namespace luadui {
 
 // Texts of code page 936. Threads: as for every value.
-struct LUADUI_API HelperZqdmInfo {
+struct HelperZqdmInfo {
     std::string code, name, marketId, phonetic;
 
     // "code:market", the key under which pages find the record.
