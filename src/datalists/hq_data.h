@@ -11,8 +11,8 @@ namespace luadui {
 
 // Keeps one record for each security that was ever told of, under the key "code:market" ("600000:17"). Its named
 // fields (see datalists/quote_field_table.h) keep the last known value of whatever a row leaves empty or says "-" for;
-// what is derived is derived from them. Records are attached to the outputs: who holds one sees later quotes, too, and
-// takes a copy to keep those of the moment.
+// what is derived is derived from them. Records are attached to the outputs: who holds one sees later quotes, too, takes
+// a copy to keep those of the moment, and does not write to it.
 //
 // Entries:   "push_table"    what was pushed since the last ClearPush, a row for each security; its 64 columns are
 //                            named by the quote fields. Cells keep the last value pushed.
