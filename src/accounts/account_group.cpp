@@ -6,6 +6,7 @@
 
 #include "accounts/account_log.h"
 #include "base/counters.h"
+#include "base/json_text.h"
 #include "base/text.h"
 
 namespace luadui {
@@ -13,11 +14,9 @@ namespace {
 
 // As JSON writes it: the quotes, and before what must not stand in a string a backslash.
 std::string Quoted(std::string_view text) {
-    CJsonObject json;
-    json.Set("", text);
-    const std::string object = json.ToText();  // {"":"text"}
-    constexpr std::string_view kBefore = "{\"\":", kAfter = "}";
-    return object.substr(kBefore.size(), object.size() - kBefore.size() - kAfter.size());
+    JsonText json;
+    json.Text(text);
+    return json.Take();
 }
 
 // The texts of a JSON array of texts and numbers, each once; nothing when the text is something else.
@@ -124,9 +123,11 @@ void CAccountGroup::_remove(const std::string& accountId) {
 
 template <class Ids>
 void CAccountGroup::_writeText(const Ids& ids) {
-    m_text = '[';
-    for (const std::string& id : ids) m_text += (m_text == "[" ? "" : ",") + Quoted(id);
-    m_text += ']';
+    JsonText json(m_text.size());
+    json.BeginArray();
+    for (const std::string& id : ids) json.Text(id);
+    json.EndArray();
+    m_text = json.Take();
 }
 
 }  // namespace luadui

@@ -1,6 +1,7 @@
 #include "accounts/account_json.h"
 
 #include "base/json_object.h"
+#include "base/text.h"
 
 namespace luadui {
 
@@ -10,8 +11,8 @@ std::optional<CDataList> ListOf(const ValueView& value) {
     CDataList list;
     if (value.Get(list)) return list;
     CJsonObject holder;
-    if (value.Kind() != kDataString || !holder.Parse("{\"\":" + std::string(value.AsText()) + '}') ||
-        holder.Kind("") != kDataList)
+    if (!TrimText(value.AsText()).starts_with('[')) return std::nullopt;  // others are between ';'
+    if (!holder.Parse("{\"\":" + std::string(value.AsText()) + '}') || holder.Kind("") != kDataList)
         return std::nullopt;
     return holder.GetArray("");
 }
