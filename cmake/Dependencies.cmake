@@ -28,6 +28,7 @@ if(LUADUI_TESTS)
 endif()
 if(LUADUI_BENCH)
     find_package(benchmark REQUIRED)
+    find_package(SQLite3 REQUIRED)
 endif()
 
 if(WIN32)

@@ -8,7 +8,7 @@ packages_for() {
     test)    echo libgtest-dev libgmock-dev lua5.1 luajit ;;
     demo)    echo lua-sql-sqlite3 lua-cjson libedit-dev libssl-dev ;;
     windows) echo g++-mingw-w64-x86-64-posix wine wine64 googletest dpkg-dev ;;
-    bench)   echo libbenchmark-dev libglib2.0-dev ;;
+    bench)   echo libbenchmark-dev libglib2.0-dev libsqlite3-dev ;;
     fuzz)    echo clang-14 libclang-rt-14-dev ;;
     format)  echo clang-format-14 ;;
     tidy)    echo clang-tidy-14 ;;

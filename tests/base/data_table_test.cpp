@@ -210,14 +210,22 @@ class RandomTables {
         const size_t row = _upTo(pair.model.rows.size() + 1), from = _upTo(source.model.rows.size() + 1);
         const bool valid = row < pair.model.rows.size() && from < source.model.rows.size();
         const RowMerge merge(pair.table, source.table, nothing);
-        EXPECT_EQ(pair.table.MergeRow(static_cast<int>(row), source.table, static_cast<int>(from), merge),
-                  valid);
+        std::vector<int> changes, expected;
+        EXPECT_EQ(
+            pair.table.MergeRow(static_cast<int>(row), source.table, static_cast<int>(from), merge, &changes),
+            valid);
         if (!valid) return;
         const auto texts = source.model.rows[from].texts;
+        auto& merged = pair.model.rows[row].texts;
+        const auto old = merged;
         for (const auto& [col, text] : texts) {
             const int to = pair.model.Find(source.model.columns[col].at("name"));
-            if (to >= 0 && text != nothing) pair.model.rows[row].texts[static_cast<size_t>(to)] = text;
+            if (to >= 0 && text != nothing) merged[static_cast<size_t>(to)] = text;
         }
+        for (const auto& [col, text] : merged) {
+            if (!old.count(col) || old.at(col) != text) expected.push_back(static_cast<int>(col));
+        }
+        EXPECT_EQ(changes, expected);
     }
 
     void _changeWhole(Pair& pair, uint32_t kind, int col) {
