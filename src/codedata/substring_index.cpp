@@ -158,8 +158,13 @@ SubstringIndex::Range SubstringIndex::_narrow(Range range, std::wstring_view que
     const bool hasTwo = query.size() > known + 1;
     const uint32_t least =
         static_cast<uint32_t>(query[known]) << 16 | (hasTwo ? static_cast<uint32_t>(query[known + 1]) : 0);
+    const uint32_t most = hasTwo ? least : least | 0xFFFF;
     range.first = _lowerBound(range, least);
-    range.last = _lowerBound(range, (hasTwo ? uint64_t{least} : least | 0xFFFF) + 1);
+    // The end is near as a rule.
+    uint32_t end = range.first;
+    for (uint32_t near = std::min(end + kSampleStride, range.last); end < near && m_next[end] <= most;) ++end;
+    const bool isFurther = end == range.first + kSampleStride && end < range.last;
+    range.last = isFurther ? _lowerBound({end, range.last}, uint64_t{most} + 1) : end;
     return query.size() > known + 2 ? _narrowByText(range, query, known + 2) : range;
 }
 

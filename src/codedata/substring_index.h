@@ -18,7 +18,7 @@ namespace luadui {
 // characters after these stand beside each occurrence, so that the text itself is rarely read. A label a key (its
 // market) narrows a search to the keys with that label.
 //
-// About 12 bytes a character of the text, 18 with labels, beside 850 KB of tables.
+// About 12 bytes a character of the text, 19 with labels, beside 850 KB of tables.
 //
 // Threads: any may ask; it never changes.
 class SubstringIndex {
@@ -86,9 +86,9 @@ class SubstringIndex {
     std::vector<uint8_t> m_labels;        // of the keys
     std::vector<uint32_t> m_occurrences;  // key * kMaxKey + offset, sorted by what begins there
     std::vector<uint32_t>
-        m_next;              // the two characters after those by which an occurrence is found in the tables
+        m_next;  // the two characters after those by which an occurrence is found in the tables
     std::vector<uint32_t> m_samples;  // of m_next: few enough to stay in a cache
-    RangeMinimum m_minimum;  // over m_occurrences
+    RangeMinimum m_minimum;           // over m_occurrences
 
     std::vector<uint32_t> m_singles;  // by character: the first place with that one or one above it
     std::vector<Bucket> m_buckets;    // by one, two or three letters or digits
