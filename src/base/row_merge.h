@@ -33,8 +33,8 @@ class TESSEL_API RowMerge {
 
     CDataTable m_target, m_source;  // columns only
     std::string m_nothing;
-    bool m_hasDoubles;               // several cells of the source have the same name
-    bool m_isSame;  // cell i goes to cell i
+    bool m_hasDoubles;  // several cells of the source have the same name
+    bool m_isSame;      // cell i goes to cell i
     std::vector<uint32_t>
         m_from;  // by cell of the target: the last cell of that name in the source, or kNowhere
     std::vector<uint32_t> m_before;  // by cell of the source: the one of the same name before it, or kNowhere
