@@ -23,6 +23,8 @@ bool FindQuote(const CHqData& list, std::string_view key, CUIData& quote) {
 
 }  // namespace
 
+uint32_t QuoteFeed::TickCount() { return static_cast<uint32_t>(GetTickCount()); }
+
 const CHqData* QuoteFeed::_list(size_t kind) const {
     return m_manager.Lists().Find<CHqData>(kQuoteKinds[kind]);
 }
@@ -39,15 +41,15 @@ QuoteFeed::Held QuoteFeed::_hold(Kind& kind, const Names& securities, uint32_t h
         }
         Security& security = kind.securities[name];
         if (kind.holders[holder].insert(name).second) ++security.holders;
-        if (!std::exchange(security.isAtServer, true)) {
+        const bool isLost = security.asker != 0 && m_now() - security.askedAt >= kPatience;
+        if (!std::exchange(security.isAtServer, true) || isLost) {
             security.asker = holder;
-            security.askedAt = GetTickCount();
+            security.askedAt = m_now();
             held.fresh.push_back(name);
         } else if (!security.keys.empty()) {
             held.current.push_back(name);
         } else {
-            const bool isUnderWay = GetTickCount() - security.askedAt < kPatience;
-            (isUnderWay && security.asker == holder ? held.pending : held.others).push_back(name);
+            (security.asker == holder ? held.pending : held.others).push_back(name);
         }
     }
     return held;
@@ -135,20 +137,21 @@ void QuoteFeed::_send(std::string_view kind, const Names& securities, uint32_t h
 
 // Answers.
 
-void QuoteFeed::Answered(std::string_view kind, const Names& asked, const CDataSet& keys) {
+void QuoteFeed::Answered(std::string_view kind, const Names& asked, const CDataSet& keys, bool isSub) {
     const size_t number = QuoteKindOf(kind);
     if (number == kQuoteKindCount) return;
     Kind& entry = m_kinds[number];
     for (const std::string& name : asked) {
         const auto security = entry.securities.find(name);
         if (security == entry.securities.end()) continue;
-        security->second.asker = 0;
+        if (isSub) security->second.asker = 0;
+        if (security->second.asker != 0) continue;  // somebody else's answer: it may never be pushed
         const std::string prefix = QuotePrefixOf(name);
         auto key = FindPrefix(keys, prefix);
         if (key != keys.end()) security->second.keys.clear();
         for (; key != keys.end() && HasPrefix(*key, prefix); ++key) security->second.keys.push_back(*key);
     }
-    for (const std::string& key : keys) entry.answered[key] = GetTickCount();
+    for (const std::string& key : keys) entry.answered[key] = m_now();
     if (entry.answered.size() <= entry.answersAllowed) return;
     std::erase_if(entry.answered, [&](const auto& answer) { return !_isFresh(entry, answer.first); });
     entry.answersAllowed = std::max<size_t>(1024, 2 * entry.answered.size());
@@ -165,9 +168,9 @@ void QuoteFeed::Refused(std::string_view kind, const Names& asked) {
     }
 }
 
-bool QuoteFeed::_isFresh(const Kind& kind, std::string_view key) {
+bool QuoteFeed::_isFresh(const Kind& kind, std::string_view key) const {
     const auto answered = kind.answered.find(key);
-    return answered != kind.answered.end() && GetTickCount() - answered->second < kFreshTime;
+    return answered != kind.answered.end() && m_now() - answered->second < kFreshTime;
 }
 
 QuoteFeed::Names QuoteFeed::_currentKeys(const Kind& kind, std::string_view name) {

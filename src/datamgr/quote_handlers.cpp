@@ -43,7 +43,7 @@ void HandleQuotes(CUIDataManager& manager, Answer& answer) {
     QuoteFeed& feed = CUIStockDataManager::get_mutable_instance().CommonData().Quotes();
     if (answer.hasTable) {
         ListOf(manager, answer.kind)->BuildQueryQuotes(answer.table, record);
-        feed.Answered(answer.kind, SecuritiesOf(answer.params), UpdatedIn(record));
+        feed.Answered(answer.kind, SecuritiesOf(answer.params), UpdatedIn(record), answer.isSub);
     } else if (answer.code != 0 && answer.isSub) {
         feed.Refused(answer.kind, SecuritiesOf(answer.params));
     }
@@ -55,7 +55,7 @@ void HandleQuoteOnce(CUIDataManager& manager, Answer& answer) {
     CDataSet keys;
     CHqData* const list = ListOf(manager, kOnceList);
     for (int row = 0; answer.hasTable && row < answer.table.GetRowNumber(); ++row) {
-        CUIData quote;
+        CUIData quote(answer.kind);
         if (!list->FillQuoteRecord(answer.table, row, quote)) continue;
         const std::string key = quote.GetDataString("Zqdm") + ':' + LongText(quote.GetDataLong("Market"));
         keys.Insert(key);

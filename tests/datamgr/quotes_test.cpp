@@ -385,6 +385,37 @@ TEST_F(QuotesTest, PagesMayGoAndPushesMayComeWhileATickIsTold) {
     }
 }
 
+TEST_F(QuotesTest, ASubscriptionThatWasLostIsTriedAgain) {
+    static uint32_t now;
+    QuoteFeed feed(router.CommonData(), [] { return now; });
+    const std::vector<std::string> names{"600000"};
+    const auto first = static_cast<uint32_t>(window.GetHandle()),
+               second = static_cast<uint32_t>(neighbour.GetHandle());
+    CDataSet keys;
+    keys.Insert("600000:17");
+    CUIData quote;
+    Push("600000,10.01");
+    Tick();
+    feed.Subscribe("hq", names, first);
+    EXPECT_EQ(Sent(), "1051 isSub 600000");
+    feed.Answered("hq", names, keys, false);  // to somebody else's question
+    now += QuoteFeed::kFreshTime;
+    EXPECT_FALSE(feed.FindCurrent("600000", "17", quote));
+    now = QuoteFeed::kPatience - 1;
+    feed.Subscribe("hq", names, first);
+    EXPECT_EQ(Sent(), "");
+    ++now;
+    feed.Subscribe("hq", names, second);
+    EXPECT_EQ(Sent(), "1051 isSub 600000");
+    feed.Answered("hq", names, keys, true);
+    now += QuoteFeed::kPatience;
+    EXPECT_TRUE(feed.FindCurrent("600000", "17", quote));
+    feed.Unsubscribe("hq", names, first);
+    EXPECT_EQ(Sent(), "");
+    feed.Unsubscribe("hq", names, second);
+    EXPECT_EQ(Sent(), "1051 unsub 600000");
+}
+
 TEST_F(QuotesTest, GarbageChangesNothing) {
     Register(*page, window);
     Push("600000,10.01");
