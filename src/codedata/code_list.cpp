@@ -15,18 +15,17 @@ constexpr bool IsLineEnd(char c) { return c == '\n' || c == '\r'; }
 constexpr bool IsBetweenFields(char c) { return c == ',' || c == ';' || c == ' ' || c == '\t'; }
 constexpr bool IsRowEnd(char c) { return IsLineEnd(c) || c == '{' || c == '}'; }
 
-bool IsCode(std::string_view code) {
-    return !code.empty() && code.size() <= CodeList::kMaxCode &&
-           std::all_of(code.begin(), code.end(),
-                       [](char c) { return c > ' ' && c <= '~' && c != ',' && c != ':' && c != '|'; });
-}
-
-bool IsMarket(std::string_view market) {
-    return !market.empty() && market.size() <= CodeList::kMaxMarket &&
-           std::all_of(market.begin(), market.end(), IsDigit);
-}
-
 }  // namespace
+
+bool CodeList::IsCode(std::string_view text) noexcept {
+    return !text.empty() && text.size() <= kMaxCode && std::all_of(text.begin(), text.end(), [](char c) {
+        return c > ' ' && c <= '~' && c != ',' && c != ':' && c != '|';
+    });
+}
+
+bool CodeList::IsMarket(std::string_view text) noexcept {
+    return !text.empty() && text.size() <= kMaxMarket && std::all_of(text.begin(), text.end(), IsDigit);
+}
 
 // Goes through a reply once; what fields decode to goes into the list's text, one behind the other.
 class CodeList::Reader {

@@ -35,6 +35,10 @@ class CodeList {
     // cut at a character.
     static constexpr size_t kMaxCode = 31, kMaxMarket = 5, kMaxName = 127, kMaxPhonetic = 255;
 
+    // Whether a record may have such a code and such a market.
+    static bool IsCode(std::string_view text) noexcept;
+    static bool IsMarket(std::string_view text) noexcept;
+
     CodeList() = default;
     CodeList(CodeList&&) = default;  // records stay valid
     CodeList& operator=(CodeList&&) = default;

@@ -76,7 +76,8 @@ bool CodeLoader::Load(std::string path) {
 void CodeLoader::Reload() {
     {
         const std::lock_guard lock(m_mutex);
-        m_wantsReload = m_wasLoaded;
+        if (!m_wasLoaded) return CCounters::Add("code_list_update_before_load");
+        m_wantsReload = true;
     }
     _startBackground();
 }

@@ -57,12 +57,14 @@ class CodeLoader {
     // order on ("code_list_wait_ended"), and not on the thread that loads: the host's script may look something up, and
     // gets what was there before.
     CurrentBook::Reading Read() {
-        if (m_loadsAhead.load(std::memory_order_acquire) > 0) _waitForLoads();
+        if (IsLoading()) _waitForLoads();
         return m_book.Read();
     }
     // The book of this moment, without waiting.
     CurrentBook::Reading ReadNow() const noexcept { return m_book.Read(); }
 
+    // Whether a load that was ordered by Load is not done yet.
+    bool IsLoading() const noexcept { return m_loadsAhead.load(std::memory_order_acquire) > 0; }
     bool IsIdle() const;  // no thread is at work
 
   private:

@@ -58,12 +58,16 @@ class LUADUI_API CDataManager {
     // Loads the list in the background from the source at `path` (code page 936; empty: the host's own).
     // Every call is a load of its own, one after the other. False when no thread could be started.
     static bool InitKeyFairy(const std::string& path);
+    // Whether there is a list, or one is being loaded. Does not wait: whoever asks may hold what the loading
+    // script needs.
+    static bool HasKeyFairy();
     // Adds the exchange-traded funds of a table that a page got from the server, so that lookups and search
     // boxes find them: columns "stock_code" or "SecurityID", "stock_name" or "SecurityName", "stock_marketid"
     // or "Market", and, if there, "stock_phonetic". A market is an id or an exchange code, which stands for
     // the exchange's market of funds ("20" or "36"). Nothing that is there is replaced: what the list has,
     // now or after a later load, stays as it is. Answers how many were added; lookups find them some moments
-    // later. Rows without code or market count as "code_list_row_unusable".
+    // later. Rows without a code and a market that a list may have (codedata/code_list.h) count as
+    // "code_list_row_unusable".
     static int InitETFKeyFairy(const CDataTable& funds);
 
     // The keyboard wizard. What a search key is: codedata/code_book.h. A lookup waits for a load that

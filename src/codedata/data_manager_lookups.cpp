@@ -6,6 +6,7 @@
 #include "base/data_table.h"
 #include "base/text.h"
 #include "codedata/code_book.h"
+#include "codedata/code_list.h"
 #include "codedata/code_loader.h"
 #include "codedata/data_manager.h"
 #include "codedata/market_map.h"
@@ -68,6 +69,12 @@ std::string_view Cell(const CDataTable& table, int row, std::initializer_list<co
     return {};
 }
 
+// As a record of the list has it.
+std::string Clean(std::string_view text, size_t longest) {
+    const std::string whole = WideToGbk(GbkToWide(text));
+    return std::string(CutAtCharacter(whole, longest));
+}
+
 // Servers tell the exchange where the list has the market.
 std::string_view FundMarketOf(std::string_view market) {
     if (MarketNameOf(market) != kUnknownMarketName) return market;
@@ -79,6 +86,11 @@ std::string_view FundMarketOf(std::string_view market) {
 
 }  // namespace
 
+bool CDataManager::HasKeyFairy() {
+    const CodeLoader& loader = CodeLoader::Instance();
+    return loader.IsLoading() || loader.ReadNow()->Size() > 0;
+}
+
 bool CDataManager::InitKeyFairy(const std::string& path) { return CodeLoader::Instance().Load(path); }
 
 void CDataManager::Update_CodeList(uint16_t, uint32_t, uint32_t, uint32_t) {
@@ -88,15 +100,17 @@ void CDataManager::Update_CodeList(uint16_t, uint32_t, uint32_t, uint32_t) {
 int CDataManager::InitETFKeyFairy(const CDataTable& funds) {
     std::vector<CodeLoader::Addition> additions;
     for (int row = 0; row < funds.GetRowNumber(); ++row) {
-        const std::string_view code = Cell(funds, row, {"stock_code", "SecurityID"});
-        const std::string_view market = Cell(funds, row, {"stock_marketid", "Market"});
-        if (code.empty() || market.empty()) {
+        const std::string_view code = TrimText(Cell(funds, row, {"stock_code", "SecurityID"}));
+        const std::string_view market =
+            FundMarketOf(TrimText(Cell(funds, row, {"stock_marketid", "Market"})));
+        if (!CodeList::IsCode(code) || !CodeList::IsMarket(market)) {
             CCounters::Add("code_list_row_unusable");
             continue;
         }
-        additions.push_back({std::string(code), std::string(Cell(funds, row, {"stock_name", "SecurityName"})),
-                             std::string(FundMarketOf(market)),
-                             std::string(Cell(funds, row, {"stock_phonetic"}))});
+        const std::string_view name = Cell(funds, row, {"stock_name", "SecurityName"}),
+                               phonetic = Cell(funds, row, {"stock_phonetic"});
+        additions.push_back({std::string(code), Clean(name, CodeList::kMaxName), std::string(market),
+                             Clean(phonetic, CodeList::kMaxPhonetic)});
     }
     return static_cast<int>(CodeLoader::Instance().Add(std::move(additions)));
 }

@@ -148,7 +148,7 @@ void SetConfig(const LuaArguments& in, LuaResults&) {
 void GetVersionList(const LuaArguments& in, LuaResults& out) { out.AddText(VersionList(in.Text(1))); }
 
 void InitMarketCodeList(const LuaArguments& in, LuaResults&) {
-    if (CDataManager::Get_KeyFairy_Size() < 1) CDataManager::InitKeyFairy(in.Text(1));
+    if (!CDataManager::HasKeyFairy()) CDataManager::InitKeyFairy(in.Text(1));
 }
 
 }  // namespace
