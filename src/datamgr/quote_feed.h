@@ -30,25 +30,21 @@ class CUIDataManager;
 class QuoteFeed {
   public:
     // `manager` is not owned: it sends, tells, and holds the lists of quotes.
-    // `now` counts milliseconds.
-    explicit QuoteFeed(CUIDataManager& manager, uint32_t (*now)() = TickCount)
-        : m_manager(manager), m_now(now) {}
+    explicit QuoteFeed(CUIDataManager& manager) : m_manager(manager) {}
 
     // `holder`: the handle of the window, or of the page. It is told what is current now, and when the server answers,
     // the rest.
     void Subscribe(std::string_view kind, const std::vector<std::string>& securities, uint32_t holder);
     void Unsubscribe(std::string_view kind, const std::vector<std::string>& securities, uint32_t holder);
-    // The same for a query of the holder's own with "isSub" or "unsub", so that the server hears neither from a second
-    // holder. True when that is all, or the holder's subscription brings the answer already; false when the request is to
-    // go on, as it is then.
+    // The same for a query of the holder's own with "isSub" or "unsub", so that the server hears neither from a
+    // second holder. True when that is all, or the holder's subscription brings the answer already; false when the
+    // request is to go on, as it is then.
     bool TakeQuery(CUIData& request, uint32_t holder);
     // Ends all that the holder subscribed to of that kind.
     void Leave(std::string_view kind, uint32_t holder);
 
-    // The server answered: `asked` are the securities that it was asked for, `keys` those of the quotes that came;
-    // `isSub`: the query was one that subscribes.
-    void Answered(std::string_view kind, const std::vector<std::string>& asked, const CDataSet& keys,
-                  bool isSub);
+    // The server answered: `asked` are the securities that it was asked for, `keys` those of the quotes that came.
+    void Answered(std::string_view kind, const std::vector<std::string>& asked, const CDataSet& keys);
     // It failed at a query that subscribes: the next subscription tries again.
     void Refused(std::string_view kind, const std::vector<std::string>& asked);
 
@@ -62,10 +58,7 @@ class QuoteFeed {
     // Publishes what was pushed since the last tick.
     void Tick();
 
-    static uint32_t TickCount();
-
-    // A subscription that is not answered for so long was lost: whoever subscribes next tries again.
-    static constexpr uint32_t kPatience = 10'000;  // ms
+    static constexpr uint32_t kPatience = 10'000;  // ms; then an answer is no longer waited for
     static constexpr uint32_t kFreshTime = 5'000;  // ms
     static constexpr size_t kMaxSecurities =
         200'000;  // further ones are refused, "quote_subscription_refused"
@@ -77,13 +70,13 @@ class QuoteFeed {
         size_t holders = 0;
         bool isAtServer = false;
         uint32_t asker = 0;    // who gets the answer to the query that subscribed, while that is under way
-        uint32_t askedAt = 0;  // since when
+        uint32_t askedAt = 0;  // GetTickCount()
         Names keys;            // of its quotes; none before the answer
     };
     struct Kind {
         TextMap<Security> securities;
         std::map<uint32_t, std::set<std::string>> holders;
-        TextMap<uint32_t> answered;  // key -> when
+        TextMap<uint32_t> answered;  // key -> GetTickCount()
         size_t answersAllowed = 1024;
     };
 
@@ -100,11 +93,10 @@ class QuoteFeed {
     void _send(std::string_view kind, const Names& securities, uint32_t holder, const char* flag);
     void _leaveGone();
     static Names _currentKeys(const Kind& kind, std::string_view security);
-    bool _isFresh(const Kind& kind, std::string_view key) const;
+    static bool _isFresh(const Kind& kind, std::string_view key);
     const CHqData* _list(size_t kind) const;
 
     CUIDataManager& m_manager;
-    uint32_t (*const m_now)();
     std::array<Kind, kQuoteKindCount> m_kinds;
     unsigned m_ticks = 0;
 };

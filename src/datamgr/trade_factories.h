@@ -43,7 +43,8 @@ Refusal ComputeCodeMask(CUIDataManager& manager, CUIData& request);
 // "price_level": the price of "price_level" in the quote of "stock_code" of "stock_marketid": "0" or "最新价" the last
 // price, "B1" or "买一" to "B10" and "S1" or "卖一" to "S10" those in the book, "ZT" or "涨停价" and "DT" or "跌停价"
 // the daily limits; "NULL" is none chosen, and has the empty text for price. The quote is the record "quote", or the
-// request itself, or, where it has no prices, the current one (see QuoteFeed::FindCurrent), with "PriceZxjg", "PriceBuy1", "PriceSell1", "PriceZtjg", "PriceDtjg", "PriceZrsp" and so on.
+// request itself, or, where that has no prices, the one held here if it is current (see QuoteFeed::FindCurrent); it has
+// "PriceZxjg", "PriceBuy1", "PriceSell1", "PriceZtjg", "PriceDtjg", "PriceZrsp" and so on.
 // "price_offset" moves the price by that many steps (up to 10,000). Answers "price" as text, on a step and within
 // the daily limits: those of the quote, else those that its previous close gives.
 Refusal ComputePriceLevel(CUIDataManager& manager, CUIData& request);

@@ -70,7 +70,8 @@ class LUADUI_API CUIPageData : public CUIDataManager {
     void _send(CUIData* record, SET_DATA mode);
     // Quotes (ui_page_quotes.cpp)
     QuoteInterest* _interestIn(std::string_view kind);
-    // Notes what a request names. True when nothing is left to be asked (see QuoteFeed::TakeQuery), or the page has gone.
+    // Notes what a request names. True when nothing is left to be asked (see QuoteFeed::TakeQuery), or the page has
+    // gone.
     bool _takeQuoteQuery(CUIData& record);
     bool _takeQuoteQuery(CUIData& request, int32_t window);
     void _setQuoteSubscription(CUIData* record, SET_DATA mode);
