@@ -178,7 +178,10 @@ class CHqData::Store {
         _start(out, static_cast<size_t>(answer.GetRowNumber()));
         for (int row = 0; row < answer.GetRowNumber(); ++row) {
             const int quote = _quoteOf(answer.GetRow(row), source);
-            if (quote >= 0) _publish(quote, answer, row, source, false, keys, out);
+            if (quote < 0) continue;
+            _publish(quote, answer, row, source, false, keys, out);
+            const int pushRow = m_pushRows[static_cast<size_t>(quote)];
+            if (pushRow >= 0) _overtake(pushRow, answer, row, source);
         }
         _finish(false, keys, out);
     }
@@ -254,6 +257,12 @@ class CHqData::Store {
         return row;
     }
 
+    // What was pushed before an answer is not to come back with the next tick.
+    void _overtake(int pushRow, const CDataTable& answer, int row, const Source& source) {
+        m_table.MergeRow(pushRow, answer, row, source.merge);
+        m_table.SetItemText(pushRow, m_fromPush.change, _changeIn(answer, row, source));
+    }
+
     void _start(CUIData& out, size_t quotes) const {
         constexpr size_t kKeyBytes = 16;
         out.Reserve(quotes + 8, (quotes + 8) * kKeyBytes);
@@ -276,8 +285,11 @@ class CHqData::Store {
                bool isPush, std::string_view key, QuoteSecurity& security, CUIData& record) {
         m_changes.clear();
         known.MergeRow(place, table, row, source.merge, &m_changes);
-        const TextView change = source.change >= 0 ? table.GetItemText(row, source.change) : TextView();
-        FillQuote({known.GetRow(place), m_changes, change, isPush}, key, security, record);
+        FillQuote({known.GetRow(place), m_changes, _changeIn(table, row, source), isPush}, key, security,
+                  record);
+    }
+    static TextView _changeIn(const CDataTable& table, int row, const Source& source) {
+        return source.change >= 0 ? table.GetItemText(row, source.change) : TextView();
     }
 
     static void _finish(bool isPush, const CDataSet& keys, CUIData& out) {

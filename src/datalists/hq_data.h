@@ -20,7 +20,8 @@ namespace luadui {
 // Rows:      columns are named by quote fields, in decimal; others are passed over. A row without a code (field 4) or
 //            with a market (field 3) that is no number counts as "quote_row_without_security"; a number that is none,
 //            is not finite, or below zero where it counts something, keeps the value before it and counts as
-//            "quote_number_unreadable". Rows of securities beyond kMostQuotes count as "quote_store_full".
+//            "quote_number_unreadable"; only what was pushed since the last FlushPush is gone with it, for pushes are
+//            kept as text. Rows of securities beyond kMostQuotes count as "quote_store_full".
 // Threads:   one, on which all that is attached is read, too.
 class CHqData : public CUIData {
   public:
@@ -46,7 +47,8 @@ class CHqData : public CUIData {
     // nothing was pushed. The cost is that of the rows pushed, whatever the number of quotes.
     bool FlushPush(CUIData& out);
 
-    // The same for an answer, at once: its rows go into the records, "is_push" is 0.
+    // The same for an answer, at once: its rows go into the records, "is_push" is 0. It is newer than what was pushed
+    // before it, also when that is flushed afterwards.
     void BuildQueryQuotes(const CDataTable& answer, CUIData& out);
 
     // Fills a record, which need not be one of this object, with a row of `table`. False, counted and nothing changed,

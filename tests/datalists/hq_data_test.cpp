@@ -190,6 +190,15 @@ TEST(HqDataTest, TicksTellWhatWasPushedSinceTheLastOne) {
     EXPECT_EQ(Said(found, "Zdfd"), "10.00");
     EXPECT_FALSE(quotes.FindQuote("600000", "33", found) || quotes.FindQuote("600000", "x", found));
 
+    // An answer is newer than what was pushed before it, though told earlier.
+    quotes.ClearPush();
+    quotes.MergePushRows(
+        Table({{{"4", "600000"}, {"3", "17"}, {"10", "10.8"}, {"13", "300"}, {"199112", "8"}}}));
+    quotes.BuildQueryQuotes(Table({{{"10", "10.9"}, {"4", "600000"}, {"3", "17"}}}), next);
+    quotes.FlushPush(next);
+    EXPECT_EQ(Said(shown, "PriceZxjg") + " " + Said(shown, "TotalAmount") + " " + Said(shown, "Zdfd"),
+              "10.90 300 9.00");
+
     CTrade::AddCodeData("600000", "17", "*ST");
     quotes.MergePushRows(Table({{{"4", "600000"}, {"3", "17"}, {"10", "11"}}}));
     quotes.FlushPush(next);
@@ -233,13 +242,7 @@ class PlainQuotes {
             std::string key;
             if (!_key(pushed, row, key)) continue;
             if (!m_pushed.count(key)) m_order.push_back(key);
-            for (int col = 0; col < pushed.GetColumnNumber(); ++col) {
-                const std::string id = pushed.GetColumnProperty(col, "name");
-                const std::string text = pushed.GetItemText(row, col);
-                const bool isKept =
-                    std::find(kPushColumns.begin(), kPushColumns.end(), id) != kPushColumns.end();
-                if (isKept && !text.empty() && text != "-") m_pushed[key][id] = text;
-            }
+            _keep(pushed, row, m_pushed[key]);
         }
     }
     std::set<std::string> Flush() {
@@ -261,6 +264,9 @@ class PlainQuotes {
             cells["199112"] = answer.GetItemText(row, "199112");  // not a value that is kept
             _fill(key, cells, 0);
             keys.insert(key);
+            if (!m_pushed.count(key)) continue;
+            _keep(answer, row, m_pushed[key]);
+            m_pushed[key]["199112"] = cells["199112"];
         }
         return keys;
     }
@@ -275,6 +281,13 @@ class PlainQuotes {
         if (code.empty() || code == "-" || !_read(market, number) || number < 0) return false;
         key = code + ":" + std::to_string(static_cast<int>(number));
         return true;
+    }
+    static void _keep(const CDataTable& table, int row, Record& pushed) {
+        for (int col = 0; col < table.GetColumnNumber(); ++col) {
+            const std::string id = table.GetColumnProperty(col, "name"), text = table.GetItemText(row, col);
+            const bool isKept = std::find(kPushColumns.begin(), kPushColumns.end(), id) != kPushColumns.end();
+            if (isKept && !text.empty() && text != "-") pushed[id] = text;
+        }
     }
     static bool _read(const std::string& text, double& number) {
         if (text.find_first_not_of("0123456789.-+eE") != std::string::npos) return false;
