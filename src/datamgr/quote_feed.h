@@ -30,7 +30,9 @@ class CUIDataManager;
 class QuoteFeed {
   public:
     // `manager` is not owned: it sends, tells, and holds the lists of quotes.
-    explicit QuoteFeed(CUIDataManager& manager) : m_manager(manager) {}
+    // `now` counts milliseconds.
+    explicit QuoteFeed(CUIDataManager& manager, uint32_t (*now)() = TickCount)
+        : m_manager(manager), m_now(now) {}
 
     // `holder`: the handle of the window, or of the page. It is told what is current now, and when the server answers,
     // the rest.
@@ -43,8 +45,10 @@ class QuoteFeed {
     // Ends all that the holder subscribed to of that kind.
     void Leave(std::string_view kind, uint32_t holder);
 
-    // The server answered: `asked` are the securities that it was asked for, `keys` those of the quotes that came.
-    void Answered(std::string_view kind, const std::vector<std::string>& asked, const CDataSet& keys);
+    // The server answered: `asked` are the securities that it was asked for, `keys` those of the quotes that came;
+    // `isSub`: the query was one that subscribes.
+    void Answered(std::string_view kind, const std::vector<std::string>& asked, const CDataSet& keys,
+                  bool isSub);
     // It failed at a query that subscribes: the next subscription tries again.
     void Refused(std::string_view kind, const std::vector<std::string>& asked);
 
@@ -58,7 +62,10 @@ class QuoteFeed {
     // Publishes what was pushed since the last tick.
     void Tick();
 
-    static constexpr uint32_t kPatience = 10'000;  // ms; then an answer is no longer waited for
+    static uint32_t TickCount();
+
+    // A subscription that is not answered for so long was lost: whoever subscribes next tries again.
+    static constexpr uint32_t kPatience = 10'000;  // ms
     static constexpr uint32_t kFreshTime = 5'000;  // ms
     static constexpr size_t kMaxSecurities =
         200'000;  // further ones are refused, "quote_subscription_refused"
@@ -70,13 +77,13 @@ class QuoteFeed {
         size_t holders = 0;
         bool isAtServer = false;
         uint32_t asker = 0;    // who gets the answer to the query that subscribed, while that is under way
-        uint32_t askedAt = 0;  // GetTickCount()
+        uint32_t askedAt = 0;  // since when
         Names keys;            // of its quotes; none before the answer
     };
     struct Kind {
         TextMap<Security> securities;
         std::map<uint32_t, std::set<std::string>> holders;
-        TextMap<uint32_t> answered;  // key -> GetTickCount()
+        TextMap<uint32_t> answered;  // key -> when
         size_t answersAllowed = 1024;
     };
 
@@ -93,10 +100,11 @@ class QuoteFeed {
     void _send(std::string_view kind, const Names& securities, uint32_t holder, const char* flag);
     void _leaveGone();
     static Names _currentKeys(const Kind& kind, std::string_view security);
-    static bool _isFresh(const Kind& kind, std::string_view key);
+    bool _isFresh(const Kind& kind, std::string_view key) const;
     const CHqData* _list(size_t kind) const;
 
     CUIDataManager& m_manager;
+    uint32_t (*const m_now)();
     std::array<Kind, kQuoteKindCount> m_kinds;
     unsigned m_ticks = 0;
 };
