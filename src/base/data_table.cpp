@@ -220,4 +220,28 @@ bool CDataTable::MergeRow(int row, const CDataTable& source, int sourceRow, cons
     return _edit().MergeRow(static_cast<uint32_t>(row), update, merge, changes);
 }
 
+bool CDataTable::MergeRows(std::span<const RowPair> rows, const CDataTable& source, const RowMerge& merge) {
+    if (!_head() || !source._head() || !merge.Fits(*this, source)) return rows.empty();
+    constexpr size_t kAhead = 6;
+    const CDataTable kept = SharesWith(source) ? source : CDataTable();
+    const TableBody& from = *AsBody(SharesWith(source) ? kept._head() : source._head());
+    TableBody& body = _edit();
+    bool isComplete = true;
+    for (size_t i = 0; i < rows.size(); ++i) {
+        if (i + kAhead < rows.size()) {
+            body.Expect(static_cast<uint32_t>(rows[i + kAhead].row));
+            from.Expect(static_cast<uint32_t>(rows[i + kAhead].sourceRow));
+        }
+        const auto [row, sourceRow] = rows[i];
+        isComplete &=
+            HasRow(&body, row) && HasRow(&from, sourceRow) &&
+            body.MergeRow(static_cast<uint32_t>(row), from, static_cast<uint32_t>(sourceRow), merge);
+    }
+    return isComplete;
+}
+
+void CDataTable::ExpectRow(int row) const noexcept {
+    if (_head()) AsBody(_head())->Expect(static_cast<uint32_t>(row));
+}
+
 }  // namespace luadui

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -147,6 +148,14 @@ class TESSEL_API CDataTable : public SharedValue<TableBody> {
     // when there is no such row here or there, the columns are others, or the row would get too long (counted).
     bool MergeRow(int row, const CDataTable& source, int sourceRow, const RowMerge& merge,
                   std::vector<int>* changes = nullptr);
+    // The same for many rows, one after the other; their memory is asked for before they are looked at. False when one
+    // of them was left out.
+    struct RowPair {
+        int row, sourceRow;
+    };
+    bool MergeRows(std::span<const RowPair> rows, const CDataTable& source, const RowMerge& merge);
+    // Asks for the memory of a row, if there is one, that will be read or merged a little later.
+    void ExpectRow(int row) const noexcept;
 
   private:
     const TableHead* _head() const noexcept { return static_cast<const TableHead*>(_body()); }

@@ -111,7 +111,7 @@ void RowBlock::Destroy(RowBlock* row) noexcept {
 RowPtr RowBlock::_create(size_t cellRoom, size_t textBytes) {
     const size_t fixed = sizeof(RowBlock) + (cellRoom + 1) * sizeof(uint32_t);
     const size_t bytes = RoundUp(fixed + textBytes);
-    return RowPtr::Adopt(new (::operator new(bytes))
+    return RowPtr::Adopt(new (::operator new(bytes + kWord))
                              RowBlock(static_cast<uint32_t>(cellRoom), static_cast<uint32_t>(bytes)));
 }
 

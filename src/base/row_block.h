@@ -37,8 +37,8 @@ struct RowRoom {
 };
 
 // Layout: this header, the start of every cell (and of the end) as an offset from the block, then the texts,
-// each with a zero byte behind it. Cells past Cells() are empty. A block is written only while it has one
-// owner.
+// each with a zero byte behind it, then kWord bytes, so that a text can be read a word at a time. Cells past Cells() are
+// empty. A block is written only while it has one owner.
 class RowBlock : public RefCounted {
   public:
     uint32_t Cells() const noexcept { return m_cells; }
@@ -69,6 +69,7 @@ class RowBlock : public RefCounted {
     static void Destroy(RowBlock* row) noexcept;
 
   private:
+    static constexpr uint32_t kWord = 16;
     // Half of what the offsets reach: the other half is enough for the offsets themselves and the zero bytes.
     static constexpr size_t kMaxText = size_t{1} << 31;
 
@@ -92,6 +93,7 @@ class RowBlock : public RefCounted {
     void _appendFrom(const RowBlock& from, uint32_t first, uint32_t last) noexcept;
     // For merging, see base/row_merge.h.
     class CellReader;
+    class CellPair;
     class UpdateReader;
     bool _replaces(const RowBlock& old, const RowMerge& merge) const noexcept;
     void _appendMerged(const RowBlock& old, const RowBlock& update, const RowMerge& merge) noexcept;
@@ -101,7 +103,7 @@ class RowBlock : public RefCounted {
 
     uint32_t m_cells = 0;
     uint32_t m_cellRoom;
-    uint32_t m_capacity;  // bytes of the block
+    uint32_t m_capacity;  // bytes of the block, without the word behind the texts
     std::unique_ptr<RowColors> m_colors;
 };
 

@@ -97,6 +97,22 @@ bool TableBody::MergeRow(uint32_t row, const RowPtr& update, const RowMerge& mer
     return false;
 }
 
+bool TableBody::MergeRow(uint32_t row, const TableBody& source, uint32_t sourceRow, const RowMerge& merge) {
+    uint32_t first = 0;
+    const RowLeaf* const leaf = source._readLeaf(sourceRow, first);
+    return leaf ? MergeRow(row, leaf->rows[sourceRow - first], merge, nullptr)
+                : MergeRow(row, source.RowOf(sourceRow), merge, nullptr);
+}
+
+void TableBody::Expect(uint32_t row) const noexcept {
+    constexpr size_t kBytes = 640, kLine = 64;  // rows of quotes
+    uint32_t first = 0;
+    const RowLeaf* const leaf = row < RowCount() ? _readLeaf(row, first) : nullptr;
+    if (!leaf || !leaf->rows[row - first]) return;
+    const auto* const block = reinterpret_cast<const char*>(leaf->rows[row - first].get());
+    for (size_t at = 0; at < kBytes; at += kLine) __builtin_prefetch(block + at);
+}
+
 void TableBody::Append() {
     uint32_t first = 0;
     if (RowLeaf* last = RowCount() ? _ownLeaf(RowCount() - 1, first) : nullptr) {

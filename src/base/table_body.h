@@ -35,6 +35,10 @@ class TableBody final : public TableHead {
     void SetRow(uint32_t row, const RowPtr& cells);
     // False when the row would get too long.
     bool MergeRow(uint32_t row, const RowPtr& update, const RowMerge& merge, std::vector<int>* changes);
+    // The same for a row of another table.
+    bool MergeRow(uint32_t row, const TableBody& source, uint32_t sourceRow, const RowMerge& merge);
+    // Asks for the memory of the row, which need not exist.
+    void Expect(uint32_t row) const noexcept;
     void Append();
     void Erase(uint32_t row);
     void EraseAll();

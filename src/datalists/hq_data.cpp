@@ -153,13 +153,14 @@ class CHqData::Store {
 
     void Merge(const CDataTable& pushed) {
         const Source& source = _sourceOf(pushed);
+        m_merged.clear();
         for (int row = 0; row < pushed.GetRowNumber(); ++row) {
             const int quote = _quoteOf(pushed.GetRow(row), source);
             if (quote < 0) continue;
             const int pushRow = m_pushRows[static_cast<size_t>(quote)];
-            const int place = pushRow < 0 ? _addPush(quote) : pushRow;
-            m_table.MergeRow(place, pushed, row, source.merge);
+            m_merged.push_back({pushRow < 0 ? _addPush(quote) : pushRow, row});
         }
+        m_table.MergeRows(m_merged, pushed, source.merge);
     }
 
     bool Flush(CUIData& out) {
@@ -310,8 +311,9 @@ class CHqData::Store {
     QuoteIndex m_index;
 
     const Source m_fromPush;
-    std::optional<Source> m_source;  // of the table that came last
-    std::vector<int> m_changes;      // of the row that is looked at
+    std::optional<Source> m_source;             // of the table that came last
+    std::vector<int> m_changes;                 // of the row that is looked at
+    std::vector<CDataTable::RowPair> m_merged;  // which row goes where
 };
 
 CHqData::CHqData(std::string_view kind) : CUIData(kind), m_store(std::make_unique<Store>(kind)) {
