@@ -65,36 +65,33 @@ Depot& TheDepot() noexcept {
     return *depot;
 }
 
-// A thread's own blocks. Plain data, so that records freed while the thread ends still find it.
+// A thread's own blocks.
 struct Magazine {
-    enum State : uint8_t { kNew, kOpen, kClosed };
-    Block* head;
-    uint32_t count;
-    State state;
-};
-constinit thread_local Magazine t_magazine{nullptr, 0, Magazine::kNew};
-
-const char kInThisModule = 0;
-
-// Gives the blocks back when the thread ends: then its destructor must still be there.
-struct Closer {
-    Closer() noexcept {
-        static const bool pinned = PinModuleOf(&kInThisModule);
-        static_cast<void>(pinned);
-        t_magazine.state = Magazine::kOpen;
-    }
-    ~Closer() {
-        FreeAll(t_magazine.head);
-        t_magazine = {nullptr, 0, Magazine::kClosed};
-    }
+    Block* head = nullptr;
+    uint32_t count = 0;
 };
 
-bool IsOpen(Magazine& magazine) noexcept {
-    if (magazine.state == Magazine::kNew) {
-        static thread_local const Closer closer;
-        static_cast<void>(closer);
-    }
-    return magazine.state == Magazine::kOpen;
+// The thread ends.
+void WINAPI CloseMagazine(void* magazine) {
+    FreeAll(static_cast<Magazine*>(magazine)->head);
+    delete static_cast<Magazine*>(magazine);
+}
+
+// Null when there is no memory for it.
+//
+// Not a thread_local object: a runtime library destroys those under a lock of its own and waits there for the lock of the
+// system's loader, while another thread that ends holds that one and waits for the first. Both would wait for ever, and
+// with them every thread that starts.
+Magazine* OwnMagazine() noexcept {
+    static const DWORD slot = [] {
+        PinModuleOf(reinterpret_cast<const void*>(&CloseMagazine));  // it must still be there then
+        return FlsAlloc(CloseMagazine);
+    }();
+    if (void* const magazine = FlsGetValue(slot)) return static_cast<Magazine*>(magazine);
+    auto* const magazine = new (std::nothrow) Magazine;
+    if (!magazine || FlsSetValue(slot, magazine)) return magazine;
+    delete magazine;
+    return nullptr;
 }
 
 // Moves kBatch blocks to the depot, or back to the allocator when that is full.
@@ -111,17 +108,16 @@ void HandOver(Magazine& magazine) noexcept {
 }  // namespace
 
 void* Take() {
-    if constexpr (kPools) {
-        Magazine& magazine = t_magazine;
-        if (!magazine.head && IsOpen(magazine)) {
-            magazine.head = TheDepot().Get();
-            magazine.count = magazine.head ? kBatch : 0;
-        }
-        if (Block* const block = magazine.head) {
-            magazine.head = block->next;
-            --magazine.count;
-            return block;
-        }
+    Magazine* const magazine = kPools ? OwnMagazine() : nullptr;
+    if (magazine && !magazine->head) {
+        magazine->head = TheDepot().Get();
+        magazine->count = magazine->head ? kBatch : 0;
+    }
+    if (magazine && magazine->head) {
+        Block* const block = magazine->head;
+        magazine->head = block->next;
+        --magazine->count;
+        return block;
     }
     void* const block = std::malloc(kBlockSize);
     if (!block) throw std::bad_alloc();
@@ -129,10 +125,10 @@ void* Take() {
 }
 
 void Give(void* block) noexcept {
-    Magazine& magazine = t_magazine;
-    if (!kPools || !IsOpen(magazine)) return std::free(block);
-    magazine.head = new (block) Block{magazine.head};
-    if (++magazine.count == 2 * kBatch) HandOver(magazine);
+    Magazine* const magazine = kPools ? OwnMagazine() : nullptr;
+    if (!magazine) return std::free(block);
+    magazine->head = new (block) Block{magazine->head};
+    if (++magazine->count == 2 * kBatch) HandOver(*magazine);
 }
 
 }  // namespace luadui::block_pool

@@ -1,4 +1,5 @@
 // Small calls to the system: errors, time, COM, debug text.
+#include <pthread.h>
 #include <sched.h>
 #include <sys/random.h>
 #include <unistd.h>
@@ -54,6 +55,15 @@ void GetLocalTime(SYSTEMTIME* time) {
              word(local.tm_mday),        word(local.tm_hour),          word(local.tm_min),
              word(local.tm_sec),         word(now.tv_nsec / 1'000'000)};
 }
+
+DWORD FlsAlloc(PFLS_CALLBACK_FUNCTION callback) {
+    pthread_key_t key = 0;
+    return pthread_key_create(&key, callback) == 0 ? key : FLS_OUT_OF_INDEXES;
+}
+
+LPVOID FlsGetValue(DWORD index) { return pthread_getspecific(index); }
+
+BOOL FlsSetValue(DWORD index, LPVOID value) { return pthread_setspecific(index, value) == 0; }
 
 HRESULT CoInitialize(LPVOID reserved) {
     if (reserved) return E_INVALIDARG;

@@ -29,6 +29,14 @@ TESSEL_API BOOL GetExitCodeThread(HANDLE thread, LPDWORD code);
 TESSEL_API DWORD GetCurrentThreadId();  // never used again during the run
 TESSEL_API DWORD GetCurrentProcessId();
 
+// A place for one pointer of each thread. The callback gets the thread's pointer, unless that is null, when the thread
+// ends, after its thread_local objects did. FLS_OUT_OF_INDEXES when there are too many.
+using PFLS_CALLBACK_FUNCTION = void(WINAPI*)(LPVOID);
+inline constexpr DWORD FLS_OUT_OF_INDEXES = 0xFFFFFFFF;
+TESSEL_API DWORD FlsAlloc(PFLS_CALLBACK_FUNCTION callback);
+TESSEL_API LPVOID FlsGetValue(DWORD index);
+TESSEL_API BOOL FlsSetValue(DWORD index, LPVOID value);  // false for what is no index
+
 // An event; named events are not supported.
 TESSEL_API HANDLE CreateEventW(LPSECURITY_ATTRIBUTES, BOOL manualReset, BOOL initialState, LPCWSTR name);
 TESSEL_API BOOL SetEvent(HANDLE event);
