@@ -103,6 +103,12 @@ void CUIData::_set(DataKey key, const DataValue& value) {
     RecordBody::Set(*this, key, value, RecordBody::kRecordBlock);
 }
 
+void CUIData::Expect(size_t bytes) const noexcept {
+    constexpr size_t kLine = 64;
+    const auto* const block = reinterpret_cast<const char*>(_body());
+    for (size_t at = 0; block && at < bytes; at += kLine) __builtin_prefetch(block + at);
+}
+
 bool CUIData::_setShared(DataKey key, DataKind kind, SharedHandle& value) {
     return RecordBody::SetShared(*this, key, kind, value);
 }

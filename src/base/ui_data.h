@@ -43,6 +43,9 @@ class TESSEL_API CUIData : public SharedValue<RecordBody> {
     // one allocation. Without it there is room for an ordinary request of some 15 entries.
     void Reserve(size_t entries, size_t bytes);
 
+    // Asks for the memory of the record, this many bytes of it, which will be read or written a little later.
+    void Expect(size_t bytes) const noexcept;
+
     // Sets the entry to a copy of `value`; an existing key keeps its place. What would put an attached record
     // into itself changes nothing and is counted as "shared_ring_refused".
     void SetData(DataKey key, DataValue value) { _set(key, value); }

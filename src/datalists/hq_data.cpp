@@ -165,26 +165,31 @@ class CHqData::Store {
 
     bool Flush(CUIData& out) {
         if (m_pushed.empty()) return false;
-        CDataSet keys;
-        _start(out, m_pushed.size());
-        for (size_t row = 0; row < m_pushed.size(); ++row)
-            _publish(m_pushed[row], m_table, static_cast<int>(row), m_fromPush, true, keys, out);
-        _finish(true, keys, out);
+        for (size_t row = 0; row < m_pushed.size(); ++row) {
+            _expect(row);
+            _update(m_pushed[row], m_table, static_cast<int>(row), m_fromPush, true);
+        }
+        if (!out.IsEmpty()) {
+            _tell(m_pushed, true, out);
+        } else {
+            if (!_wasTold()) _remember();
+            out = m_told;
+        }
         return true;
     }
 
     void BuildQuery(const CDataTable& answer, CUIData& out) {
         const Source& source = _sourceOf(answer);
-        CDataSet keys;
-        _start(out, static_cast<size_t>(answer.GetRowNumber()));
+        std::vector<int> quotes;
         for (int row = 0; row < answer.GetRowNumber(); ++row) {
             const int quote = _quoteOf(answer.GetRow(row), source);
             if (quote < 0) continue;
-            _publish(quote, answer, row, source, false, keys, out);
+            quotes.push_back(quote);
+            _update(quote, answer, row, source, false);
             const int pushRow = m_pushRows[static_cast<size_t>(quote)];
             if (pushRow >= 0) _overtake(pushRow, answer, row, source);
         }
-        _finish(false, keys, out);
+        _tell(quotes, false, out);
     }
 
     bool Fill(const CDataTable& table, int row, CUIData& record) {
@@ -264,22 +269,58 @@ class CHqData::Store {
         m_table.SetItemText(pushRow, m_fromPush.change, _changeIn(answer, row, source));
     }
 
-    void _start(CUIData& out, size_t quotes) const {
-        constexpr size_t kKeyBytes = 16;
-        out.Reserve(quotes + 8, (quotes + 8) * kKeyBytes);
-        out.SetType(m_kind);
-    }
-
-    void _publish(int number, const CDataTable& table, int row, const Source& source, bool isPush,
-                  CDataSet& keys, CUIData& out) {
+    void _update(int number, const CDataTable& table, int row, const Source& source, bool isPush) {
         Quote& quote = m_quotes[static_cast<size_t>(number)];
         if (quote.record.IsEmpty()) {
             quote.record.Reserve(kRecordEntries, kRecordBytes);
             quote.record.SetType(m_kind);
         }
         _fill(m_known, number, table, row, source, isPush, quote.key, quote.security, quote.record);
-        out.SetDataShared(quote.key, quote.record);
-        keys.Insert(quote.key);
+    }
+
+    // Asks for the memory of the quotes behind this one: together they are more than caches hold.
+    void _expect(size_t row) const {
+        constexpr size_t kBlockBytes = kRecordBytes + kRecordEntries * 24;
+        if (row + 3 < m_pushed.size()) {
+            const auto quote = static_cast<size_t>(m_pushed[row + 3]);
+            const auto* const memory = reinterpret_cast<const char*>(&m_quotes[quote]);
+            for (size_t at = 0; at < sizeof(Quote); at += 64) __builtin_prefetch(memory + at);
+        }
+        if (row + 1 < m_pushed.size()) {
+            m_table.ExpectRow(static_cast<int>(row + 1));
+            m_known.ExpectRow(m_pushed[row + 1]);
+            m_quotes[static_cast<size_t>(m_pushed[row + 1])].record.Expect(kBlockBytes);
+        }
+    }
+
+    void _tell(const std::vector<int>& quotes, bool isPush, CUIData& out) {
+        constexpr size_t kKeyBytes = 16;
+        CDataSet keys;
+        out.Reserve(quotes.size() + 8, (quotes.size() + 8) * kKeyBytes);
+        out.SetType(m_kind);
+        for (const int number : quotes) {
+            Quote& quote = m_quotes[static_cast<size_t>(number)];
+            out.SetDataShared(quote.key, quote.record);
+            keys.Insert(quote.key);
+        }
+        out.SetData("updatecode", keys);
+        out.SetData("is_push", isPush ? 1 : 0);
+    }
+
+    // Whether the last tick told the same quotes.
+    bool _wasTold() const {
+        return m_pushed.size() == m_toldQuotes.size() && std::ranges::all_of(m_pushed, [&](int quote) {
+                   return static_cast<size_t>(quote) < m_isTold.size() &&
+                          m_isTold[static_cast<size_t>(quote)];
+               });
+    }
+    void _remember() {
+        for (const int quote : m_toldQuotes) m_isTold[static_cast<size_t>(quote)] = false;
+        m_toldQuotes = m_pushed;
+        m_isTold.resize(m_quotes.size());
+        for (const int quote : m_toldQuotes) m_isTold[static_cast<size_t>(quote)] = true;
+        m_told = CUIData();
+        _tell(m_toldQuotes, true, m_told);
     }
 
     void _fill(CDataTable& known, int place, const CDataTable& table, int row, const Source& source,
@@ -293,11 +334,6 @@ class CHqData::Store {
         return source.change >= 0 ? table.GetItemText(row, source.change) : TextView();
     }
 
-    static void _finish(bool isPush, const CDataSet& keys, CUIData& out) {
-        out.SetData("updatecode", keys);
-        out.SetData("is_push", isPush ? 1 : 0);
-    }
-
     const std::string m_kind;
     const CDataTable m_emptyTable;
     CDataTable m_table;         // attached to "push_table"
@@ -309,6 +345,11 @@ class CHqData::Store {
     std::vector<int> m_pushRows;  // -1: not pushed
     CDataTable m_known;           // the last cells that said something
     QuoteIndex m_index;
+
+    // What the last tick told, for ticks often tell the same quotes: who gets it shares it.
+    CUIData m_told;
+    std::vector<int> m_toldQuotes;
+    std::vector<bool> m_isTold;  // by number of the quote; may be shorter
 
     const Source m_fromPush;
     std::optional<Source> m_source;             // of the table that came last

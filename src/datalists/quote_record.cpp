@@ -55,6 +55,12 @@ std::optional<int64_t> ReadCount(std::string_view text) {
     return *count < 0 || std::signbit(ParseDouble(text).value_or(0)) ? std::nullopt : count;
 }
 
+// One that is written as it stands: digits, without zeros before them, that fit 64 bits.
+bool IsPlainCount(std::string_view text) noexcept {
+    if (text.empty() || text.size() > 18 || (text[0] == '0' && text.size() > 1)) return false;
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c - '0') < 10; });
+}
+
 // The fields that a column of pushes fills; kFields for none.
 struct ColumnFields {
     size_t first = kFields, second = kFields;
@@ -140,49 +146,59 @@ class QuoteFiller {
     void _setText(size_t key, std::string_view text) {
         if (_text(key) != text || text.empty()) _set(key, text);
     }
-    void _setCount(size_t key, std::optional<int64_t> count) {
-        char digits[24];
-        const char* const end = std::to_chars(digits, std::end(digits), count.value_or(0)).ptr;
-        _setIf(count.has_value(), key, std::string_view(digits, end));
-    }
-    void _setIf(bool isReadable, size_t key, std::string_view text) {
-        isReadable ? _set(key, text) : _refuse();
+    // What is written for it; empty, and counted, when the cell is none.
+    std::string_view _setIf(bool isReadable, size_t key, std::string_view text) {
+        if (isReadable) {
+            _set(key, text);
+            return text;
+        }
+        _refuse();
+        return {};
     }
     static void _refuse() { CCounters::Add("quote_number_unreadable"); }
 
     void _take(size_t field, std::string_view cell) {
-        if (_text(field) == cell) return;
-        _convert(field, cell);
+        FixedBuffer buffer;
+        const std::string_view written = _convert(field, cell, buffer);
         const uint8_t source = kSourceOfField[field];
-        if (source == std::size(kNumberSources)) return;
-        m_security.m_numbers.*kNumberSources[source].number = _number(field);
+        if (source == std::size(kNumberSources) || written.empty()) return;
+        m_security.m_numbers.*kNumberSources[source].number = ParseDouble(written).value_or(0);
         m_hasNewNumbers = true;
     }
-    void _convert(size_t field, std::string_view cell) {
-        FixedBuffer buffer;
-        std::string_view fixed;
+    // What is written, in `cell` or `buffer`, if it is a number from which others may follow.
+    std::string_view _convert(size_t field, std::string_view cell, FixedBuffer& buffer) {
         switch (kQuoteFields[field].kind) {
-            case QuoteKind::kPrice:
-                fixed = FixedText(cell, m_security.m_decimals, buffer);
+            case QuoteKind::kPrice: {
+                const std::string_view fixed = FixedText(cell, m_security.m_decimals, buffer);
                 return _setIf(!fixed.empty(), field, fixed);
-            case QuoteKind::kAmount:
-                return _setCount(field, ReadCount(cell));
-            case QuoteKind::kVolume:
-                fixed = FixedText(cell, 0, buffer);
+            }
+            case QuoteKind::kAmount: {
+                if (IsPlainCount(cell)) return _setIf(true, field, cell);
+                const auto count = ReadCount(cell);
+                _setIf(count.has_value(), field, LongText(count.value_or(0)));
+                return {};  // nothing follows from amounts
+            }
+            case QuoteKind::kVolume: {
+                if (IsPlainCount(cell)) return _setIf(true, field, cell);
+                const std::string_view fixed = FixedText(cell, 0, buffer);
                 return _setIf(ReadCount(fixed).has_value(), field, fixed);
+            }
             case QuoteKind::kNumber:
                 return _setIf(ParseDouble(cell).has_value(), field, cell);
             case QuoteKind::kCount:
-                return _setIf(ReadCount(cell).has_value(), field, cell);
+                return _setIf(IsPlainCount(cell) || ReadCount(cell).has_value(), field, cell);
             case QuoteKind::kText:
-                return _set(field, cell);
+                _set(field, cell);
+                return {};
             case QuoteKind::kStatus:
-                return _setStatus(cell);
+                _setStatus(cell);
+                return {};
             case QuoteKind::kCode:
             case QuoteKind::kMarket:
             case QuoteKind::kChange:
-                return;  // not as the cell says
+                return {};  // not as the cell says
         }
+        return {};
     }
 
     void _setStatus(std::string_view status) {
