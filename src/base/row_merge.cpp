@@ -127,9 +127,8 @@ class RowBlock::CellPair {
     }
     Cell Merged(uint32_t cell) const noexcept {
         const uint32_t place = _placeOf(cell);
-        const bool isNew = Says(cell, _cell(1, place));
-        const std::array<uint32_t, 2> places{cell, place};
-        return _cell(isNew, places[isNew]);
+        const uint32_t isNew = Says(cell, _cell(1, place));
+        return _cell(isNew, cell ^ ((cell ^ place) & (0 - isNew)));
     }
 
   private:

@@ -14,6 +14,7 @@
 #include "base/counters.h"
 #include "base/data_set.h"
 #include "base/row_merge.h"
+#include "base/short_bytes.h"
 #include "base/text.h"
 #include "base/text_map.h"
 #include "datalists/quote_record.h"
@@ -28,13 +29,14 @@ class QuoteKey {
   public:
     // False when it is no security.
     bool Set(std::string_view code, std::string_view market) noexcept {
-        const int64_t number = ParseLong(market).value_or(-1);
+        const int64_t number = _readMarket(market);
         if (SaysNothing(code) || code.size() > CHqData::kMostCodeBytes || number < 0 ||
             number > std::numeric_limits<int>::max()) {
             return false;
         }
         m_market = static_cast<int>(number);
-        m_codeSize = code.copy(m_text, code.size());
+        CopyShort(m_text, code.data(), code.size());
+        m_codeSize = code.size();
         m_text[m_codeSize] = ':';
         m_end = std::to_chars(m_text + m_codeSize + 1, std::end(m_text), m_market).ptr;
         return true;
@@ -54,6 +56,18 @@ class QuoteKey {
     }
 
   private:
+    // Below zero when it is none. Nearly always two or three digits.
+    static int64_t _readMarket(std::string_view text) noexcept {
+        if (text.empty() || text.size() > 3) return ParseLong(text).value_or(-1);
+        int64_t number = 0;
+        for (const char c : text) {
+            const int digit = c - '0';
+            if (static_cast<unsigned>(digit) > 9) return ParseLong(text).value_or(-1);
+            number = number * 10 + digit;
+        }
+        return number;
+    }
+
     char m_text[CHqData::kMostCodeBytes + 16];
     const char* m_end = m_text;
     size_t m_codeSize = 0;
