@@ -50,7 +50,8 @@ TEST(HostLifetime, BeforeTheStart) {
     ExpectNoPages(terminal);
     EXPECT_EQ(terminal.module.create("/test_page.dll", "p", "i", 0), -1);
     EXPECT_EQ(terminal.module.init(nullptr, nullptr), 0);
-    EXPECT_TRUE(WaitFor([&] { return ProcessUsage::Now().threads == before.threads; })) << "nothing is left running";
+    EXPECT_TRUE(WaitFor([&] { return ProcessUsage::Now().threads == before.threads; }))
+        << "nothing is left running";
     EXPECT_EQ(Terminal::ManagerWindow(), nullptr);
 
     // Creation waits, however long, for the UI thread.
