@@ -40,14 +40,16 @@ bool CUIPageData::_takeQuoteQuery(CUIData& record) {
     for (const auto [key, value] : CUIData(record)) {
         CUIData request;
         if (!value.Get(request) || !IsQuoteKind(request.GetTypeText())) continue;
-        if (CBaseObject::Find(self) != this) return true;  // the host closed the page when it was asked
-        if (_takeQuoteQuery(request, request.Has("handle") ? HandleOf(request) : window)) {
+        const bool isTaken = _takeQuoteQuery(request, request.Has("handle") ? HandleOf(request) : window);
+        // The host may have closed the page when it was asked, and the record with it.
+        if (CBaseObject::Find(self) != this) return true;
+        if (isTaken) {
             record.Remove(key);
         } else {
             record.SetData(key, request);
         }
     }
-    return CBaseObject::Find(self) != this;
+    return false;
 }
 
 bool CUIPageData::_takeQuoteQuery(CUIData& request, int32_t window) {
