@@ -291,7 +291,7 @@ LUADUI_REPORT(QuotePublishing) {
     const double moved = PublishSeconds({TablesOf(first), TablesOf(later)});
     const double changed = PublishSeconds({TablesOf(first), TablesOf(others)});
     AtLeast("quote_publish_15_fields_moved_vs_maps", plain / kSecurities / moved, 15);
-    AtLeast("quote_publish_all_fields_changed_vs_maps", plain / kSecurities / changed, 1);
+    AtLeast("quote_publish_all_fields_changed_vs_maps", plain / kSecurities / changed, 15);
     AtMost("quote_publish_15_fields_moved_ns", moved * 1e9, 2000);
     AtMost("quote_publish_all_fields_changed_ns", changed * 1e9, 5000);
 }
@@ -366,8 +366,8 @@ LUADUI_REPORT(QuoteBurst) {
         rows = LaterRows(feed, rows);
     }
     AtMost("quote_burst_percent_of_a_core", BurstSeconds(full, 0) * 100, 10);
-    AtMost("quote_burst_thinned_percent_of_a_core", BurstSeconds(thinned, 0) * 100, 20);
-    AtMost("quote_burst_thinned_other_columns_percent_of_a_core", BurstSeconds(thinned, 17) * 100, 20);
+    AtMost("quote_burst_thinned_percent_of_a_core", BurstSeconds(thinned, 0) * 100, 10);
+    AtMost("quote_burst_thinned_other_columns_percent_of_a_core", BurstSeconds(thinned, 17) * 100, 10);
 }
 
 LUADUI_REPORT(QuoteTicks) {

@@ -155,7 +155,7 @@ double ShareOfBurst(Cells cells) {
 
 LUADUI_REPORT(QuoteBurst) {
     AtMost("quote_burst_share_of_core", ShareOfBurst(Cells::kAll), 0.10);
-    AtMost("quote_burst_of_changes_share_of_core", ShareOfBurst(Cells::kChanged), 0.30);
+    AtMost("quote_burst_of_changes_share_of_core", ShareOfBurst(Cells::kChanged), 0.10);
 }
 
 }  // namespace
