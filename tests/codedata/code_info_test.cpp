@@ -28,7 +28,7 @@ std::string Reply() {
 
 TEST(CodeInfo, EveryGetterKnowsItsFamily) {
     FakeHost host;
-    host.onAsk = [](CQueueReqItem& request) { request.SetData("result", Reply()); };
+    host.AnswerOthers([](CQueueReqItem& request) { request.SetData("result", Reply()); });
     ASSERT_TRUE(CDataManager::InitKeyFairy(""));
     ASSERT_EQ(CDataManager::Get_KeyFairy_Size(), 19);  // waits for the load
 

@@ -28,11 +28,11 @@ class CodeListUsersTest : public testing::Test {
   protected:
     CodeListUsersTest() {
         FakeHost host;
-        host.onAsk = [](CQueueReqItem& request) {
+        host.AnswerOthers([](CQueueReqItem& request) {
             request.SetData("result",
                             Gbk("\"990001\",\"浦\",\"17\",\"P\"\n\"990001\",\"指数\",\"21\",\"ZS\"\n"
                                 "\"990002\",\"万&#032;科Ａ\",\"33\",\"WKA\"\n"));
-        };
+        });
         EXPECT_TRUE(CDataManager::InitKeyFairy(""));
         EXPECT_EQ(CDataManager::Get_KeyFairy_Size(), 3);  // waits for the load
     }
