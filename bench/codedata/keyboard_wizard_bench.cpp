@@ -149,7 +149,7 @@ void ReportLookups(const std::string& name, Ask ask, const std::vector<Queries>&
     const auto [coldMedian, coldSlowest] = Medians(ask, kinds, kQueriesOfAKind, 1);
     AtMost(name + "_median_ns", median, 250);
     AtMost(name + "_slowest_kind_ns", slowest, 1'000);
-    AtMost(name + "_cold_median_ns", coldMedian, 1'000);
+    AtMost(name + "_cold_median_ns", coldMedian, 250);
     AtMost(name + "_cold_slowest_kind_ns", coldSlowest, 1'000);
 }
 
